@@ -1,0 +1,42 @@
+# Language, visibility, output folders, hardening and instrumentation: what holds for every target.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The program finds its libraries beside it as built, and in the library folder as installed.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+file(RELATIVE_PATH EPS_LIBDIR_FROM_BINDIR "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
+set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${EPS_LIBDIR_FROM_BINDIR}")
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+
+# File names in messages are written from the repository root, whatever folder is built in.
+add_compile_options(
+  -ffunction-sections -fdata-sections
+  "-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/="
+  $<$<CONFIG:Debug>:-D_GLIBCXX_ASSERTIONS>)
+add_link_options(-Wl,-z,now -Wl,-z,relro $<$<CONFIG:Release>:-Wl,--gc-sections>)
+
+if(EPS_SANITIZE)
+  # Asio's fences, which g++ warns about, stand beside locks that the thread sanitizer does follow.
+  add_compile_options(-fsanitize=${EPS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+                      $<$<CXX_COMPILER_ID:GNU>:-Wno-tsan>)
+  add_link_options(-fsanitize=${EPS_SANITIZE})
+else()
+  # A sanitizer's runtime stands in the program only, so its libraries cannot be complete.
+  add_link_options(-Wl,-z,defs)
+endif()
+
+if(EPS_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
