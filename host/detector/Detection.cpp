@@ -1,0 +1,100 @@
+// What one detection remembers, and how its verdicts are reached.
+#include "host/detector/Detection.h"
+
+#include <algorithm>
+#include <string>
+
+#include "host/kex/Format.h"
+
+namespace PowerSupplyDetector {
+
+using Hardware::VornRequest;
+using Kex::Request;
+using Kex::String8;
+
+namespace {
+
+/// Texts join by length: what a supply wrote may hold any byte.
+String8 joined(std::initializer_list<std::string_view> parts) {
+  std::string text;
+  for (std::string_view const part : parts) {
+    text += part;
+  }
+  return String8(std::move(text));
+}
+
+bool isShort(Smbus::Block const& block) { return block.bytes[0] + 1U < block.length; }
+
+String8 outcome(char const* what, VornRequest const& request) {
+  Smbus::Block const& block = request.lastRead();
+  if (request.status() == Request::kFailed) {
+    return joined({what, " failed: ", request.failure().view()});
+  }
+  return Kex::format("%s was cut short: %u of %u bytes", what, block.bytes[0], block.length - 1U);
+}
+
+}  // namespace
+
+void BackOff::schedule(double now) {
+  due_ = now + interval_;
+  interval_ = std::min(2 * interval_, kMost);
+}
+
+bool isLoneRead(VornRequest const& request) { return request.operations().size() == 1; }
+
+String8 blockText(Smbus::Block const& block) {
+  auto const bytes = block.view().subspan(std::min<std::size_t>(1, block.length));
+  return String8(std::string(bytes.begin(), bytes.end()));
+}
+
+Supply unreadable(char const* what, VornRequest const& request) {
+  Supply supply;
+  supply.verdict = Verdict::unreadable;
+  supply.reason = outcome(what, request);
+  return supply;
+}
+
+Supply judgePoll(VornRequest const& request, Findings const& findings,
+                 std::optional<String8> const& mfrId) {
+  Supply supply;
+  if (isLoneRead(request)) {
+    bool const isAnswered = request.status() != Request::kFailed;
+    supply.verdict = isAnswered ? Verdict::unsupportedManufacturer : Verdict::absent;
+    supply.reason = isAnswered
+                        ? joined({"MFR_ID \"", mfrId.value_or("").view(), "\" is not supported"})
+                        : outcome("reading MFR_ID", request);
+  } else if (request.status() == Request::kFailed || isShort(request.lastRead())) {
+    supply = unreadable("reading the FRU common header", request);
+  } else {
+    supply.verdict = Verdict::invalidHeader;
+    supply.reason = findings.headerFault;
+  }
+  supply.mfrId = mfrId;
+  return supply;
+}
+
+Supply judgeIdentification(Findings const& findings, bool hwError, String8 const& fdl) {
+  Supply supply;
+  supply.hwError = hwError;
+  supply.product = findings.product;
+  if (hwError) {
+    supply.verdict = Verdict::invalidChecksum;
+    supply.reason = "the product info area's checksum is wrong";
+  } else if (!findings.hasArea) {
+    supply.verdict = Verdict::unsupportedVersion;
+    supply.reason =
+        Kex::format("the product info area has format version %u, not 1", findings.areaVersion);
+  } else if (fdl.empty()) {
+    supply.verdict = Verdict::unrecognised;
+    auto const product = findings.product.value_or(Hardware::PowerSupplySlot::ProductTexts{});
+    supply.reason = joined({"no descriptor knows product name \"", product.productName.view(),
+                            "\", part number \"", product.partNumber.view(), "\""});
+  } else {
+    supply.verdict = Verdict::identified;
+    supply.descriptor = findings.descriptor;
+    supply.fdl = fdl;
+  }
+  return supply;
+}
+
+}  // namespace PowerSupplyDetector

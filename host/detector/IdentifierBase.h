@@ -1,0 +1,204 @@
+// Base of the identifiers: the state machine of one slot.
+#pragma once
+
+#include "host/detector/Detection.h"
+#include "host/fru/Controls.h"
+#include "host/hardware/PowerSupplySlot.h"
+#include "host/kex/Clock.h"
+#include "host/kex/FileDescriptor.h"
+
+namespace PowerSupplyDetector {
+
+/// Detects the supply of one slot by three bus requests. A derived class loads the requests and
+/// judges their answers; this class runs them and decides what follows:
+///
+/// - poll negative: `doResetIdentifier()` after `pollInterval`; positive: identify after
+/// `pollDelay`
+/// - identify negative: as a negative poll; positive: check at once, then every `pollInterval`
+/// - check negative: `doResetIdentifier()` after `pollInterval`; another supply: at once, though
+///   never twice within one `pollInterval`
+/// - wrong checksum or unsupported version: detection is repeated after 1 s, doubling to 10 s
+///
+/// The outcome is written to the slot's status: that of a poll or a failed identification at once,
+/// that of an identification after the first check, so that a supply that is swapped while it is
+/// read is never described by a mixture. All calls on the run loop's thread.
+class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
+ public:
+  enum IdentifierState : Kex::U8 {
+    kInitial = 0,           ///< not constructed yet
+    kConstructed = 1,       ///< detection has not started
+    kPollForInsertion = 2,  ///< asking whether a supply is there, or waiting to ask
+    kIdentifySupply = 3,    ///< reading the supply
+    kCheckSupply = 4,       ///< seeing from time to time whether it is still there
+  };
+  using RequestPtr = Kex::Ptr<Hardware::VornRequest>;
+  using SlotConfigPtr = Kex::Ptr<Hardware::PowerSupplySlot::SlotConfig const>;
+  using SlotStatusPtr = Kex::Ptr<Hardware::PowerSupplySlot::SlotStatus>;
+
+  static Kex::KexType& _fwkType();
+
+  /// The requests belong to this identifier from now on. Notifications are off until
+  /// `hasNotificationActiveIs(true)`.
+  IdentifierBase(Kex::Ptr<Kex::Clock const> const& clock, SlotConfigPtr const& config,
+                 SlotStatusPtr const& status, RequestPtr const& pollForInsertionRequest,
+                 RequestPtr const& identifySupplyRequest, RequestPtr const& checkSupplyRequest,
+                 Kex::Ptr<Fru::IntCtrl> const& presentIntCtrl,
+                 Kex::Ptr<Kex::FileDescriptor const> const& presentIntFd,
+                 Kex::Ptr<Fru::Gpo> const& presentGpo);
+
+  /// Off: withdraws the three requests and forgets the deadline; no handler runs.
+  void hasNotificationActiveIs(bool active) override;
+  Kex::KexType& fwkType() const override;
+  ~IdentifierBase() override;
+  Kex::String8 path() const override;
+
+  void onTime() override;
+  /// Sets up what detection needs and loads the poll request, without starting it; sets
+  /// `initialized`. Called once.
+  virtual void doInitialize() = 0;
+  /// Called when the request of that name reached a terminal status.
+  virtual void handlePollForInsertionRequest() = 0;
+  virtual void handleIdentifySupplyRequest() = 0;
+  virtual void handleCheckSupplyRequest() = 0;
+  /// Loads the poll request anew and starts it.
+  virtual void doResetIdentifier() = 0;
+  /// Seconds from a positive poll to identification: a freshly inserted supply settles.
+  virtual double pollDelay() const { return pollDelay_; }
+  /// Off: no deadline fires; on again: detection starts over.
+  virtual void kexFwkActivityIs(bool active);
+  virtual void identifierNameIs(Kex::String8 name) { identifierName_ = std::move(name); }
+  /// Seconds between two polls or checks.
+  virtual void pollIntervalIs(double seconds) { pollInterval_ = seconds; }
+  virtual void stateIs(IdentifierState state) { state_ = state; }
+  virtual void presentIntCtrlDel() { presentIntCtrl_ = nullptr; }
+  virtual void presentIntCtrlIs(Kex::Ptr<Fru::IntCtrl> const& ctrl) { presentIntCtrl_ = ctrl; }
+  virtual void serialNumIs(Kex::String8 serialNum) { serialNum_ = std::move(serialNum); }
+  virtual void fdlIs(Kex::String8 fdl) { fdl_ = std::move(fdl); }
+  virtual void hwErrorIs(bool hwError) { hwError_ = hwError; }
+  virtual void initializedIs(bool initialized) { initialized_ = initialized; }
+  virtual void failCountIs(Kex::U8 failCount) { failCount_ = failCount; }
+  virtual void pollDelayIs(double seconds) { pollDelay_ = seconds; }
+  virtual void constructedIs(bool constructed) { constructed_ = constructed; }
+  /// On: withdraws the requests for good, before the identifier is let go.
+  virtual void kexDoZombieReactors(bool on);
+  virtual void clockInputIs(Kex::Ptr<Kex::Clock const> const& clock) { clockInput_ = clock; }
+  virtual void configDel() { config_ = nullptr; }
+  virtual void configIs(SlotConfigPtr const& config) { config_ = config; }
+  virtual void pollForInsertionRequestDel() { poll_.requestIs({}); }
+  virtual void pollForInsertionRequestIs(RequestPtr const& request) { poll_.requestIs(request); }
+  virtual void identifySupplyRequestDel() { identify_.requestIs({}); }
+  virtual void identifySupplyRequestIs(RequestPtr const& request) { identify_.requestIs(request); }
+  virtual void checkSupplyRequestDel() { check_.requestIs({}); }
+  virtual void checkSupplyRequestIs(RequestPtr const& request) { check_.requestIs(request); }
+  virtual void presentIntFdDel() { presentIntFd_ = nullptr; }
+  virtual void presentIntFdIs(Kex::Ptr<Kex::FileDescriptor const> const& fd) { presentIntFd_ = fd; }
+
+  /// The end of a request's work, reported by its handler; `status()` of the request still holds.
+  void doPollForInsertionRequestComplete(bool present);
+  void doIdentifySupplyRequestComplete(bool identified);
+  void doCheckSupplyRequestComplete(bool present);
+
+  Kex::Ptr<Kex::Clock const> const& clockInput() const { return clockInput_; }
+  SlotConfigPtr const& config() const { return config_; }
+  SlotStatusPtr const& status() const { return status_; }
+  RequestPtr const& pollForInsertionRequest() const { return poll_.request(); }
+  RequestPtr const& identifySupplyRequest() const { return identify_.request(); }
+  RequestPtr const& checkSupplyRequest() const { return check_.request(); }
+  Kex::Ptr<Fru::IntCtrl> const& presentIntCtrl() const { return presentIntCtrl_; }
+  Kex::Ptr<Kex::FileDescriptor const> const& presentIntFd() const { return presentIntFd_; }
+  Kex::Ptr<Fru::Gpo> const& presentGpo() const { return presentGpo_; }
+  Kex::String8 const& identifierName() const { return identifierName_; }
+  IdentifierState state() const { return state_; }
+  Kex::U8 stateNumber() const { return state_; }
+  double pollInterval() const { return pollInterval_; }
+  Kex::String8 const& serialNum() const { return serialNum_; }
+  Kex::String8 const& fdl() const { return fdl_; }
+  bool hwError() const { return hwError_; }
+  bool initialized() const { return initialized_; }
+  bool constructed() const { return constructed_; }
+  Kex::U8 failCount() const { return failCount_; }
+
+  /// Who holds the identifier, and starts its detection; null for nobody. Not owned.
+  void ownerIs(Kex::Entity const* owner) { owner_ = owner; }
+  /// Initialises the identifier and starts the first poll, if notifications are on.
+  void doStartDetection();
+
+ protected:
+  using Supply = Hardware::PowerSupplySlot::Supply;
+
+  /// Forgets what was read of a supply, before the poll is entered again.
+  virtual void doForgetSupply() {}
+  /// What was read of the supply's records so far, for the report.
+  virtual Findings findings() const { return {}; }
+  /// The first bytes of the product info area, as last read; a check compares them.
+  virtual Kex::String8 areaHeader() const { return {}; }
+
+  bool isMarkedForDeletion() const { return isMarkedForDeletion_; }
+  void isMarkedForDeletionIs(bool marked) { isMarkedForDeletion_ = marked; }
+
+ private:
+  /// One of the three requests, joined to the handler that judges it.
+  class Channel final : Hardware::VornRequest::Handler {
+   public:
+    using Handle = void (IdentifierBase::*)();
+
+    Channel(IdentifierBase& owner, char const* name, Handle handle)
+        : owner_(owner), name_(name), handle_(handle) {}
+    Channel(Channel const&) = delete;
+    Channel& operator=(Channel const&) = delete;
+    ~Channel() { requestIs({}); }
+
+    RequestPtr const& request() const { return request_; }
+    void requestIs(RequestPtr const& request);
+    void withdraw();
+
+   private:
+    void handleStatus(Hardware::VornRequest& request) override;
+
+    IdentifierBase& owner_;
+    char const* name_;
+    Handle handle_;
+    RequestPtr request_;
+  };
+
+  /// What the one deadline is for.
+  enum class PendingAction : Kex::U8 { none, reset, identify, check };
+
+  double now() const;
+  void pendingActionIs(PendingAction action, double time);
+  void withdrawRequests();
+  void resetDetection();
+  void startRequest(IdentifierState state, RequestPtr const& request);
+  void publish(Supply supply);
+  void abandon(Kex::Exception const& why);
+  Kex::U64 startedTransactions() const;
+
+  Kex::Ptr<Kex::Clock const> clockInput_;
+  SlotConfigPtr config_;
+  SlotStatusPtr status_;
+  Channel poll_;
+  Channel identify_;
+  Channel check_;
+  Kex::Ptr<Fru::IntCtrl> presentIntCtrl_;
+  Kex::Ptr<Kex::FileDescriptor const> presentIntFd_;
+  Kex::Ptr<Fru::Gpo> presentGpo_;
+  Kex::Entity const* owner_ = nullptr;
+  Kex::String8 identifierName_;
+  Kex::String8 serialNum_;
+  Kex::String8 fdl_;
+  double pollInterval_ = 1.0;
+  double pollDelay_ = 0.2;
+  Detection detection_;
+  IdentifierState state_ = kInitial;
+  PendingAction pendingAction_ = PendingAction::none;
+  Kex::U8 failCount_ = 0;
+  bool hwError_ = false;
+  bool initialized_ = false;
+  bool constructed_ = false;
+  bool isMarkedForDeletion_ = false;
+  bool isStarted_ = false;
+};
+
+KEX_API std::ostream& operator<<(std::ostream& out, IdentifierBase::IdentifierState state);
+
+}  // namespace PowerSupplyDetector

@@ -1,0 +1,40 @@
+// Presence lines of a slot: an interrupt controller and a general-purpose output.
+#pragma once
+
+#include "host/kex/Entity.h"
+
+namespace Fru {
+
+/// Controls the interrupt that tells of a supply's presence.
+class KEX_API IntCtrl final : public Kex::Entity {
+ public:
+  static Kex::KexType& _fwkType();
+
+  using Entity::Entity;
+  Kex::KexType& fwkType() const override;
+  ~IntCtrl() override;
+
+  bool isEnabled() const { return isEnabled_; }
+  void isEnabledIs(bool isEnabled);
+
+ private:
+  bool isEnabled_ = false;
+};
+
+/// A line that can be driven.
+class KEX_API Gpo final : public Kex::Entity {
+ public:
+  static Kex::KexType& _fwkType();
+
+  using Entity::Entity;
+  Kex::KexType& fwkType() const override;
+  ~Gpo() override;
+
+  bool isAsserted() const { return isAsserted_; }
+  void isAssertedIs(bool isAsserted);
+
+ private:
+  bool isAsserted_ = false;
+};
+
+}  // namespace Fru

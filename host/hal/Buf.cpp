@@ -1,0 +1,91 @@
+// Hal::Buf, the byte buffers of bus transfers and FRU areas.
+#include "host/hal/Buf.h"
+
+#include <algorithm>
+
+#include "host/kex/Exception.h"
+#include "host/kex/Format.h"
+#include "host/kex/KexType.h"
+
+namespace Hal {
+
+using Kex::U32;
+using Kex::U8;
+
+namespace {
+
+void checkIndex(U32 index, U32 length) {
+  if (index >= length) {
+    Kex::throwRangeException(Kex::format("byte %u of a buffer of %u bytes", index, length));
+  }
+}
+
+}  // namespace
+
+Kex::KexType& BufBase::_fwkType() {
+  static Kex::KexType& record =
+      Kex::newHostType<BufBase>("Hal::BufBase", &Kex::PtrInterface::_fwkType());
+  return record;
+}
+
+Kex::KexType& BufBase::fwkType() const { return _fwkType(); }
+
+BufBase::~BufBase() = default;
+
+void BufBase::lenIs(U32 length) {
+  if (length > size()) {
+    Kex::throwRangeException(
+        Kex::format("length %u of a buffer with a capacity of %u bytes", length, size()));
+  }
+  len_ = length;
+}
+
+U8 BufBase::byte(U32 index) const {
+  checkIndex(index, len_);
+  return bytes_[index];
+}
+
+void BufBase::byteIs(U32 index, U8 value) {
+  checkIndex(index, len_);
+  bytes_[index] = value;
+}
+
+void BufBase::bytesIs(U32 offset, std::span<U8 const> bytes) {
+  if (offset > len_ || bytes.size() > len_ - offset) {
+    Kex::throwRangeException(
+        Kex::format("%zu bytes at %u of a buffer of %u bytes", bytes.size(), offset, len_));
+  }
+  std::ranges::copy(bytes, bytes_.begin() + offset);
+}
+
+Kex::String8 BufBase::str() const {
+  return Kex::String8(std::string(bytes_.begin(), bytes_.begin() + len_));
+}
+
+void BufBase::strIs(Kex::String8 const& text) {
+  bytes_.resize(std::max<std::size_t>(bytes_.size(), text.len()));
+  std::ranges::copy(text.view(), bytes_.begin());
+  len_ = text.len();
+}
+
+void BufBase::doAppend(std::span<U8 const> bytes) {
+  bytes_.resize(std::max<std::size_t>(bytes_.size(), len_ + bytes.size()));
+  std::ranges::copy(bytes, bytes_.begin() + len_);
+  len_ += static_cast<U32>(bytes.size());
+}
+
+void BufBase::capacityIs(U32 size) {
+  bytes_.resize(size);
+  len_ = std::min(len_, size);
+}
+
+Kex::KexType& Buf::_fwkType() {
+  static Kex::KexType& record = Kex::newHostType<Buf>("Hal::Buf", &BufBase::_fwkType());
+  return record;
+}
+
+Kex::KexType& Buf::fwkType() const { return _fwkType(); }
+
+Buf::~Buf() = default;
+
+}  // namespace Hal

@@ -1,0 +1,73 @@
+// Hal::Buf, the byte buffers of bus transfers and FRU areas.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "host/kex/Export.h"
+#include "host/kex/PtrInterface.h"
+
+namespace Hal {
+
+/// Bytes with a capacity (`size`) and a current length (`len`), both in bytes.
+class KEX_API BufBase : public Kex::PtrInterface {
+ public:
+  static Kex::KexType& _fwkType();
+  Kex::KexType& fwkType() const override;
+  ~BufBase() override;
+
+  Kex::U32 size() const { return static_cast<Kex::U32>(bytes_.size()); }
+  Kex::U32 len() const { return len_; }
+  /// Sets the length; the bytes stay as they stand. Throws a range exception beyond the capacity.
+  void lenIs(Kex::U32 length);
+
+  /// The byte at `index`. Throws a range exception at or beyond the length.
+  Kex::U8 byte(Kex::U32 index) const;
+  void byteIs(Kex::U32 index, Kex::U8 value);
+  /// The bytes up to the length.
+  std::span<Kex::U8 const> bytes() const { return {bytes_.data(), len_}; }
+  /// Puts `bytes` at `offset`. Throws a range exception when they reach beyond the length.
+  void bytesIs(Kex::U32 offset, std::span<Kex::U8 const> bytes);
+
+  /// The bytes up to the length as a string.
+  Kex::String8 str() const;
+  /// Replaces the contents by the string's bytes; grows the capacity where needed.
+  void strIs(Kex::String8 const& text);
+  /// Appends `bytes`; grows the capacity where needed.
+  void doAppend(std::span<Kex::U8 const> bytes);
+
+ protected:
+  explicit BufBase(Kex::U32 size) : bytes_(size) {}
+  void capacityIs(Kex::U32 size);
+
+ private:
+  std::vector<Kex::U8> bytes_;
+  Kex::U32 len_ = 0;
+};
+
+/// Where a bus operation puts or takes its bytes. It holds the buffer, so that a late answer never
+/// meets one that is gone.
+class BufData {
+ public:
+  explicit BufData(BufBase& buffer) : buffer_(&buffer) {}
+  BufBase& buffer() const { return *buffer_; }
+
+ private:
+  Kex::Ptr<BufBase> buffer_;
+};
+
+/// A buffer of a given capacity; its length is 0, its bytes are zero.
+class KEX_API Buf final : public BufBase {
+ public:
+  static Kex::KexType& _fwkType();
+
+  explicit Buf(Kex::U32 size) : BufBase(size) {}
+  Kex::KexType& fwkType() const override;
+  ~Buf() override;
+
+  /// Changes the capacity and keeps what fits of contents and length.
+  void sizeIs(Kex::U32 size) { capacityIs(size); }
+  BufData data() { return BufData(*this); }
+};
+
+}  // namespace Hal

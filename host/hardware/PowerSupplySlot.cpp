@@ -1,0 +1,55 @@
+// Configuration and status of a power-supply slot.
+#include "host/hardware/PowerSupplySlot.h"
+
+#include "host/kex/KexType.h"
+
+namespace Hardware::PowerSupplySlot {
+
+Kex::KexType& SlotConfig::_fwkType() {
+  static Kex::KexType& record = Kex::newHostType<SlotConfig>(
+      "Hardware::PowerSupplySlot::SlotConfig", &Kex::Entity::_fwkType());
+  return record;
+}
+
+Kex::KexType& SlotConfig::fwkType() const { return _fwkType(); }
+
+SlotConfig::~SlotConfig() = default;
+
+Kex::KexType& SlotStatus::_fwkType() {
+  static Kex::KexType& record = Kex::newHostType<SlotStatus>(
+      "Hardware::PowerSupplySlot::SlotStatus", &Kex::Entity::_fwkType());
+  return record;
+}
+
+Kex::KexType& SlotStatus::fwkType() const { return _fwkType(); }
+
+SlotStatus::~SlotStatus() = default;
+
+void SlotStatus::supplyIs(Supply supply) {
+  supply_ = std::move(supply);
+  changed(kOnSupply);
+}
+
+void SlotStatus::NotifieeConst::react(unsigned reaction) {
+  if (reaction == kOnSupply) {
+    onSupply();
+  } else {
+    Entity::NotifieeConst::react(reaction);
+  }
+}
+
+}  // namespace Hardware::PowerSupplySlot
+
+namespace Hardware::PowerSupply {
+
+Kex::KexType& CellConfig::_fwkType() {
+  static Kex::KexType& record =
+      Kex::newHostType<CellConfig>("Hardware::PowerSupply::CellConfig", &Kex::Entity::_fwkType());
+  return record;
+}
+
+Kex::KexType& CellConfig::fwkType() const { return _fwkType(); }
+
+CellConfig::~CellConfig() = default;
+
+}  // namespace Hardware::PowerSupply

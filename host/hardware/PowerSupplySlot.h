@@ -1,0 +1,74 @@
+// Configuration and status of a power-supply slot.
+#pragma once
+
+#include <optional>
+
+#include "host/hardware/Supply.h"
+#include "host/hardware/Vorn.h"
+#include "host/kex/Entity.h"
+
+namespace Hardware::PowerSupplySlot {
+
+/// What a slot is: its name and its way to the bus.
+class KEX_API SlotConfig final : public Kex::Entity {
+ public:
+  static Kex::KexType& _fwkType();
+
+  SlotConfig(Kex::Name name, Kex::Ptr<SmbusVorn::VornDesc const> smbusVornDesc)
+      : Entity(std::move(name)), smbusVornDesc_(std::move(smbusVornDesc)) {}
+  Kex::KexType& fwkType() const override;
+  ~SlotConfig() override;
+
+  Kex::Ptr<SmbusVorn::VornDesc const> const& smbusVornDesc() const { return smbusVornDesc_; }
+
+ private:
+  Kex::Ptr<SmbusVorn::VornDesc const> smbusVornDesc_;
+};
+
+/// What is known of a slot's supply.
+class KEX_API SlotStatus final : public Kex::Entity {
+ public:
+  class NotifieeConst;
+
+  static Kex::KexType& _fwkType();
+
+  explicit SlotStatus(Kex::Name name) : Entity(std::move(name)) {}
+  Kex::KexType& fwkType() const override;
+  ~SlotStatus() override;
+
+  /// The outcome of the last detection; none before the first one has ended.
+  std::optional<Supply> const& supply() const { return supply_; }
+  void supplyIs(Supply supply);
+
+  static constexpr unsigned kOnSupply = kReactionsEnd;
+
+ private:
+  std::optional<Supply> supply_;
+};
+
+/// Reacts to the end of a detection.
+class KEX_API SlotStatus::NotifieeConst
+    : public Kex::NotifieeConstOf<SlotStatus, Kex::Entity::NotifieeConst> {
+ public:
+  using NotifieeConstOf::NotifieeConstOf;
+
+ protected:
+  virtual void onSupply() {}
+  void react(unsigned reaction) override;
+};
+
+}  // namespace Hardware::PowerSupplySlot
+
+namespace Hardware::PowerSupply {
+
+/// What the cell behind a slot is configured to be.
+class KEX_API CellConfig final : public Kex::Entity {
+ public:
+  static Kex::KexType& _fwkType();
+
+  using Entity::Entity;
+  Kex::KexType& fwkType() const override;
+  ~CellConfig() override;
+};
+
+}  // namespace Hardware::PowerSupply

@@ -1,0 +1,127 @@
+// Hardware::VornRequest, one bus request of a slot.
+#include "host/hardware/VornRequest.h"
+
+#include <algorithm>
+
+#include "host/kex/Exception.h"
+#include "host/kex/Format.h"
+#include "host/kex/KexType.h"
+
+namespace Kex {
+
+std::ostream& operator<<(std::ostream& out, Request::Status status) {
+  switch (status) {
+    case Request::kIdle: return out << "idle";
+    case Request::kRunning: return out << "running";
+    case Request::kFailed: return out << "failed";
+    case Request::kSucceeded: return out << "succeeded";
+  }
+  return out << static_cast<unsigned>(status);
+}
+
+}  // namespace Kex
+
+namespace Hardware {
+
+using Kex::Request;
+
+Kex::KexType& VornRequest::_fwkType() {
+  static Kex::KexType& record =
+      Kex::newHostType<VornRequest>("Hardware::VornRequest", &PtrInterface::_fwkType());
+  return record;
+}
+
+Kex::KexType& VornRequest::fwkType() const { return _fwkType(); }
+
+VornRequest::~VornRequest() { bus_->requestDel(*this); }
+
+void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData const& data,
+                           Kex::U32 length, Kex::U8, Kex::U8, Kex::U32) {
+  if (length == 0 || length > Smbus::kMaxBlock) {
+    Kex::throwRangeException(
+        Kex::format("an operation of %u bytes does not fit an SMBus block", length));
+  }
+  VornOp op{.opcode = opcode,
+            .address = Smbus::VornAddress(address),
+            .data = data,
+            .length = length,
+            .written = {}};
+  if (opcode == VornOp::kWrite) {
+    for (Kex::U32 i = 0; i < length; ++i) {
+      op.written.bytes[i] = data.buffer().byte(i);
+    }
+    op.written.length = static_cast<Kex::U8>(length);
+  }
+  if (isReplacing_) {
+    operations_.clear();
+    isReplacing_ = false;
+  }
+  operations_.push_back(std::move(op));
+}
+
+void VornRequest::activeIs(bool active) {
+  bus_->requestDel(*this);
+  dequeue();
+  status_ = Request::kIdle;
+  isActive_ = active;
+  isReplacing_ = isReplacing_ || !active;
+  if (!active) {
+    return;
+  }
+  ++activations_;
+  status_ = Request::kRunning;
+  if (isTransaction()) {
+    bus_->requestIs(*this);
+  } else {
+    answerIs(Smbus::Reply::failed("the request holds no transaction"));
+  }
+}
+
+bool VornRequest::isTransaction() const {
+  auto const is = [this](std::size_t index, VornOp::Opcode opcode) {
+    return operations_[index].opcode == opcode;
+  };
+  return (operations_.size() == 1 && is(0, VornOp::kRead)) ||
+         (operations_.size() == 2 && is(0, VornOp::kWrite) && is(1, VornOp::kRead));
+}
+
+Smbus::Transaction VornRequest::transaction() const {
+  VornOp const& read = operations_.back();
+  return {.address = read.address,
+          .write = operations_.front().written,
+          .readLength = static_cast<Kex::U8>(read.length)};
+}
+
+void VornRequest::answerIs(Smbus::Reply const& reply) {
+  lastRead_ = {};
+  failure_ = reply.failure;
+  if (reply.isOk) {
+    VornOp const& read = operations_.back();
+    // The whole length is written: what the reply leaves is zero, what is beyond is cut.
+    lastRead_.length = static_cast<Kex::U8>(read.length);
+    std::copy_n(reply.read.bytes.begin(), std::min(reply.read.length, lastRead_.length),
+                lastRead_.bytes.begin());
+    auto const room = std::min<std::size_t>(lastRead_.length, read.data.buffer().len());
+    read.data.buffer().bytesIs(0, lastRead_.view().first(room));
+  }
+  statusIs(reply.isOk ? Request::kSucceeded : Request::kFailed);
+}
+
+void VornRequest::statusIs(Request::Status terminal) {
+  status_ = terminal;
+  enqueue();
+}
+
+void VornRequest::run() {
+  Kex::Ptr<VornRequest> const self(this);
+  Kex::U64 const activation = activations_;
+  if (handler_ != nullptr) {
+    handler_->handleStatus(*this);
+  }
+  if (activation == activations_) {
+    status_ = Request::kIdle;
+    isActive_ = false;
+  }
+}
+
+}  // namespace Hardware

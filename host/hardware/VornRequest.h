@@ -1,0 +1,116 @@
+// Hardware::VornRequest, one bus request of a slot.
+#pragma once
+
+#include <ostream>
+#include <vector>
+
+#include "host/hal/Buf.h"
+#include "host/kex/Activity.h"
+#include "host/kex/Name.h"
+#include "host/kex/PtrInterface.h"
+#include "host/smbus/Bus.h"
+
+namespace Kex {
+
+/// Anything that is started and ends with a status.
+struct Request {
+  enum Status : U8 { kIdle = 0, kRunning = 1, kFailed = 2, kSucceeded = 3 };
+};
+
+KEX_API std::ostream& operator<<(std::ostream& out, Request::Status status);
+
+}  // namespace Kex
+
+namespace Hardware {
+
+/// One operation of a request.
+struct VornOp {
+  enum Opcode : Kex::U8 { kRead = 0, kWrite = 1 };
+
+  Opcode opcode;
+  Smbus::VornAddress address;
+  /// Where a read puts its bytes.
+  Hal::BufData data;
+  Kex::U32 length;
+  /// What a write sends, as it stood when the operation was made.
+  Smbus::Block written;
+};
+
+/// A list of operations that is run as one bus transaction: a read, or a write and a read.
+///
+/// Each terminal status (failed, succeeded) is delivered to the handler exactly once, from the run
+/// loop; afterwards the status is idle again, unless the handler started the request anew.
+class KEX_API VornRequest final : public Kex::PtrInterface, private Kex::Activity {
+ public:
+  /// Whose request it is.
+  class Handler {
+   public:
+    /// A terminal status was reached.
+    virtual void handleStatus(VornRequest& request) = 0;
+
+   protected:
+    Handler() = default;
+    Handler(Handler const&) = default;
+    Handler& operator=(Handler const&) = default;
+    ~Handler() = default;
+  };
+
+  static Kex::KexType& _fwkType();
+
+  explicit VornRequest(Kex::Ptr<Smbus::Bus> bus) : bus_(std::move(bus)) {}
+  Kex::KexType& fwkType() const override;
+  ~VornRequest() override;
+
+  /// What the request is for, as transcripts call it.
+  Kex::Name const& name() const { return name_; }
+  void nameIs(Kex::Name name) { name_ = std::move(name); }
+  /// Who is told of terminal statuses; null for nobody. Not owned.
+  void handlerIs(Handler* handler) { handler_ = handler; }
+
+  /// Appends an operation: of `opcode` (1 write, 0 read), at the encoded `address`, with `length`
+  /// bytes of `data` (a write's are copied now). The first one after `activeIs(false)` replaces all
+  /// before it. Throws a range exception when `length` is 0 or above `Smbus::kMaxBlock`. The last
+  /// three, the operation's element sizes and count, do not change what an SMBus transfer does.
+  void doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData const& data, Kex::U32 length,
+                Kex::U8 elementSize, Kex::U8 elementLength, Kex::U32 count);
+
+  bool active() const { return isActive_; }
+  /// True starts the request, whether or not it is active: the operations made since the last
+  /// `activeIs(false)`, else the previous ones again. False withdraws it; a status that is not
+  /// delivered yet is discarded.
+  void activeIs(bool active);
+
+  Kex::Request::Status status() const { return status_; }
+  std::vector<VornOp> const& operations() const { return operations_; }
+  /// What the last transaction read, count byte first, as it reached the buffer.
+  Smbus::Block const& lastRead() const { return lastRead_; }
+  /// Why the last transaction failed, for a person; empty when it did not.
+  Kex::String8 const& failure() const { return failure_; }
+  /// How many transactions were begun on the wire, ever.
+  Kex::U64 started() const { return started_; }
+
+ private:
+  friend class Smbus::Bus;
+
+  /// The operations as one transaction.
+  Smbus::Transaction transaction() const;
+  bool isTransaction() const;
+  void handleStarted() { ++started_; }
+  void answerIs(Smbus::Reply const& reply);
+  void statusIs(Kex::Request::Status terminal);
+  void run() override;
+
+  Kex::Name name_;
+  Kex::Ptr<Smbus::Bus> bus_;
+  Handler* handler_ = nullptr;
+  std::vector<VornOp> operations_;
+  Smbus::Block lastRead_;
+  Kex::String8 failure_;
+  Kex::U64 started_ = 0;
+  Kex::U64 activations_ = 0;
+  Kex::Request::Status status_ = Kex::Request::kIdle;
+  bool isActive_ = false;
+  bool isReplacing_ = true;
+};
+
+}  // namespace Hardware

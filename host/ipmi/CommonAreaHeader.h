@@ -1,0 +1,41 @@
+// Ipmi::CommonAreaHeader, the FRU common header.
+#pragma once
+
+#include <array>
+
+#include "host/hal/Buf.h"
+
+namespace Ipmi {
+
+/// A FRU common header (IPMI Platform Management FRU Information Storage Definition, section 8).
+/// Bytes that the buffer does not have read as 0.
+class KEX_API CommonAreaHeader final : public Kex::PtrInterface {
+ public:
+  /// Length of a common header in bytes.
+  static constexpr Kex::U8 kLength = 8;
+
+  static Kex::KexType& _fwkType();
+  /// The record of what `buffer` holds now.
+  static Kex::Ptr<CommonAreaHeader> CommonAreaHeaderIs(Kex::Ptr<Hal::Buf> const& buffer);
+
+  explicit CommonAreaHeader(Hal::Buf const& buffer);
+  Kex::KexType& fwkType() const override;
+  ~CommonAreaHeader() override;
+
+  /// Whether the bytes add up to 0 modulo 256; false when there are none.
+  bool checksumValid() const { return checksumValid_; }
+  /// The low nibble of the first byte.
+  Kex::U8 ipmiVersion() const { return bytes_[0] & 0x0f; }
+  /// Start of the product info area in bytes, one byte wide; 0 when there is no such area.
+  Kex::U8 productAreaOffset() const { return static_cast<Kex::U8>(bytes_[4] * 8); }
+  std::array<Kex::U8, kLength> const& bytes() const { return bytes_; }
+
+ private:
+  std::array<Kex::U8, kLength> bytes_{};
+  bool checksumValid_;
+};
+
+/// Whether `bytes` add up to 0 modulo 256; false when there are none.
+KEX_API bool isZeroSum(std::span<Kex::U8 const> bytes);
+
+}  // namespace Ipmi

@@ -1,0 +1,81 @@
+// Base of the descriptors of supported power supplies.
+#include "host/ipmi/SupportedPowerSupplyDescriptorBase.h"
+
+#include "host/kex/Access.h"
+#include "host/kex/EntityTable.h"
+#include "host/kex/TypeTable.h"
+
+namespace Ipmi {
+
+namespace {
+
+using Base = SupportedPowerSupplyDescriptorBase;
+using Kex::AttrRow;
+
+constexpr AttrRow kRows[] = {
+    {.name = "managed",
+     .id = 0x100,
+     .access = Kex::value<&Base::managed>,
+     .introspection = AttrRow::Introspection::independentDomainAttr,
+     .flags = {0x220101, 0x400}},
+    {.name = "fdl",
+     .id = 0x101,
+     .access = Kex::value<&Base::fdl>,
+     .introspection = AttrRow::Introspection::independentDomainAttr,
+     .flags = {0x220101, 0x400}},
+    {.name = "doGenerateFdl",
+     .id = 0x102,
+     .access = Kex::function<&Base::doGenerateFdl>,
+     .arguments = {"idpromContents"},
+     .introspection = AttrRow::Introspection::function,
+     .flags = {0x20001, 0x400}},
+};
+
+constexpr Kex::TypeTable::RecordFn kCastChain[] = {&Base::_fwkType, &Kex::Entity::_fwkType,
+                                                   &Kex::PtrInterface::_fwkType};
+
+constexpr Kex::TypeTable kTable{
+    .shortName = "SupportedPowerSupplyDescriptorBase",
+    .fullName = "Ipmi::SupportedPowerSupplyDescriptorBase",
+    .base = &Kex::Entity::_fwkType,
+    .size = sizeof(Base),
+    .isEntity = true,
+    .constructorArguments = Kex::kNamedEntityArguments,
+    .rows = kRows,
+    .castChain = kCastChain,
+};
+
+}  // namespace
+
+Kex::KexType& SupportedPowerSupplyDescriptorBase::_fwkType() {
+  static Kex::KexType& record = Kex::newTableHostType<Base>(kTable);
+  return record;
+}
+
+Kex::KexType& SupportedPowerSupplyDescriptorBase::fwkType() const { return _fwkType(); }
+
+SupportedPowerSupplyDescriptorBase::~SupportedPowerSupplyDescriptorBase() = default;
+
+void SupportedPowerSupplyDescriptorBase::managedIs(bool managed) {
+  if (managed_ != managed) {
+    managed_ = managed;
+    changed(kOnManaged);
+  }
+}
+
+void SupportedPowerSupplyDescriptorBase::fdlIs(Kex::String8 fdl) {
+  if (fdl_ != fdl) {
+    fdl_ = std::move(fdl);
+    changed(kOnFdl);
+  }
+}
+
+void SupportedPowerSupplyDescriptorBase::NotifieeConst::react(unsigned reaction) {
+  switch (reaction) {
+    case kOnManaged: return onManaged();
+    case kOnFdl: return onFdl();
+    default: return Entity::NotifieeConst::react(reaction);
+  }
+}
+
+}  // namespace Ipmi

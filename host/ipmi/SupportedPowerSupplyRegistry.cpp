@@ -1,0 +1,72 @@
+// The registry of supported power supplies.
+#include "host/ipmi/SupportedPowerSupplyRegistry.h"
+
+#include "host/kex/EntityTable.h"
+
+namespace Ipmi {
+
+namespace {
+
+using Kex::Ptr;
+
+constexpr Kex::TypeTable::RecordFn kCastChain[] = {
+    &SupportedPowerSupplyRegistry::_fwkType, &Kex::Entity::_fwkType, &Kex::PtrInterface::_fwkType};
+
+constexpr Kex::TypeTable kTable{
+    .shortName = "SupportedPowerSupplyRegistry",
+    .fullName = "Ipmi::SupportedPowerSupplyRegistry",
+    .base = &Kex::Entity::_fwkType,
+    .size = sizeof(SupportedPowerSupplyRegistry),
+    .isEntity = true,
+    .constructorArguments = Kex::kNamedEntityArguments,
+    .rows = {},
+    .castChain = kCastChain,
+    .create = [](Kex::Name name) -> Ptr<Kex::PtrInterface> {
+      return Kex::make<SupportedPowerSupplyRegistry>(std::move(name));
+    },
+};
+
+}  // namespace
+
+Kex::KexType& SupportedPowerSupplyRegistry::_fwkType() {
+  static Kex::KexType& record = Kex::newTableHostType<SupportedPowerSupplyRegistry>(kTable);
+  return record;
+}
+
+Kex::KexType& SupportedPowerSupplyRegistry::fwkType() const { return _fwkType(); }
+
+SupportedPowerSupplyRegistry::~SupportedPowerSupplyRegistry() {
+  for (auto walk = descriptors_.begin(); walk; ++walk) {
+    walk->parentIs(nullptr);
+  }
+}
+
+Ptr<Kex::PtrInterface> SupportedPowerSupplyRegistry::member(Kex::Name const& name) const {
+  return descriptors_.member(name.str());
+}
+
+std::vector<Kex::Name> SupportedPowerSupplyRegistry::memberNames() const {
+  std::vector<Kex::Name> names;
+  for (auto walk = descriptors_.begin(); walk; ++walk) {
+    names.push_back(walk->name());
+  }
+  return names;
+}
+
+void SupportedPowerSupplyRegistry::powerSupplyDescriptorIs(
+    Ptr<SupportedPowerSupplyDescriptorBase> const& descriptor) {
+  powerSupplyDescriptorDel(descriptor->name());
+  descriptors_.memberIs(descriptor);
+  descriptor->parentIs(this);
+}
+
+Ptr<SupportedPowerSupplyDescriptorBase> SupportedPowerSupplyRegistry::powerSupplyDescriptorDel(
+    Kex::Name const& name) {
+  Ptr<SupportedPowerSupplyDescriptorBase> removed = descriptors_.memberDel(name.str());
+  if (removed) {
+    removed->parentIs(nullptr);
+  }
+  return removed;
+}
+
+}  // namespace Ipmi

@@ -1,0 +1,77 @@
+// Named objects with a place in the tree of entities.
+#include "host/kex/Entity.h"
+
+#include "host/kex/Directory.h"
+#include "host/kex/GenericIf.h"
+#include "host/kex/KexType.h"
+#include "host/kex/TextConversion.h"
+
+namespace Kex {
+
+bool Entity::singletonExists(Name const& name) { return root().member(name) != nullptr; }
+
+Ptr<Entity> Entity::singletonIs(KexType const& type) {
+  Name const name(type.fullName());
+  if (Ptr<PtrInterface> const found = root().member(name)) {
+    return dynamicCast<Entity>(found);
+  }
+  auto const arguments = make<GenericIf::List_>();
+  arguments->append(holderOf(name));
+  Ptr<Entity> const entity = dynamicCast<Entity>(type.genericIf(arguments.ptr(), false)->object());
+  root().memberIs(entity);
+  return entity;
+}
+
+KexType& Entity::fwkType() const { return _fwkType(); }
+
+Entity::~Entity() = default;
+
+String8 Entity::attributeString(AttributeId id) const {
+  // Asked of the object's own adapter, so that a type's attributes are listed in one place.
+  Ptr<GenericIf> const adapter = fwkType().newAdapter(Ptr(const_cast<Entity*>(this)), true);
+  KexAttr const* const attribute = adapter ? adapter->type().attr(id) : nullptr;
+  if (attribute == nullptr || attribute->kind() != KexAttr::Kind::value) {
+    return "unknown";
+  }
+  Ptr<GenericIf> const value = adapter->access({.id = id});
+  return value ? value->text() : String8();
+}
+
+String8 Entity::path() const {
+  if (this == &root()) {
+    return "/";
+  }
+  return parent_ == nullptr ? String8(escapedName(name_)) : memberPath(*parent_, name_);
+}
+
+void Entity::parentIs(Entity* parent) {
+  if (parent_ != parent) {
+    parent_ = parent;
+    changed(kOnParent);
+  }
+}
+
+void Entity::changed(unsigned reaction) {
+  ++version_;
+  notify(reaction);
+  notify(kOnVersion);
+}
+
+KexType& Entity::NotifieeConst::_fwkType() {
+  static KexType& record = newHostType<NotifieeConst>("Kex::Entity::NotifieeConst",
+                                                      &PtrInterface::NotifieeConst::_fwkType());
+  return record;
+}
+
+KexType& Entity::NotifieeConst::fwkType() const { return _fwkType(); }
+
+void Entity::NotifieeConst::react(unsigned reaction) {
+  switch (reaction) {
+    case kOnParent: return onParent();
+    case kOnVersion: return onVersion();
+    case kOnIsNondestructing: return onIsNondestructing();
+    default: return;
+  }
+}
+
+}  // namespace Kex

@@ -1,0 +1,99 @@
+// Tracing: named handles whose levels are switched one by one.
+#include "host/kex/Trace.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <ostream>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+namespace Kex {
+
+std::ostream* coverageStream_ = nullptr;
+
+namespace {
+
+struct Registry {
+  std::map<String8, U32> levels;
+  std::vector<TraceHandle*> handles;
+  std::function<void(TraceRecord const&)> sink;
+};
+
+Registry& registry() {
+  // Never destroyed: handles of plug-ins leave it at exit.
+  static auto& theRegistry = *new Registry;
+  return theRegistry;
+}
+
+/// "doInitialize" of "virtual void Emerson::PmbusIdentifier::Identifier::doInitialize()".
+std::string_view shortFunctionName(std::string_view signature) {
+  std::string_view const name = signature.substr(0, signature.find('('));
+  std::size_t const start = name.find_last_of(": *&");
+  return start == std::string_view::npos ? name : name.substr(start + 1);
+}
+
+void writeToStderr(TraceRecord const& record) {
+  std::fprintf(stderr, "%s/%u %s\n", record.handle, record.level, record.text.charPtr());
+}
+
+}  // namespace
+
+TraceHandle::TraceHandle(char const* name, bool isOn) : name_(name) {
+  Registry& all = registry();
+  auto const [entry, isNew] = all.levels.try_emplace(String8(name), isOn ? ~U32{0} : U32{0});
+  levels_ = entry->second;
+  all.handles.push_back(this);
+}
+
+TraceHandle::~TraceHandle() { std::erase(registry().handles, this); }
+
+void TraceHandle::levelsIs(String8 const& name, U32 levels) {
+  Registry& all = registry();
+  all.levels[name] = levels;
+  for (TraceHandle* const handle : all.handles) {
+    if (name == handle->name_) {
+      handle->levels_ = levels;
+    }
+  }
+}
+
+void traceSinkIs(std::function<void(TraceRecord const&)> sink) {
+  registry().sink = std::move(sink);
+}
+
+void traceHelper(TraceHandle const& facility, char const* context, std::ostringstream const& text,
+                 unsigned level, bool isEnabled, char const* source, unsigned line,
+                 char const* function) {
+  TraceRecord const record{.handle = facility.name(),
+                           .context = context,
+                           .text = String8(text.view()),
+                           .level = level,
+                           .isEnabled = isEnabled,
+                           .source = source,
+                           .line = line,
+                           .function = String8(shortFunctionName(function))};
+  if (isEnabled) {
+    auto const& sink = registry().sink;
+    sink ? sink(record) : writeToStderr(record);
+  }
+  if (coverageStream_ != nullptr) {
+    *coverageStream_ << record.source << ':' << record.line << ' ' << record.function << ' '
+                     << record.level << ' ' << record.text << '\n';
+  }
+}
+
+TraceMessage::TraceMessage(TraceSite const& site)
+    : site_(site), stream_(std::make_unique<std::ostringstream>()) {
+  stream_->precision(12);
+}
+
+TraceMessage::~TraceMessage() {
+  traceHelper(site_.handle, "<unknown>", *stream_, site_.level, site_.handle.isOn(site_.level),
+              site_.handle.name(), site_.place.line(), site_.place.function_name());
+}
+
+std::ostream& TraceMessage::stream() { return *stream_; }
+
+}  // namespace Kex

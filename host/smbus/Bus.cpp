@@ -1,0 +1,61 @@
+// Smbus::Bus, the queue of one bus.
+#include "host/smbus/Bus.h"
+
+#include <algorithm>
+
+#include "host/hardware/VornRequest.h"
+#include "host/kex/KexType.h"
+
+namespace Smbus {
+
+Kex::KexType& Bus::_fwkType() {
+  static Kex::KexType& record = Kex::newHostType<Bus>("Smbus::Bus", &PtrInterface::_fwkType());
+  return record;
+}
+
+Bus::Bus(std::unique_ptr<Transport> transport) : transport_(std::move(transport)) {}
+
+Kex::KexType& Bus::fwkType() const { return _fwkType(); }
+
+Bus::~Bus() = default;
+
+void Bus::requestIs(Hardware::VornRequest& request) {
+  waiting_.push_back(&request);
+  startNext();
+}
+
+void Bus::requestDel(Hardware::VornRequest& request) {
+  std::erase(waiting_, &request);
+  if (current_ == &request) {
+    current_ = nullptr;
+  }
+}
+
+void Bus::startNext() {
+  if (isBusy_ || waiting_.empty()) {
+    return;
+  }
+  current_ = waiting_.front();
+  waiting_.erase(waiting_.begin());
+  transaction_ = current_->transaction();
+  isBusy_ = true;
+  current_->handleStarted();
+  transport_->start(transaction_, ++ticket_, *this);
+}
+
+void Bus::answerIs(Kex::U64 ticket, Reply const& reply) {
+  if (!isBusy_ || ticket != ticket_) {
+    return;
+  }
+  isBusy_ = false;
+  Kex::Ptr<Hardware::VornRequest> const request(std::exchange(current_, nullptr));
+  if (request) {
+    request->answerIs(reply);
+    if (observer_ != nullptr) {
+      observer_->handleTransaction(*request, transaction_);
+    }
+  }
+  startNext();
+}
+
+}  // namespace Smbus

@@ -1,0 +1,62 @@
+// Smbus::Bus, the queue of one bus.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "host/kex/PtrInterface.h"
+#include "host/smbus/Transport.h"
+
+namespace Hardware {
+class VornRequest;
+}
+
+namespace Smbus {
+
+/// Sees every transaction of a bus when it has ended.
+class KEX_API TransactionObserver {
+ public:
+  /// `request` holds the transaction's operations and outcome. Called before the request's handler.
+  virtual void handleTransaction(Hardware::VornRequest const& request,
+                                 Transaction const& transaction) = 0;
+
+ protected:
+  TransactionObserver() = default;
+  TransactionObserver(TransactionObserver const&) = default;
+  TransactionObserver& operator=(TransactionObserver const&) = default;
+  ~TransactionObserver() = default;
+};
+
+/// One bus: requests wait their turn, one transaction is on the wire at a time.
+class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
+ public:
+  static Kex::KexType& _fwkType();
+
+  explicit Bus(std::unique_ptr<Transport> transport);
+  Kex::KexType& fwkType() const override;
+  ~Bus() override;
+
+  /// Queues `request`'s transaction. The request withdraws itself before it goes away.
+  void requestIs(Hardware::VornRequest& request);
+  /// Takes `request` back: it is not started if it waits, and its answer is dropped if it is on the
+  /// wire.
+  void requestDel(Hardware::VornRequest& request);
+
+  /// Who sees the transactions; null for nobody. Not owned.
+  void observerIs(TransactionObserver* observer) { observer_ = observer; }
+
+ private:
+  void answerIs(Kex::U64 ticket, Reply const& reply) override;
+  void startNext();
+
+  std::unique_ptr<Transport> transport_;
+  std::vector<Hardware::VornRequest*> waiting_;
+  TransactionObserver* observer_ = nullptr;
+  Transaction transaction_;
+  /// Whose transaction is on the wire; null when it was withdrawn or the bus is idle.
+  Hardware::VornRequest* current_ = nullptr;
+  Kex::U64 ticket_ = 0;
+  bool isBusy_ = false;
+};
+
+}  // namespace Smbus
