@@ -1,0 +1,77 @@
+// What one supported model is: its keys and the values that fill its family's FDL template.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "host/ipmi/ProductInfoArea.h"
+#include "host/kex/String8.h"
+#include "ipmi/DescriptorTypes.h"
+
+namespace Emerson::IpmiIdentifier {
+
+/// The field of the product info area that tells the model.
+enum class KeyField : std::uint8_t { partNumber, productName };
+
+/// How the key field is compared with an accepted key; always byte by byte.
+enum class MatchRule : std::uint8_t {
+  prefix,           ///< the field begins with the accepted key
+  exactLength,      ///< the field as stored is the accepted key, blanks included
+  trimmedEquality,  ///< the field without its outer blanks and tabs is the accepted key
+};
+
+/// What is traced of the key at level 1.
+enum class KeyTrace : std::uint8_t { none, key, keyAndLength };
+
+enum class Airflow : std::uint8_t { frontToBack, backToFront };
+
+/// The one or two keys that a model accepts, in the order they are tried; an empty one is none.
+struct AcceptedKeys : std::array<std::string_view, 2> {
+  constexpr AcceptedKeys(std::string_view first = "", std::string_view second = "")
+      : array{first, second} {}
+};
+
+struct Model;
+
+/// What all models of one family share.
+struct Family {
+  KeyField keyField;
+  MatchRule rule;
+  /// Fills the family's template. May be called only once the library is loaded.
+  Kex::String8 (*fill)(Model const&, Ipmi::ProductInfoArea const&);
+};
+
+/// One row: a model in one airflow direction. A column that a family's template does not ask for
+/// keeps its neutral default.
+struct Model {
+  ModelId id{};
+  Airflow airflow = Airflow::frontToBack;
+  KeyTrace keyTrace = KeyTrace::none;
+  Family const* family = nullptr;  ///< never null in the table
+  AcceptedKeys keys;
+  char const* message = "";  ///< traced at level 0; empty: no trace
+
+  char const* api = "";
+  char const* modelName = "";
+  char const* offOnPowerLoss = "";    ///< "True" or "False"
+  char const* extraSensorBlock = "";  ///< whole FDL lines that stand before the fan's
+  int fanSpeed = 0;                   ///< maximum, revolutions a minute
+  int sensor1Overheat = 0;            ///< degrees Celsius
+  int sensor1Critical = 0;            ///< degrees Celsius
+  int sensor2Overheat = 0;            ///< degrees Celsius
+  int sensor2Critical = 0;            ///< degrees Celsius
+  int sensor2Target = 0;              ///< degrees Celsius
+
+  /// The airflow as the FDL names it.
+  constexpr char const* airflowText() const noexcept {
+    return airflow == Airflow::frontToBack ? "frontToBackAirflow" : "backToFrontAirflow";
+  }
+
+  /// The suffix of the fan type, in families whose fan type has one.
+  constexpr char const* fanSuffix() const noexcept {
+    return airflow == Airflow::frontToBack ? "F" : "R";
+  }
+};
+
+}  // namespace Emerson::IpmiIdentifier

@@ -1,0 +1,12 @@
+// The trace handle of the descriptor module.
+#pragma once
+
+#include "host/kex/Trace.h"
+
+namespace Emerson::IpmiIdentifier {
+
+/// The handle "EmersonIpmiIdentifier", made on first use and kept until the library is unloaded.
+/// Level 0 tells which type examines a supply, level 1 the key that it read.
+Kex::TraceHandle& traceHandle();
+
+}  // namespace Emerson::IpmiIdentifier

@@ -1,0 +1,9 @@
+// Strips blanks and tabs at both ends of a text.
+#include "ipmi/Trim.h"
+
+namespace Emerson::IpmiIdentifier {
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+Kex::String8 trim(Kex::String8 s) { return Kex::String8(trimmed(s.view())); }
+
+}  // namespace Emerson::IpmiIdentifier

@@ -1,0 +1,124 @@
+// Which keys each descriptor type accepts, and the near misses that none does.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <vector>
+
+#include "tests/unit/ipmi_support.h"
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+enum class Rule { trimmed, exact, prefix };
+
+struct Row {
+  char const* type;
+  std::string ipmiTest::Fields::*field;
+  Rule rule;
+  Names keys;
+};
+
+constexpr auto kPart = &ipmiTest::Fields::partNumber;
+constexpr auto kName = &ipmiTest::Fields::productName;
+
+Row const kRows[] = {
+    {"DS3000", kPart, Rule::trimmed, {"DS3000PE-3-001", "DS3000PE-3-402"}},
+    {"DS3000_Reversed", kPart, Rule::trimmed, {"DS3000PE-3", "DS3000PE-3-401"}},
+    {"DS3000TE", kPart, Rule::trimmed, {"DS3000TE-3-001", "DS3000TE-3-402"}},
+    {"DS3000TE_Reversed", kPart, Rule::trimmed, {"DS3000TE-3", "DS3000TE-3-401"}},
+    {"DS3000DC", kPart, Rule::trimmed, {"DS3000DC-3-001", "DS3000DC-3-402"}},
+    {"DS3000DC_Reversed", kPart, Rule::trimmed, {"DS3000DC-3", "DS3000DC-3-401"}},
+    {"DS2700", kPart, Rule::trimmed, {"DS2700PE-3-001"}},
+    {"DS2700_Reversed", kPart, Rule::trimmed, {"DS2700PE-3"}},
+    {"DS2700DC", kPart, Rule::trimmed, {"DS2700DC-3-001", "DS2700DC-3-402"}},
+    {"DS2700DC_Reversed", kPart, Rule::trimmed, {"DS2700DC-3", "DS2700DC-3-401"}},
+    {"DS2900", kPart, Rule::prefix, {"DS2900-3"}},
+    {"Emerson760", kName, Rule::prefix, {"DS760SL-3"}},
+    {"DS460TwoMicrocontroller", kName, Rule::exact, {"DS460S-3    "}},
+    {"DS460TwoMicrocontroller_Reversed", kName, Rule::exact, {"DS460S-3-001"}},
+    {"DS460ThreeMicrocontroller", kName, Rule::exact, {"DS460S-3-002"}},
+    {"DS460ThreeMicrocontroller_Reversed", kName, Rule::exact, {"DS460S-3-003"}},
+    {"DS460DC", kName, Rule::exact, {"DS460SDC-3  "}},
+    {"DS460DC_Reversed", kName, Rule::exact, {"DS460SDC-3-001"}},
+    {"DS500", kName, Rule::trimmed, {"DS500SPE-3-401"}},
+    {"DS500_Reversed", kName, Rule::trimmed, {"DS500SPE-3-402"}},
+    {"DS500DC", kName, Rule::trimmed, {"DS500SDC-3-401"}},
+    {"DS500DC_Reversed", kName, Rule::trimmed, {"DS500SDC-3-402"}},
+    {"DS750", kName, Rule::trimmed, {"DS750PED-3", "DS750PED-3-401"}},
+    {"DS750_Reversed", kName, Rule::trimmed, {"DS750PED-3-001", "DS750PED-3-402"}},
+    {"DS1100", kName, Rule::trimmed, {"DS1100PED-3", "DS1100PED-3-401"}},
+    {"DS1100_Reversed", kName, Rule::trimmed, {"DS1100PED-3-402"}},
+    {"DS1100DC", kName, Rule::trimmed, {"DS1100SDC-3-401"}},
+    {"DS1100DC_Reversed", kName, Rule::trimmed, {"DS1100SDC-3-402"}},
+    {"DS1600", kName, Rule::trimmed, {"DS1600SPE-3-403"}},
+    {"DS1600_Reversed", kName, Rule::trimmed, {"DS1600SPE-3-402"}},
+};
+
+class IpmiKeys : public testing::Test {
+ protected:
+  /// The types that declare a supply with `key` in `field` managed.
+  Names accepting(std::string ipmiTest::Fields::*field, std::string const& key) {
+    ipmiTest::Fields fields;
+    fields.*field = key;
+    auto const idprom = ipmiTest::idpromOf(fields);
+    Names names;
+    for (auto const& descriptor : descriptors_) {
+      descriptor->doGenerateFdl(idprom);
+      EXPECT_EQ(descriptor->managed(), !descriptor->fdl().empty());
+      if (descriptor->managed()) {
+        names.emplace_back(descriptor->name().charPtr());
+      }
+    }
+    return names;
+  }
+
+ private:
+  ipmiTest::Descriptors descriptors_ = ipmiTest::oneOfEach();
+};
+
+TEST_F(IpmiKeys, onlyTheRightTypeAccepts) {
+  for (auto const& row : kRows) {
+    for (auto const& key : row.keys) {
+      std::string lower = key;
+      std::ranges::transform(lower, lower.begin(),
+                             [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+      bool const trims = row.rule == Rule::trimmed;
+      bool const continues = row.rule == Rule::prefix;
+      struct {
+        std::string key;
+        bool isAccepted;
+      } const variants[] = {
+          {key, true},
+          {lower, false},
+          {key.substr(1), false},
+          {key.substr(0, key.size() - 1), false},
+          {key + "X", continues},
+          {key + "\n", continues},
+          {key + '\0', continues},
+          {key + " ", continues || trims},
+          {" " + key, trims},
+          {"\t  " + key + " \t", trims},
+          {key.substr(0, 4) + " " + key.substr(4), false},
+      };
+      auto const otherField = row.field == kPart ? kName : kPart;
+      for (auto const& variant : variants) {
+        EXPECT_EQ(accepting(row.field, variant.key), variant.isAccepted ? Names{row.type} : Names{})
+            << "'" << variant.key << "'";
+      }
+      EXPECT_EQ(accepting(otherField, key), Names{}) << key << " in the other field";
+    }
+  }
+}
+
+TEST_F(IpmiKeys, noTypeAcceptsTheKeysBetween) {
+  for (auto const* key : {"", " ", " \t \t", "DS460S-3", "DS460S-3  ", "DS460SDC-3",
+                          "DS1600SPE-3-401", "DS2700PE-3-402", "DS1100PED-3-001", "DS460S-3-004"}) {
+    EXPECT_EQ(accepting(kName, key), Names{}) << key;
+    EXPECT_EQ(accepting(kPart, key), Names{}) << key;
+  }
+}
+
+}  // namespace
