@@ -1,0 +1,12 @@
+// The module's trace handle.
+#pragma once
+
+#include "host/kex/Trace.h"
+
+namespace Emerson::PmbusIdentifier {
+
+/// The handle "EmersonPmbusIdentifier": level 3 tells of handlers entered and transfers set up,
+/// level 4 of outcomes.
+Kex::TraceHandle const& traceHandle();
+
+}  // namespace Emerson::PmbusIdentifier
