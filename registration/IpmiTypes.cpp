@@ -1,0 +1,97 @@
+// The types of the module EmersonIpmiIdentifier: the 30 descriptors.
+#include <algorithm>
+#include <array>
+
+#include "host/kex/Access.h"
+#include "host/kex/EntityTable.h"
+#include "ipmi/Descriptors.h"
+#include "registration/Module.h"
+
+namespace Emerson::IpmiIdentifier {
+
+namespace {
+
+using Base = Ipmi::SupportedPowerSupplyDescriptorBase;
+using Kex::AttrRow;
+using Registration::ModuleType;
+using Registration::RecordFn;
+
+constexpr AttrRow kRows[] = {
+    {.name = "doGenerateFdl",
+     .id = 0x102,
+     .access = Kex::function<&Base::doGenerateFdl>,
+     .arguments = {"idpromContents"},
+     .introspection = AttrRow::Introspection::function,
+     .flags = {0x20001, 0x400}},
+};
+
+template <class T>
+constexpr RecordFn kCastChain[] = {&T::_fwkType, &Base::_fwkType, &Kex::Entity::_fwkType,
+                                   &Kex::PtrInterface::_fwkType};
+
+template <class T, auto Factory>
+constexpr Kex::TypeTable tableOf(char const* shortName, char const* fullName) {
+  return {.shortName = shortName,
+          .fullName = fullName,
+          .base = &Base::_fwkType,
+          .size = sizeof(T),
+          .isEntity = true,
+          .constructorArguments = Kex::kNamedEntityArguments,
+          .rows = kRows,
+          .castChain = kCastChain<T>,
+          .create = [](Kex::Name name) -> Kex::Ptr<Kex::PtrInterface> {
+            return Factory(std::move(name));
+          }};
+}
+
+constexpr Kex::TypeTable kTables[] = {
+#define EMERSON_TABLE(type, stem) \
+  tableOf<type, &stem##Factory>(#type, "Emerson::IpmiIdentifier::" #type),
+    EMERSON_DESCRIPTOR_TYPES(EMERSON_TABLE)
+#undef EMERSON_TABLE
+};
+
+constinit std::array<std::array<Kex::KexAttr*, std::size(kRows)>, kModelCount> handles{};
+
+constexpr std::array<RecordFn, kModelCount> kRecords = {
+#define EMERSON_RECORD(type, stem) &type::_fwkType,
+    EMERSON_DESCRIPTOR_TYPES(EMERSON_RECORD)
+#undef EMERSON_RECORD
+};
+
+constexpr auto kTypes = [] {
+  std::array<ModuleType, kModelCount> types{};
+  for (std::size_t i = 0; i < types.size(); ++i) {
+    types[i] = {.table = &kTables[i], .record = kRecords[i], .handles = handles[i]};
+  }
+  return types;
+}();
+
+/// The types by short name, then their base.
+constexpr auto kFetchOrder = [] {
+  std::array<std::size_t, kModelCount> indices{};
+  for (std::size_t i = 0; i < indices.size(); ++i) {
+    indices[i] = i;
+  }
+  std::ranges::sort(indices, {}, [](std::size_t i) { return kTypeNames[i]; });
+  std::array<RecordFn, kModelCount + 1> order{};
+  std::ranges::transform(indices, order.begin(), [](std::size_t i) { return kRecords[i]; });
+  order.back() = &Base::_fwkType;
+  return order;
+}();
+
+constinit Registration::Module module("IpmiIdentifier", kTypes, kFetchOrder);
+
+/// Runs when the library is loaded.
+[[maybe_unused]] bool const isLoaded = (module.load(), true);
+
+}  // namespace
+
+#define EMERSON_FWK_TYPE(type, stem)                                                               \
+  Kex::KexType& type::_fwkType() {                                                                 \
+    return Registration::recordOf<type>(module, kTables[static_cast<std::size_t>(ModelId::type)]); \
+  }
+EMERSON_DESCRIPTOR_TYPES(EMERSON_FWK_TYPE)
+#undef EMERSON_FWK_TYPE
+
+}  // namespace Emerson::IpmiIdentifier

@@ -1,0 +1,70 @@
+// A module's types: their records, the declaration of their schemas, their registration.
+#include "registration/Module.h"
+
+#include "host/kex/Introspection.h"
+
+namespace Emerson::Registration {
+
+using Kex::AttrRow;
+using Kex::IntrospectionReactor;
+
+namespace {
+
+void report(Kex::KexAttr& attribute) {
+  IntrospectionReactor::global().handleAttr(attribute);
+  IntrospectionReactor::global().handleAttrContextExit();
+}
+
+}  // namespace
+
+void Module::define() {
+  IntrospectionReactor& reactor = IntrospectionReactor::global();
+  if (isDefined_ || !reactor.isActive()) {
+    return;
+  }
+  isDefined_ = true;
+  for (RecordFn const record : fetchOrder_) {
+    record();
+  }
+  reactor.handleNameSpace("Emerson");
+  reactor.handleNameSpace(nameSpace_);
+  for (ModuleType const& type : types_) {
+    declare(type);
+  }
+  reactor.handleScopeExit();
+  reactor.handleScopeExit();
+}
+
+void Module::declare(ModuleType const& type) const {
+  IntrospectionReactor& reactor = IntrospectionReactor::global();
+  Kex::KexType& record = type.record();
+  reactor.handleType(record, record.base());
+  Kex::declareType(record, *type.table);
+  for (auto const& attribute : record.base()->attributeQ()) {
+    auto const copy = attribute->copyFor(record);
+    record.attributeQEnq(copy);
+    report(*copy);
+  }
+  for (AttrRow const& row : type.table->rows) {
+    if (row.use != AttrRow::Use::dispatchedOnly) {
+      report(Kex::declareRow(record, row));
+    }
+  }
+  reactor.handleScopeExit();
+}
+
+void Module::load() {
+  for (ModuleType const& type : types_) {
+    Kex::KexType& record = type.record();
+    Kex::KexType::typeNodeIs(record, type.table->fullName);
+    std::size_t next = 0;
+    for (AttrRow const& row : type.table->rows) {
+      if (row.use != AttrRow::Use::dispatchedOnly) {
+        type.handles[next++] = record.attr(Kex::Name(row.name));
+      }
+    }
+  }
+  define();
+}
+
+}  // namespace Emerson::Registration
