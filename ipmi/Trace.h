@@ -7,6 +7,9 @@ namespace Emerson::IpmiIdentifier {
 
 /// The handle "EmersonIpmiIdentifier", made on first use and kept until the library is unloaded.
 /// Level 0 tells which type examines a supply, level 1 the key that it read.
-Kex::TraceHandle& traceHandle();
+inline Kex::TraceHandle& traceHandle() {
+  static Kex::TraceHandle handle("EmersonIpmiIdentifier", false);
+  return handle;
+}
 
 }  // namespace Emerson::IpmiIdentifier

@@ -13,7 +13,7 @@ namespace Emerson::PmbusIdentifier {
 /// IPMI FRU data by block-write/block-read process calls of at most 16 data bytes through a
 /// command of the supply's own. The three requests are the poll (MFR_ID, FRU common header),
 /// identification (product info area), and the check (serial number or area header again).
-class Identifier final : public Ipmi::IdentifierBase {
+class Identifier : public Ipmi::IdentifierBase {
  public:
   /// Walks the table of manufacturer identities.
   class MfrIdSupportedIterator;
@@ -23,6 +23,7 @@ class Identifier final : public Ipmi::IdentifierBase {
   static constexpr Kex::U32 kMaxBytesReadInProcessCall = 16;
   /// PMBus command code of MFR_ID (PMBus, part II, section 22.2.1).
   static constexpr Kex::U8 kMfrIdCommand = 0x99;
+  /// Longest time of one transaction, in milliseconds.
   static constexpr Hardware::SmbusTimeout kBusTimeout{1000};
   /// Attempts at a transaction of identification or check before it is given up.
   static constexpr Kex::U8 kAttempts = 4;
@@ -87,6 +88,7 @@ class Identifier final : public Ipmi::IdentifierBase {
   void mfrIdSupportedDel(Kex::String8 const& key) { mfrIdSupported_.memberDel(key); }
   void mfrIdSupportedDel(MfrIdSupportedIterator& position);
   void mfrIdSupportedDelAll() { mfrIdSupported_.memberDelAll(); }
+  /// Tells nobody: the collection has no reactions.
   void mfrIdSupportedNotify(Kex::String8 const& /*key*/) {}
   MfrIdTable const& mfrIdSupportedTable() const { return mfrIdSupported_; }
 
@@ -161,6 +163,7 @@ class Identifier final : public Ipmi::IdentifierBase {
   bool derivedConstructed_ = false;
 };
 
+/// A walk over the manufacturer identities; the identifier outlives it.
 class Identifier::MfrIdSupportedIterator {
  public:
   explicit MfrIdSupportedIterator(Identifier& identifier)
@@ -177,6 +180,7 @@ class Identifier::MfrIdSupportedIterator {
   MfrIdTable::Iterator walk_;
 };
 
+/// The same walk through the generic interface.
 class Identifier::MfrIdSupportedIteratorConst final : public Kex::GenericIterator {
  public:
   /// Holds `identifier` while it walks.

@@ -17,6 +17,7 @@ class IdentifierFactory final : public PowerSupplyDetector::IdentifierFactoryBas
   explicit IdentifierFactory(Kex::Name name) : IdentifierFactoryBase(std::move(name)) {}
   Kex::KexType& fwkType() const override;
   ~IdentifierFactory() override;
+  /// The name of the factory's attribute of this identifier.
   Kex::String8 attributeString(Kex::AttributeId id) const override;
 
   /// Makes an identifier with three fresh requests on the slot's bus, for a supply at the device

@@ -7,6 +7,9 @@ namespace Emerson::PmbusIdentifier {
 
 /// The handle "EmersonPmbusIdentifier": level 3 tells of handlers entered and transfers set up,
 /// level 4 of outcomes.
-Kex::TraceHandle const& traceHandle();
+inline Kex::TraceHandle const& traceHandle() {
+  static Kex::TraceHandle const handle("EmersonPmbusIdentifier", false);
+  return handle;
+}
 
 }  // namespace Emerson::PmbusIdentifier

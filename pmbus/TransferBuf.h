@@ -15,6 +15,7 @@ class TransferBuf {
 
   /// A new write buffer always has length 2: the count byte and the offset of a FRU read.
   static constexpr Kex::U32 kWriteLength = 2;
+  /// What the buffer serves.
   enum class Use : Kex::U8 { write, read };
 
   explicit TransferBuf(Use use) : use_(use) {}

@@ -67,4 +67,15 @@ void Module::load() {
   define();
 }
 
+void makeRecord(Module& module, Kex::TypeTable const& table, Kex::KexType*& record) {
+  module.define();
+  // The pass fetches every record, this one included, unless no reactor is active.
+  if (record == nullptr) {
+    Kex::KexType& base = table.base();
+    record = new Kex::TableType(table, &base);
+    record->isNondestructingIs(true);
+    base.derivedTypeQEnq(*record);
+  }
+}
+
 }  // namespace Emerson::Registration

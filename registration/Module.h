@@ -46,19 +46,15 @@ class Module {
   bool isDefined_ = false;
 };
 
+/// Makes the record of the type that `table` is about, and leaves it at `record`.
+void makeRecord(Module& module, Kex::TypeTable const& table, Kex::KexType*& record);
+
 /// The record of `T`, made on first use.
 template <class T>
 Kex::KexType& recordOf(Module& module, Kex::TypeTable const& table) {
   static constinit Kex::KexType* record = nullptr;
   if (record == nullptr) {
-    module.define();
-  }
-  // The pass fetches every record, this one included, unless no reactor is active.
-  if (record == nullptr) {
-    Kex::KexType& base = table.base();
-    record = new Kex::TableType<T>(table, &base);
-    record->isNondestructingIs(true);
-    base.derivedTypeQEnq(*record);
+    makeRecord(module, table, record);
   }
   return *record;
 }

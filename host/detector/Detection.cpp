@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "host/kex/Format.h"
 
@@ -33,6 +34,10 @@ String8 outcome(char const* what, VornRequest const& request) {
   return Kex::format("%s was cut short: %u of %u bytes", what, block.bytes[0], block.length - 1U);
 }
 
+String8 notSupported(std::optional<String8> const& mfrId) {
+  return joined({"MFR_ID \"", mfrId.value_or("").view(), "\" is not supported"});
+}
+
 }  // namespace
 
 void BackOff::schedule(double now) {
@@ -43,8 +48,7 @@ void BackOff::schedule(double now) {
 bool isLoneRead(VornRequest const& request) { return request.operations().size() == 1; }
 
 String8 blockText(Smbus::Block const& block) {
-  auto const bytes = block.view().subspan(std::min<std::size_t>(1, block.length));
-  return String8(std::string(bytes.begin(), bytes.end()));
+  return String8(block.view().subspan(std::min<std::size_t>(1, block.length)));
 }
 
 Supply unreadable(char const* what, VornRequest const& request) {
@@ -60,23 +64,22 @@ Supply judgePoll(VornRequest const& request, Findings const& findings,
   if (isLoneRead(request)) {
     bool const isAnswered = request.status() != Request::kFailed;
     supply.verdict = isAnswered ? Verdict::unsupportedManufacturer : Verdict::absent;
-    supply.reason = isAnswered
-                        ? joined({"MFR_ID \"", mfrId.value_or("").view(), "\" is not supported"})
-                        : outcome("reading MFR_ID", request);
+    supply.reason = isAnswered ? notSupported(mfrId) : outcome("reading MFR_ID", request);
   } else if (request.status() == Request::kFailed || isShort(request.lastRead())) {
     supply = unreadable("reading the FRU common header", request);
   } else {
     supply.verdict = Verdict::invalidHeader;
-    supply.reason = findings.headerFault;
+    // No header was judged when the table of manufacturers changed during the poll.
+    supply.reason = findings.headerFault.empty() ? notSupported(mfrId) : findings.headerFault;
   }
   supply.mfrId = mfrId;
   return supply;
 }
 
-Supply judgeIdentification(Findings const& findings, bool hwError, String8 const& fdl) {
+Supply judgeIdentification(Findings findings, bool hwError, String8 const& fdl) {
   Supply supply;
   supply.hwError = hwError;
-  supply.product = findings.product;
+  supply.product = std::move(findings.product);
   if (hwError) {
     supply.verdict = Verdict::invalidChecksum;
     supply.reason = "the product info area's checksum is wrong";
@@ -86,12 +89,11 @@ Supply judgeIdentification(Findings const& findings, bool hwError, String8 const
         Kex::format("the product info area has format version %u, not 1", findings.areaVersion);
   } else if (fdl.empty()) {
     supply.verdict = Verdict::unrecognised;
-    auto const product = findings.product.value_or(Hardware::PowerSupplySlot::ProductTexts{});
+    auto const product = supply.product.value_or(Hardware::PowerSupplySlot::ProductTexts{});
     supply.reason = joined({"no descriptor knows product name \"", product.productName.view(),
                             "\", part number \"", product.partNumber.view(), "\""});
   } else {
     supply.verdict = Verdict::identified;
-    supply.descriptor = findings.descriptor;
     supply.fdl = fdl;
   }
   return supply;

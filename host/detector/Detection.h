@@ -21,19 +21,20 @@ struct Findings {
   /// Whether the product info area was read; it is not when its format version is unknown.
   bool hasArea = false;
   std::optional<Hardware::PowerSupplySlot::ProductTexts> product;
-  /// Short name of the descriptor that manages the supply.
-  std::optional<Kex::String8> descriptor;
 };
 
 /// Time after which the detection of a supply with a wrong checksum or an unsupported version is
 /// repeated, in seconds: it doubles from the least to the most.
 class BackOff {
  public:
+  /// Least and most interval.
   static constexpr double kLeast = 1.0;
+  /// See `kLeast`.
   static constexpr double kMost = 10.0;
 
   /// When to repeat; infinity for never.
   double due() const { return due_; }
+  /// Sets the next repetition, counted from `now`, and doubles the interval.
   void schedule(double now);
   /// No repetition, and the least interval the next time.
   void clear() { *this = {}; }
@@ -47,7 +48,7 @@ class BackOff {
 
 /// What is remembered of a supply while it is in the slot.
 struct Detection {
-  /// What identification found; published after the first check.
+  /// What identification found, up to the first check, after which it is published.
   Supply found;
   bool isAnnounced = false;
   /// What the checks compare: the serial number and area header that identification ended with.
@@ -68,8 +69,8 @@ struct Detection {
 /// The verdict of a negative poll, from the poll request as it ended.
 Supply judgePoll(Hardware::VornRequest const& request, Findings const& findings,
                  std::optional<Kex::String8> const& mfrId);
-/// The verdict of a positive identification.
-Supply judgeIdentification(Findings const& findings, bool hwError, Kex::String8 const& fdl);
+/// The verdict of a positive identification; the descriptor is left to be named.
+Supply judgeIdentification(Findings findings, bool hwError, Kex::String8 const& fdl);
 /// "unreadable", after `what` had failed or was cut short.
 Supply unreadable(char const* what, Hardware::VornRequest const& request);
 

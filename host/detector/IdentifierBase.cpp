@@ -51,11 +51,14 @@ void IdentifierBase::hasNotificationActiveIs(bool active) {
     pendingActionIs(PendingAction::none, 0);
   } else if (isStarted_) {
     resetDetection();
+  } else if (owner_ != nullptr) {
+    doStartDetection();
   }
 }
 
 void IdentifierBase::kexFwkActivityIs(bool active) {
   if (!active) {
+    withdrawRequests();
     pendingActionIs(PendingAction::none, 0);
   } else if (isStarted_ && hasNotificationActive()) {
     resetDetection();
@@ -82,7 +85,9 @@ void IdentifierBase::doStartDetection() {
   startRequest(kPollForInsertion, pollForInsertionRequest());
 }
 
-void IdentifierBase::onTime() {
+void IdentifierBase::onTime() { guarded(&IdentifierBase::handleDeadline); }
+
+void IdentifierBase::handleDeadline() {
   switch (std::exchange(pendingAction_, PendingAction::none)) {
     case PendingAction::none:
       // While a check runs nobody but its handler sets a deadline: that of the retry.
@@ -117,6 +122,9 @@ void IdentifierBase::doIdentifySupplyRequestComplete(bool identified) {
     return pendingActionIs(PendingAction::reset, now() + pollInterval_);
   }
   detection_.found = judgeIdentification(findings(), hwError_, fdl_);
+  if (detection_.found.verdict == Verdict::identified) {
+    detection_.found.descriptor = managingDescriptor();
+  }
   detection_.serialNum = serialNum_;
   detection_.areaHeader = areaHeader();
   detection_.isAnnounced = false;
@@ -132,6 +140,7 @@ void IdentifierBase::doIdentifySupplyRequestComplete(bool identified) {
 void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
   if (!present) {
     detection_.backOff.clear();
+    detection_.mismatches = 0;
     if (!detection_.isAnnounced) {
       publish(unreadable("the first check", *checkSupplyRequest()));
     }
@@ -139,6 +148,7 @@ void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
   }
   bool const isOtherSerial = serialNum_ != detection_.serialNum;
   if (isOtherSerial || areaHeader() != detection_.areaHeader) {
+    detection_.backOff.clear();
     if (++detection_.mismatches >= 2) {
       Supply supply = detection_.found;
       supply.verdict = Verdict::unreadable;
@@ -153,7 +163,7 @@ void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
   }
   detection_.mismatches = 0;
   if (!std::exchange(detection_.isAnnounced, true)) {
-    publish(detection_.found);
+    publish(std::move(detection_.found));
   }
   pendingActionIs(PendingAction::check, std::min(now() + pollInterval_, detection_.backOff.due()));
 }
@@ -212,9 +222,18 @@ void IdentifierBase::abandon(Kex::Exception const& why) {
   pendingActionIs(PendingAction::reset, now() + pollInterval_);
 }
 
+void IdentifierBase::guarded(Work work) {
+  Kex::Ptr<IdentifierBase> const self(this);
+  try {
+    (this->*work)();
+  } catch (Kex::Exception const& why) {
+    // One slot's trouble must not end the loop that serves the others.
+    abandon(why);
+  }
+}
+
 Kex::U64 IdentifierBase::startedTransactions() const {
-  return pollForInsertionRequest()->started() + identifySupplyRequest()->started() +
-         checkSupplyRequest()->started();
+  return poll_.started() + identify_.started() + check_.started();
 }
 
 void IdentifierBase::Channel::requestIs(RequestPtr const& request) {
@@ -243,12 +262,7 @@ void IdentifierBase::Channel::handleStatus(VornRequest& request) {
       request.status() == Kex::Request::kSucceeded) {
     owner_.detection_.mfrId = blockText(request.lastRead());
   }
-  try {
-    (owner_.*handle_)();
-  } catch (Kex::Exception const& why) {
-    // One slot's trouble must not end the loop that serves the others.
-    owner_.abandon(why);
-  }
+  owner_.guarded(handle_);
 }
 
 std::ostream& operator<<(std::ostream& out, IdentifierBase::IdentifierState state) {

@@ -24,6 +24,7 @@ namespace PowerSupplyDetector {
 /// read is never described by a mixture. All calls on the run loop's thread.
 class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
  public:
+  /// What an identifier is about.
   enum IdentifierState : Kex::U8 {
     kInitial = 0,           ///< not constructed yet
     kConstructed = 1,       ///< detection has not started
@@ -46,7 +47,8 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
                  Kex::Ptr<Kex::FileDescriptor const> const& presentIntFd,
                  Kex::Ptr<Fru::Gpo> const& presentGpo);
 
-  /// Off: withdraws the three requests and forgets the deadline; no handler runs.
+  /// Off: withdraws the three requests and forgets the deadline; no handler runs. On again:
+  /// detection starts over.
   void hasNotificationActiveIs(bool active) override;
   Kex::KexType& fwkType() const override;
   ~IdentifierBase() override;
@@ -64,7 +66,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual void doResetIdentifier() = 0;
   /// Seconds from a positive poll to identification: a freshly inserted supply settles.
   virtual double pollDelay() const { return pollDelay_; }
-  /// Off: no deadline fires; on again: detection starts over.
+  /// Off: detection stands still; on again: it starts over.
   virtual void kexFwkActivityIs(bool active);
   virtual void identifierNameIs(Kex::String8 name) { identifierName_ = std::move(name); }
   /// Seconds between two polls or checks.
@@ -95,7 +97,9 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
 
   /// The end of a request's work, reported by its handler; `status()` of the request still holds.
   void doPollForInsertionRequestComplete(bool present);
+  /// See `doPollForInsertionRequestComplete`.
   void doIdentifySupplyRequestComplete(bool identified);
+  /// See `doPollForInsertionRequestComplete`.
   void doCheckSupplyRequestComplete(bool present);
 
   Kex::Ptr<Kex::Clock const> const& clockInput() const { return clockInput_; }
@@ -130,6 +134,8 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual void doForgetSupply() {}
   /// What was read of the supply's records so far, for the report.
   virtual Findings findings() const { return {}; }
+  /// Short name of the descriptor that manages the supply; none where there are no descriptors.
+  virtual std::optional<Kex::String8> managingDescriptor() const { return std::nullopt; }
   /// The first bytes of the product info area, as last read; a check compares them.
   virtual Kex::String8 areaHeader() const { return {}; }
 
@@ -137,12 +143,12 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   void isMarkedForDeletionIs(bool marked) { isMarkedForDeletion_ = marked; }
 
  private:
+  using Work = void (IdentifierBase::*)();
+
   /// One of the three requests, joined to the handler that judges it.
   class Channel final : Hardware::VornRequest::Handler {
    public:
-    using Handle = void (IdentifierBase::*)();
-
-    Channel(IdentifierBase& owner, char const* name, Handle handle)
+    Channel(IdentifierBase& owner, char const* name, Work handle)
         : owner_(owner), name_(name), handle_(handle) {}
     Channel(Channel const&) = delete;
     Channel& operator=(Channel const&) = delete;
@@ -151,13 +157,14 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
     RequestPtr const& request() const { return request_; }
     void requestIs(RequestPtr const& request);
     void withdraw();
+    Kex::U64 started() const { return request_ ? request_->started() : 0; }
 
    private:
     void handleStatus(Hardware::VornRequest& request) override;
 
     IdentifierBase& owner_;
     char const* name_;
-    Handle handle_;
+    Work handle_;
     RequestPtr request_;
   };
 
@@ -165,6 +172,9 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   enum class PendingAction : Kex::U8 { none, reset, identify, check };
 
   double now() const;
+  void handleDeadline();
+  /// Does `work`; an exception that it throws is this slot's alone.
+  void guarded(Work work);
   void pendingActionIs(PendingAction action, double time);
   void withdrawRequests();
   void resetDetection();

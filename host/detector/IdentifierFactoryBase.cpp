@@ -36,7 +36,7 @@ constexpr Kex::TypeTable kTable{
 }  // namespace
 
 Kex::KexType& IdentifierFactoryBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType<Base>(kTable);
+  static Kex::KexType& record = Kex::newTableHostType(kTable);
   return record;
 }
 

@@ -94,7 +94,7 @@ constexpr Kex::TypeTable kTable{
 }  // namespace
 
 Kex::KexType& IdentifierBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType<IdentifierBase>(kTable);
+  static Kex::KexType& record = Kex::newTableHostType(kTable);
   return record;
 }
 

@@ -25,6 +25,7 @@ Kex::Ptr<Kex::PtrInterface> SlotDriver::member(Kex::Name const& name) const {
 
 std::vector<Kex::Name> SlotDriver::memberNames() const {
   std::vector<Kex::Name> names;
+  names.reserve(identifiers_.size());
   for (auto const& [name, identifier] : identifiers_) {
     names.emplace_back(name);
   }
@@ -38,8 +39,11 @@ Kex::Ptr<IdentifierBase> SlotDriver::identifier(Kex::String8 const& name) const 
 
 void SlotDriver::identifierIs(Kex::String8 const& name,
                               Kex::Ptr<IdentifierBase> const& identifier) {
-  identifierDel(name);
+  if (this->identifier(name) == identifier) {
+    return;
+  }
   identifier->ownerIs(this);
+  identifierDel(name);
   identifiers_[name] = identifier;
   identifier->doStartDetection();
 }

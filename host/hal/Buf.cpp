@@ -20,6 +20,14 @@ void checkIndex(U32 index, U32 length) {
   }
 }
 
+U32 checkedSize(U32 size) {
+  if (size > BufBase::kMaxSize) {
+    Kex::throwRangeException(
+        Kex::format("a buffer of %u bytes; it may have %u", size, BufBase::kMaxSize));
+  }
+  return size;
+}
+
 }  // namespace
 
 Kex::KexType& BufBase::_fwkType() {
@@ -29,6 +37,8 @@ Kex::KexType& BufBase::_fwkType() {
 }
 
 Kex::KexType& BufBase::fwkType() const { return _fwkType(); }
+
+BufBase::BufBase(U32 size) : bytes_(checkedSize(size)) {}
 
 BufBase::~BufBase() = default;
 
@@ -58,9 +68,7 @@ void BufBase::bytesIs(U32 offset, std::span<U8 const> bytes) {
   std::ranges::copy(bytes, bytes_.begin() + offset);
 }
 
-Kex::String8 BufBase::str() const {
-  return Kex::String8(std::string(bytes_.begin(), bytes_.begin() + len_));
-}
+Kex::String8 BufBase::str() const { return Kex::String8(bytes()); }
 
 void BufBase::strIs(Kex::String8 const& text) {
   bytes_.resize(std::max<std::size_t>(bytes_.size(), text.len()));
@@ -75,7 +83,7 @@ void BufBase::doAppend(std::span<U8 const> bytes) {
 }
 
 void BufBase::capacityIs(U32 size) {
-  bytes_.resize(size);
+  bytes_.resize(checkedSize(size));
   len_ = std::min(len_, size);
 }
 

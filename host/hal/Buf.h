@@ -12,6 +12,10 @@ namespace Hal {
 /// Bytes with a capacity (`size`) and a current length (`len`), both in bytes.
 class KEX_API BufBase : public Kex::PtrInterface {
  public:
+  /// Largest capacity that may be asked for, in bytes: far above any FRU area, far below what could
+  /// exhaust the machine.
+  static constexpr Kex::U32 kMaxSize = 65536;
+
   static Kex::KexType& _fwkType();
   Kex::KexType& fwkType() const override;
   ~BufBase() override;
@@ -37,7 +41,7 @@ class KEX_API BufBase : public Kex::PtrInterface {
   void doAppend(std::span<Kex::U8 const> bytes);
 
  protected:
-  explicit BufBase(Kex::U32 size) : bytes_(size) {}
+  explicit BufBase(Kex::U32 size);
   void capacityIs(Kex::U32 size);
 
  private:
@@ -61,12 +65,15 @@ class KEX_API Buf final : public BufBase {
  public:
   static Kex::KexType& _fwkType();
 
+  /// Throws a range exception above `kMaxSize`.
   explicit Buf(Kex::U32 size) : BufBase(size) {}
   Kex::KexType& fwkType() const override;
   ~Buf() override;
 
-  /// Changes the capacity and keeps what fits of contents and length.
+  /// Changes the capacity and keeps what fits of contents and length. Throws a range exception above
+  /// `kMaxSize`.
   void sizeIs(Kex::U32 size) { capacityIs(size); }
+  /// Where an operation of a request puts its bytes, or takes them from; holds the buffer.
   BufData data() { return BufData(*this); }
 };
 

@@ -40,6 +40,7 @@ class KEX_API SlotStatus final : public Kex::Entity {
   std::optional<Supply> const& supply() const { return supply_; }
   void supplyIs(Supply supply);
 
+  /// The reaction to a new outcome.
   static constexpr unsigned kOnSupply = kReactionsEnd;
 
  private:

@@ -33,7 +33,11 @@ Kex::KexType& VornRequest::_fwkType() {
 
 Kex::KexType& VornRequest::fwkType() const { return _fwkType(); }
 
-VornRequest::~VornRequest() { bus_->requestDel(*this); }
+VornRequest::~VornRequest() {
+  if (bus_) {
+    bus_->requestDel(*this);
+  }
+}
 
 void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData const& data,
                            Kex::U32 length, Kex::U8, Kex::U8, Kex::U32) {

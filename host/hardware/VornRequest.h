@@ -14,6 +14,7 @@ namespace Kex {
 
 /// Anything that is started and ends with a status.
 struct Request {
+  /// Idle before the start and after delivery; failed and succeeded are terminal.
   enum Status : U8 { kIdle = 0, kRunning = 1, kFailed = 2, kSucceeded = 3 };
 };
 
@@ -25,6 +26,7 @@ namespace Hardware {
 
 /// One operation of a request.
 struct VornOp {
+  /// What the operation does.
   enum Opcode : Kex::U8 { kRead = 0, kWrite = 1 };
 
   Opcode opcode;

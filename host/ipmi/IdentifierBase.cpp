@@ -61,24 +61,13 @@ Kex::String8 headerFault(CommonAreaHeader const& header) {
     return Kex::format("the FRU common header's checksum 0x%02x is wrong",
                        header.bytes()[CommonAreaHeader::kLength - 1]);
   }
-  return "the FRU common header names no product info area";
-}
-
-/// The first descriptor, in registry order, that manages the supply examined last.
-std::optional<Kex::String8> managingDescriptor() {
-  auto const registry = Kex::Entity::singleton<SupportedPowerSupplyRegistry>();
-  for (auto walk = registry->powerSupplyDescriptorIterator(); walk; ++walk) {
-    if (walk->managed()) {
-      return walk->fwkType().name().str();
-    }
-  }
-  return std::nullopt;
+  return header.productAreaOffset() == 0 ? "the FRU common header names no product info area" : "";
 }
 
 }  // namespace
 
 Kex::KexType& IdentifierBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType<Base>(kTable);
+  static Kex::KexType& record = Kex::newTableHostType(kTable);
   return record;
 }
 
@@ -119,6 +108,7 @@ Ptr<IdpromContents> IdentifierBase::idpromIs() { return idprom_ = Kex::make<Idpr
 
 void IdentifierBase::doForgetSupply() {
   if (idprom_) {
+    idprom_->headerIs({});
     idprom_->productInfoIs({});
   }
 }
@@ -138,8 +128,17 @@ PowerSupplyDetector::Findings IdentifierBase::findings() const {
                      .productVersion = area.productVersion(),
                      .serialNumber = area.serialNumber()};
   }
-  found.descriptor = managingDescriptor();
   return found;
+}
+
+std::optional<Kex::String8> IdentifierBase::managingDescriptor() const {
+  auto const registry = Kex::Entity::singleton<SupportedPowerSupplyRegistry>();
+  for (auto walk = registry->powerSupplyDescriptorIterator(); walk; ++walk) {
+    if (walk->managed()) {
+      return walk->fwkType().name().str();
+    }
+  }
+  return std::nullopt;
 }
 
 Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf_->str(); }

@@ -48,6 +48,8 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
  protected:
   void doForgetSupply() override;
   PowerSupplyDetector::Findings findings() const override;
+  /// The first descriptor, in registry order, that manages the supply examined last.
+  std::optional<Kex::String8> managingDescriptor() const override;
   Kex::String8 areaHeader() const override;
 
  private:

@@ -78,7 +78,7 @@ Kex::String8 fieldText(FieldEncoding encoding, Bytes bytes) {
     case FieldEncoding::binary:
     case FieldEncoding::eightBit: break;
   }
-  return Kex::String8(std::string(bytes.begin(), bytes.end()));
+  return Kex::String8(bytes);
 }
 
 Kex::KexType& ProductInfoArea::_fwkType() {

@@ -54,6 +54,7 @@ class KEX_API ProductInfoArea final : public Kex::PtrInterface {
   Kex::String8 const& serialNumber() const { return field(kSerialNumber).text; }
   Kex::U8 serialNumberOffset() const { return field(kSerialNumber).offset; }
   Kex::U8 serialNumberLength() const { return field(kSerialNumber).length; }
+  /// One field; of `kFields` there is none.
   AreaField const& field(Field which) const { return fields_[which]; }
 
   /// Whether all bytes of the area add up to 0 modulo 256; false when there are none.

@@ -48,7 +48,7 @@ constexpr Kex::TypeTable kTable{
 }  // namespace
 
 Kex::KexType& SupportedPowerSupplyDescriptorBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType<Base>(kTable);
+  static Kex::KexType& record = Kex::newTableHostType(kTable);
   return record;
 }
 

@@ -32,6 +32,7 @@ class KEX_API SupportedPowerSupplyDescriptorBase : public Kex::Entity {
   Kex::String8 const& key() const { return name().str(); }
 
  protected:
+  /// Attributes that notifiees react to.
   enum Reaction : unsigned { kOnManaged = kReactionsEnd, kOnFdl };
 
  private:

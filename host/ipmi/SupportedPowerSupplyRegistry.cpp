@@ -29,7 +29,7 @@ constexpr Kex::TypeTable kTable{
 }  // namespace
 
 Kex::KexType& SupportedPowerSupplyRegistry::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType<SupportedPowerSupplyRegistry>(kTable);
+  static Kex::KexType& record = Kex::newTableHostType(kTable);
   return record;
 }
 

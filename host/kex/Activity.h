@@ -6,14 +6,16 @@
 namespace Kex {
 
 /// A link of a ring that costs no allocation.
-struct RingLink {
+struct KEX_API RingLink {
   RingLink() = default;
   RingLink(RingLink const&) = delete;
   RingLink& operator=(RingLink const&) = delete;
   ~RingLink() { unlink(); }
 
   bool isLinked() const { return next != nullptr; }
+  /// Takes its place in the ring of `other`, just before it.
   void linkBefore(RingLink& other);
+  /// Leaves the ring, if it is in one.
   void unlink();
 
   RingLink* next = nullptr;
@@ -41,6 +43,7 @@ class KEX_API Activity : private RingLink {
   bool isQueued() const { return isLinked(); }
   /// Puts the activity at the end of the queue, unless it is there already or switched off.
   void enqueue();
+  /// Takes the activity out of the queue, if it is there.
   void dequeue() { unlink(); }
   /// The work. The object may be destroyed by it, so nothing of it is touched afterwards.
   virtual void run() = 0;

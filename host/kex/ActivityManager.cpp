@@ -1,6 +1,8 @@
 // The thread's run loop: what is pending, and the clock.
 #include "host/kex/ActivityManager.h"
 
+#include <cmath>
+
 namespace Kex {
 
 ActivityManagerConfig::ActivityManagerConfig() : clock_(make<Clock>(Name("clock"))) {}
@@ -13,7 +15,7 @@ void ActivityManager::runPending() {
   }
   struct Running {
     bool& flag;
-    explicit Running(bool& f) : flag(f) { flag = true; }
+    explicit Running(bool& isRunning) : flag(isRunning = true) {}
     Running(Running const&) = delete;
     Running& operator=(Running const&) = delete;
     ~Running() { flag = false; }
@@ -26,7 +28,7 @@ void ActivityManager::runPending() {
 void ActivityManager::runUntil(double time) {
   Clock& clock = *config_.clock();
   runPending();
-  while (clock.nextDeadline() <= time) {
+  while (std::isfinite(clock.nextDeadline()) && clock.nextDeadline() <= time) {
     clock.timeIs(clock.nextDeadline());
     runPending();
   }

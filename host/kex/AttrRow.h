@@ -21,14 +21,18 @@ struct AttrAccess {
   RecordFn keyType = nullptr;
   /// Types of the arguments of a function, or of the constructor of an instantiating attribute.
   std::array<RecordFn, 4> argumentTypes{};
+  /// Carries `request` out at `object`.
   Ptr<GenericIf> (*carryOut)(AttrRow const& row, PtrInterface& object,
                              AttributeRequest const& request);
+  /// A walk over the members of a collection; null for anything else.
   Ptr<GenericIterator> (*iterator)(PtrInterface const& object) = nullptr;
 };
 
 /// One attribute of a type.
 struct AttrRow {
+  /// Whether schemas show the attribute and whether requests reach it.
   enum class Use : U8 { declaredAndDispatched, dispatchedOnly, declaredOnly };
+  /// Which introspection flag is set.
   enum class Introspection : U8 { none, function, independentDomainAttr };
 
   char const* name;

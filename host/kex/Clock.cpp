@@ -27,7 +27,7 @@ void Clock::timeIs(double time) {
   if (time > time_) {
     time_ = time;
   }
-  while (nextDeadline() <= time_) {
+  while (!deadlines_.empty() && nextDeadline() <= time_) {
     NotifieeConst& reactor = *deadlines_.front().reactor;
     deadlineDel(reactor);
     reactor.pendingIs(kOnTime);
@@ -108,6 +108,7 @@ void Clock::NotifieeConst::timeMinIs(double time) {
   if (!clock || !isRegisteredNotifiee()) {
     return;
   }
+  pendingDel(kOnTime);
   if (time < kNever) {
     clock->deadlineIs(*this, time);
   } else {

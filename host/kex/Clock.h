@@ -57,8 +57,9 @@ class KEX_API Clock::NotifieeConst : public NotifieeConstOf<Clock, Entity::Notif
 
   /// The deadline in seconds; infinity when none is set.
   double timeMin() const;
-  /// Sets the one deadline, in place of the one before: `onTime()` runs once when the clock has
-  /// reached `time` (seconds). Infinity means none. Without an attached clock nothing happens.
+  /// Sets the one deadline, in place of the one before, also of one that was reached but whose
+  /// `onTime()` still waits for its turn: `onTime()` runs once when the clock has reached `time`
+  /// (seconds). Infinity means none. Without an attached clock nothing happens.
   void timeMinIs(double time);
 
  protected:

@@ -17,7 +17,7 @@ Ptr<Entity> Entity::singletonIs(KexType const& type) {
   }
   auto const arguments = make<GenericIf::List_>();
   arguments->append(holderOf(name));
-  Ptr<Entity> const entity = dynamicCast<Entity>(type.genericIf(arguments.ptr(), false)->object());
+  Ptr<Entity> entity = dynamicCast<Entity>(type.genericIf(arguments.ptr(), false)->object());
   root().memberIs(entity);
   return entity;
 }
@@ -27,12 +27,17 @@ KexType& Entity::fwkType() const { return _fwkType(); }
 Entity::~Entity() = default;
 
 String8 Entity::attributeString(AttributeId id) const {
-  // Asked of the object's own adapter, so that a type's attributes are listed in one place.
-  Ptr<GenericIf> const adapter = fwkType().newAdapter(Ptr(const_cast<Entity*>(this)), true);
-  KexAttr const* const attribute = adapter ? adapter->type().attr(id) : nullptr;
+  // A type's own record may never have been declared; those of its host bases always are.
+  KexAttr const* attribute = nullptr;
+  for (KexType const* type = &fwkType(); type != nullptr && attribute == nullptr;
+       type = type->base()) {
+    attribute = type->attr(id);
+  }
   if (attribute == nullptr || attribute->kind() != KexAttr::Kind::value) {
     return "unknown";
   }
+  // Asked of the object's own adapter, so that a type's attributes are listed in one place.
+  auto const adapter = KexType::genericIf(Ptr<PtrInterface>(const_cast<Entity*>(this)), true);
   Ptr<GenericIf> const value = adapter->access({.id = id});
   return value ? value->text() : String8();
 }

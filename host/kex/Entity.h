@@ -20,9 +20,10 @@ class KEX_API Entity : public PtrInterface {
   /// The singleton of `type`: the member of the root that bears the type's full name, made by the
   /// type's generic construction if it does not exist yet.
   static Ptr<Entity> singletonIs(KexType const& type);
+  /// Null when what stands under that name is no `T`.
   template <class T>
   static Ptr<T> singleton() {
-    return Ptr<T>(static_cast<T*>(singletonIs(T::_fwkType()).ptr()));
+    return dynamicCast<T>(singletonIs(T::_fwkType()));
   }
 
   explicit Entity(Name name) : name_(std::move(name)) {}

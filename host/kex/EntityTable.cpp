@@ -48,7 +48,7 @@ constexpr TypeTable kTable{
 }  // namespace
 
 KexType& Entity::_fwkType() {
-  static KexType& record = newTableHostType<Entity>(kTable);
+  static KexType& record = newTableHostType(kTable);
   return record;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <exception>
+#include <utility>
 
 #include "host/kex/Export.h"
 #include "host/kex/String8.h"
@@ -29,6 +30,7 @@ class KEX_API Exception : public std::exception {
   Exception(String8 text, U32 id, bool isUserError);
   ~Exception() override;
 
+  /// The text alone; valid as long as the exception.
   char const* what() const noexcept override { return text_.charPtr(); }
   U32 id() const { return id_; }
   bool isUserError() const { return isUserError_; }
@@ -44,7 +46,7 @@ class KEX_API Exception : public std::exception {
 /// A value outside its range, or a null reference that was dereferenced ("null ValidPtr").
 class KEX_API RangeException : public Exception {
  public:
-  explicit RangeException(String8 text) : Exception(text, kRange, true) {}
+  explicit RangeException(String8 text) : Exception(std::move(text), kRange, true) {}
   ~RangeException() override;
 };
 

@@ -36,6 +36,7 @@ class KEX_API GenericIterator : public PtrInterface {
   virtual bool isAtEnd() const = 0;
   virtual Ptr<GenericIf> key() const = 0;
   virtual Ptr<GenericIf> value() const = 0;
+  /// Goes on to the next member. Not at the end.
   virtual void advance() = 0;
 };
 
@@ -74,14 +75,14 @@ class KEX_API GenericIf : public PtrInterface {
 /// A type did not fit: of an argument, a value, an index or a cast.
 class KEX_API TypeException : public Exception {
  public:
-  explicit TypeException(String8 text) : Exception(text, kType, true) {}
+  explicit TypeException(String8 text) : Exception(std::move(text), kType, true) {}
   ~TypeException() override;
 };
 
 /// A const instance was to be modified.
 class KEX_API ConstException : public Exception {
  public:
-  explicit ConstException(String8 text) : Exception(text, kConst, true) {}
+  explicit ConstException(String8 text) : Exception(std::move(text), kConst, true) {}
   ~ConstException() override;
 };
 
@@ -89,7 +90,7 @@ class KEX_API ConstException : public Exception {
 class KEX_API OpNotSupportedException : public Exception {
  public:
   OpNotSupportedException(String8 attribute, U8 code, bool isCollection)
-      : Exception(attribute, kOpNotSupported, true), code_(code), isCollection_(isCollection) {}
+      : Exception(std::move(attribute), kOpNotSupported, true), code_(code), isCollection_(isCollection) {}
   ~OpNotSupportedException() override;
   U8 code() const { return code_; }
   bool isCollection() const { return isCollection_; }
@@ -102,14 +103,14 @@ class KEX_API OpNotSupportedException : public Exception {
 /// An argument beyond the declared ones.
 class KEX_API UnknownArgException : public Exception {
  public:
-  explicit UnknownArgException(String8 name) : Exception(name, kUnknownArg, true) {}
+  explicit UnknownArgException(String8 name) : Exception(std::move(name), kUnknownArg, true) {}
   ~UnknownArgException() override;
 };
 
 /// An index where none is taken.
 class KEX_API BadIndexAttrException : public Exception {
  public:
-  explicit BadIndexAttrException(String8 attribute) : Exception(attribute, kBadIndexAttr, true) {}
+  explicit BadIndexAttrException(String8 attribute) : Exception(std::move(attribute), kBadIndexAttr, true) {}
   ~BadIndexAttrException() override;
 };
 
@@ -119,6 +120,7 @@ class KEX_API GenericIf::List_ : public GenericIf {
   KexType const& type() const override;
   String8 text() const override;
 
+  /// Puts an element at the end.
   void append(Ptr<GenericIf> const& element) { elements_.push_back(element); }
   std::vector<Ptr<GenericIf>> const& elements() const { return elements_; }
 

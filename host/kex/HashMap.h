@@ -1,6 +1,7 @@
 // Kex::HashMap, the keyed collection of counted members.
 #pragma once
 
+#include <iterator>
 #include <map>
 #include <set>
 #include <string_view>
@@ -31,7 +32,9 @@ class HashMap {
     Ptr<Member> const& operator*() const { return member_; }
     Member* operator->() const { return member_.operator->(); }
     Iterator& operator++() {
-      goTo(map_->members_.upper_bound({hash_, member_->key().view()}));
+      // Where members came or went, the position may be gone, but never the place.
+      goTo(changes_ == map_->changes_ ? std::next(position_)
+                                      : map_->members_.upper_bound({hash_, member_->key().view()}));
       return *this;
     }
 
@@ -40,12 +43,16 @@ class HashMap {
       if (position == map_->members_.end()) {
         member_ = nullptr;
       } else {
+        position_ = position;
+        changes_ = map_->changes_;
         hash_ = position->first.first;
         member_ = position->second;
       }
     }
 
     HashMap const* map_ = nullptr;
+    typename Members::const_iterator position_;
+    U64 changes_ = 0;
     U32 hash_ = 0;
     Ptr<Member> member_;
   };
@@ -60,13 +67,18 @@ class HashMap {
     // The place points into the member's own key, so a replaced member takes its place with it.
     memberDel(member->key());
     members_.emplace(placeOf(member->key()), member);
+    ++changes_;
   }
   /// Lets the member go; null if there was none.
   Ptr<Member> memberDel(String8 const& key) {
     auto node = members_.extract(placeOf(key));
+    ++changes_;
     return node.empty() ? Ptr<Member>() : node.mapped();
   }
-  void memberDelAll() { members_.clear(); }
+  void memberDelAll() {
+    members_.clear();
+    ++changes_;
+  }
 
   Iterator begin() const { return Iterator(*this); }
   U32 size() const { return static_cast<U32>(members_.size()); }
@@ -83,6 +95,8 @@ class HashMap {
   static Place placeOf(String8 const& key) { return {key.hash(), key.view()}; }
 
   Members members_;
+  /// Counts what may have moved or removed a member.
+  U64 changes_ = 0;
 };
 
 }  // namespace Kex

@@ -17,11 +17,15 @@ class KEX_API IntrospectionTarget {
 
   /// A target that is switched off is told nothing.
   virtual bool isOn() const { return true; }
+  /// A name space begins.
   virtual void handleNameSpace(Name const& name) = 0;
   /// `base` is null for a root.
   virtual void handleType(KexType& type, KexType* base) = 0;
+  /// The type that began last has this attribute.
   virtual void handleAttr(KexAttr& attribute) = 0;
+  /// All of the attribute that was told of last has been told.
   virtual void handleAttrContextExit() = 0;
+  /// A type or a name space ends.
   virtual void handleScopeExit() = 0;
 };
 

@@ -43,6 +43,7 @@ using KexAttrLink = Name;
 /// One attribute of a type.
 class KEX_API KexAttr : public PtrInterface {
  public:
+  /// How an attribute is used.
   enum class Kind : U8 { function, value, collection, instantiating };
 
   KexAttr(KexType const& owner, Name name, KexType const& valueType, KexType const* keyType,

@@ -26,6 +26,7 @@ class Ptr {
   Ptr(T* object) : object_(object) { add(); }
   Ptr(Ptr const& other) : object_(other.object_) { add(); }
   Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  /// A reference to a derived class's object is one to its base's.
   template <class U>
     requires std::is_convertible_v<U*, T*>
   Ptr(Ptr<U> const& other) : object_(other.ptr()) {
@@ -38,6 +39,7 @@ class Ptr {
     return *this;
   }
 
+  /// Exchanges what both refer to.
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
 
   T* ptr() const noexcept { return object_; }

@@ -69,7 +69,8 @@ void PtrInterface::NotifieeConst::notifierPtrIs(Ptr<PtrInterface const> const& n
     return;
   }
   attachedIs(false);
-  notifier_ = notifier;
+  // Let go at the very end: the last reference to the old notifier may be what holds this reactor.
+  Ptr<PtrInterface const> const old = std::exchange(notifier_, notifier);
   attachedIs(isRegistered_ && notifier_);
 }
 
@@ -82,6 +83,13 @@ void PtrInterface::NotifieeConst::pendingIs(unsigned reaction) {
   if (hasNotificationActive()) {
     pending_ |= U32{1} << reaction;
     enqueue();
+  }
+}
+
+void PtrInterface::NotifieeConst::pendingDel(unsigned reaction) {
+  pending_ &= ~(U32{1} << reaction);
+  if (pending_ == 0) {
+    dequeue();
   }
 }
 

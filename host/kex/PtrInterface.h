@@ -72,6 +72,8 @@ class KEX_API PtrInterface::NotifieeConst : public Activity, public PtrInterface
   virtual void react(unsigned reaction);
   /// Makes `reaction` pending.
   void pendingIs(unsigned reaction);
+  /// Forgets `reaction` if it is pending.
+  void pendingDel(unsigned reaction);
 
  private:
   void run() final;

@@ -3,6 +3,7 @@
 
 #include <compare>
 #include <iosfwd>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,8 @@ class KEX_API String8 {
   String8(char const* text) : bytes_(text == nullptr ? "" : text) {}
   explicit String8(std::string_view bytes) : bytes_(bytes) {}
   explicit String8(std::string&& bytes) : bytes_(std::move(bytes)) {}
+  explicit String8(std::span<U8 const> bytes)
+      : bytes_(reinterpret_cast<char const*>(bytes.data()), bytes.size()) {}
 
   /// The bytes, ended by a NUL.
   char const* charPtr() const noexcept { return bytes_.c_str(); }

@@ -19,10 +19,12 @@ constexpr std::string_view kEndOfName = "/ \t[]{}(),\\";
 /// One name of a path; `at` goes to the first byte that is not part of it.
 Name readName(char const*& at, char const* end) {
   std::string name;
-  while (at != end && (*at == '\\' || kEndOfName.find(*at) == std::string_view::npos)) {
-    if (*at == '\\' && ++at == end) {
+  while (at != end) {
+    bool const isEscaped = *at == '\\' && at + 1 != end;
+    if (!isEscaped && kEndOfName.find(*at) != std::string_view::npos) {
       break;
     }
+    at += isEscaped ? 1 : 0;
     name += *at++;
   }
   return Name(String8(std::move(name)));
@@ -69,7 +71,8 @@ Ptr<PtrInterface> sequenceToValueOfPtr(char const* start, char const* end, char 
   while (stop != end && *stop == '/') {
     ++stop;
     Name const name = readName(stop, end);
-    bool const isRootAlone = name.str().empty() && stop == start + 1;
+    bool const isRootAlone =
+        name.str().empty() && stop == start + 1 && (stop == end || *stop != '/');
     if (found && !isRootAlone) {
       found = found->member(name);
     }

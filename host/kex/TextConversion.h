@@ -29,7 +29,7 @@ KEX_API Ptr<PtrInterface> textToPtr(String8 const& text, KexType const& type);
 template <class T>
 Ptr<T> sequenceToValue(char const* start, char const* end, char const*& stop) {
   Ptr<PtrInterface> const found = sequenceToValueOfPtr(start, end, stop);
-  Ptr<T> const value = dynamicCast<T>(found);
+  Ptr<T> value = dynamicCast<T>(found);
   if (found && !value) {
     cannotConvert(start, stop, T::_fwkType());
   }

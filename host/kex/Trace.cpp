@@ -40,11 +40,10 @@ void writeToStderr(TraceRecord const& record) {
 
 }  // namespace
 
-TraceHandle::TraceHandle(char const* name, bool isOn) : name_(name) {
-  Registry& all = registry();
-  auto const [entry, isNew] = all.levels.try_emplace(String8(name), isOn ? ~U32{0} : U32{0});
-  levels_ = entry->second;
-  all.handles.push_back(this);
+TraceHandle::TraceHandle(char const* name, bool isOn)
+    : name_(name),
+      levels_(registry().levels.try_emplace(name, isOn ? ~U32{0} : U32{0}).first->second) {
+  registry().handles.push_back(this);
 }
 
 TraceHandle::~TraceHandle() { std::erase(registry().handles, this); }

@@ -33,7 +33,7 @@ class KEX_API TraceHandle {
 
  private:
   char const* name_;
-  U32 levels_ = 0;
+  U32 levels_;
 };
 
 /// One trace message, as it is handed to the sink.
@@ -76,6 +76,7 @@ class KEX_API TraceMessage {
   TraceMessage& operator=(TraceMessage const&) = delete;
   ~TraceMessage();
 
+  /// Where the text is written to.
   std::ostream& stream();
 
  private:

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <span>
-#include <type_traits>
 
 #include "host/kex/AttrRow.h"
 #include "host/kex/Entity.h"
@@ -34,83 +33,19 @@ struct TypeTable {
   Ptr<PtrInterface> (*create)(Name name) = nullptr;
 };
 
-/// The adapter of an object whose type has a table; `T` is the type.
-template <class T>
-class TableAdapter final : public std::conditional_t<std::is_base_of_v<Entity, T>, GenericIfEntity,
-                                                     GenericIfPtrInterface> {
-  using Base =
-      std::conditional_t<std::is_base_of_v<Entity, T>, GenericIfEntity, GenericIfPtrInterface>;
-
- public:
-  TableAdapter(TypeTable const& table, Ptr<PtrInterface> const& object, bool isConst)
-      : Base(object, isConst), table_(table) {}
-
-  KexType const& type() const override { return T::_fwkType(); }
-
-  Ptr<PtrInterface> castTo(KexType const& wanted) const override {
-    for (auto const record : table_.castChain) {
-      if (&record() == &wanted) {
-        return this->object();
-      }
-    }
-    GenericIf::throwTypeException(table_.shortName);
-  }
-
-  KexAttr const* attribute(Name const& name) const override {
-    KexAttr const* const own = type().attr(name);
-    return own != nullptr ? own : base()->attribute(name);
-  }
-
-  Ptr<GenericIf> access(AttributeRequest const& request) const override {
-    if (request.code >= 128 && this->isConst()) {
-      GenericIf::throwConstException("attempting to modify a const instance");
-    }
-    AttrRow const* const row = dispatchedRow(table_.rows, request.id);
-    return row != nullptr ? row->access.carryOut(*row, *this->object(), request)
-                          : base()->access(request);
-  }
-
-  Ptr<GenericIterator> iterator(AttributeId id) const override {
-    AttrRow const* const row = dispatchedRow(table_.rows, id);
-    return row != nullptr && row->access.iterator != nullptr ? row->access.iterator(*this->object())
-                                                             : base()->iterator(id);
-  }
-
- private:
-  Ptr<GenericIf> base() const { return this->baseGenericIf(T::_fwkType()); }
-
-  TypeTable const& table_;
-};
-
-/// The record of a type that has a table.
-template <class T>
-class TableType final : public KexType {
+/// The record of a type that has a table. One class serves all types: what they differ in stands in
+/// their tables.
+class KEX_API TableType final : public KexType {
  public:
   /// `table` must live as long as the process.
   TableType(TypeTable const& table, KexType* base)
       : KexType(table.shortName, nullptr, base, TypeFlags{}), table_(table) {}
+  ~TableType() override;
 
-  Ptr<GenericIf> genericIf(GenericIf const* arguments, bool isConst) const override {
-    if (table_.create == nullptr) {
-      return KexType::genericIf(arguments, isConst);
-    }
-    ArgumentReader reader(arguments);
-    auto name = reader.next<Name>("name");
-    reader.end(table_.shortName);
-    return KexType::genericIf(table_.create(std::move(name)), false);
-  }
-
-  Ptr<GenericIf> valueFromText(String8 const& text) const override {
-    return holderOf(strepToValue<Ptr<T>>(text));
-  }
-
-  Ptr<GenericIf> valueFromPtr(PtrInterface* object) const override {
-    return holderOf(Ptr<T>(dynamic_cast<T*>(object)));
-  }
-
-  Ptr<GenericIf> newAdapter(Ptr<PtrInterface> const& object, bool isConst) const override {
-    return make<TableAdapter<T>>(table_, object, isConst);
-  }
+  /// Creates an object from its name, where the table has a way to.
+  Ptr<GenericIf> genericIf(GenericIf const* arguments, bool isConst) const override;
+  /// An adapter that carries requests out by the table's rows, else as the base's does.
+  Ptr<GenericIf> newAdapter(Ptr<PtrInterface> const& object, bool isConst) const override;
 
  private:
   TypeTable const& table_;
@@ -120,12 +55,6 @@ class TableType final : public KexType {
 KEX_API void declareType(KexType& record, TypeTable const& table);
 
 /// The record of a host type that has a table, and schema.
-template <class T>
-KexType& newTableHostType(TypeTable const& table) {
-  auto const record = make<TableType<T>>(table, table.base == nullptr ? nullptr : &table.base());
-  declareType(*record, table);
-  record->pendingRowsIs(table.rows);
-  return enterHostType(record, table.fullName);
-}
+KEX_API KexType& newTableHostType(TypeTable const& table);
 
 }  // namespace Kex

@@ -32,29 +32,9 @@ VFPtrInterface::~VFPtrInterface() = default;
 
 void VFPtrInterface::handleZeroRef() {
   if (!isNondestructing_) {
+    // Destructors may refer to the object once more: that must not dispose of it again.
+    newRef();
     delete this;
-  }
-}
-
-void VFPtrInterface::newRef() const {
-  if (enableThreadSafePointers.load(std::memory_order_relaxed)) {
-    refs_.fetch_add(1, std::memory_order_relaxed);
-  } else {
-    refs_.store(refs_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-  }
-}
-
-void VFPtrInterface::deleteRef() const {
-  U32 left = 0;
-  if (enableThreadSafePointers.load(std::memory_order_relaxed)) {
-    left = refs_.fetch_sub(1, std::memory_order_acq_rel) - 1;
-  } else {
-    left = refs_.load(std::memory_order_relaxed) - 1;
-    refs_.store(left, std::memory_order_relaxed);
-  }
-  if (left == 0) {
-    // Disposal is the object's own right, whatever the reference through which it was held.
-    const_cast<VFPtrInterface*>(this)->handleZeroRef();
   }
 }
 

@@ -19,7 +19,9 @@ class KEX_API VFPtrInterface {
   /// before the second thread starts.
   static std::atomic<bool> enableThreadSafePointers;
 
+  /// Memory for an object; counts it.
   static void* operator new(std::size_t size);
+  /// Frees what `operator new` gave.
   static void operator delete(void* memory) noexcept;
 
   /// Objects that `operator new` has made and that are not freed yet; for leak checks.
@@ -36,15 +38,34 @@ class KEX_API VFPtrInterface {
   virtual void handleZeroRef();
 
   /// Adds a reference. Used by `Kex::Ptr` only.
-  void newRef() const;
+  void newRef() const {
+    if (enableThreadSafePointers.load(std::memory_order_relaxed)) {
+      refs_.fetch_add(1, std::memory_order_relaxed);
+    } else {
+      refs_.store(refs_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    }
+  }
   /// Drops a reference. Used by `Kex::Ptr` only.
-  void deleteRef() const;
+  void deleteRef() const {
+    U32 left = 0;
+    if (enableThreadSafePointers.load(std::memory_order_relaxed)) {
+      left = refs_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    } else {
+      left = refs_.load(std::memory_order_relaxed) - 1;
+      refs_.store(left, std::memory_order_relaxed);
+    }
+    if (left == 0) {
+      // Disposal is the object's own right, whatever the reference through which it was held.
+      const_cast<VFPtrInterface*>(this)->handleZeroRef();
+    }
+  }
   U32 refCount() const { return refs_.load(std::memory_order_relaxed); }
 
   /// An object marked so outlives its last reference.
   bool isNondestructing() const { return isNondestructing_; }
 
  protected:
+  /// See `isNondestructing`.
   bool isNondestructing_ = false;
 
  private:

@@ -37,6 +37,7 @@ struct Reply {
   /// What went wrong, for a person; empty on success.
   Kex::String8 failure;
 
+  /// The reply to a transaction that failed; `why` is for a person.
   static Reply failed(Kex::String8 why) {
     return {.isOk = false, .read = {}, .failure = std::move(why)};
   }
