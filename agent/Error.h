@@ -1,0 +1,29 @@
+// What ends the program, or one of its sources, before its work is done.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace Agent {
+
+/// Something could not be opened, loaded or written. The text is one line that names the place and
+/// the value.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The command line, or a file that stands for one, does not make sense. The text is one line that
+/// names the place and the value.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// What the system says of its error number `number`: "No such file or directory", ...
+std::string systemError(int number);
+
+/// Tells a person of `text`, as one line on stderr.
+void complain(std::string const& text);
+
+}  // namespace Agent

@@ -1,0 +1,57 @@
+// Scenario files: which supplies are in which slots, and what happens to them.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "agent/transport/FaultTransport.h"
+#include "agent/transport/SimulatedSupply.h"
+
+namespace Agent {
+
+/// A recording that stands for a supply: the text after `replay:` of a SOURCE.
+struct RecordedSupply {
+  std::string place;
+};
+
+/// What is in a slot.
+struct ScenarioSupply {
+  /// As it is called in the file.
+  std::string text;
+  std::variant<SimulatedSupply, RecordedSupply> kind;
+};
+
+/// From `at` (seconds) on, `supply` is in the slot; none: the slot is empty.
+struct ScenarioChange {
+  double at;
+  std::optional<ScenarioSupply> supply;
+};
+
+/// A slot and its story.
+struct ScenarioSlot {
+  std::string name;
+  std::optional<ScenarioSupply> supply;
+  /// In the order of their times.
+  std::vector<ScenarioChange> changes;
+  std::vector<Fault> faults;
+};
+
+/// A scenario.
+struct Scenario {
+  /// Seconds of virtual time.
+  double duration;
+  std::vector<ScenarioSlot> slots;
+};
+
+/// Reads a scenario from `text`; paths in it are relative to `folder`. Throws a `UsageError` that
+/// begins with the path of the value that does not fit (`slots[0].events[2].at: ...`).
+Scenario parseScenario(std::string_view text, std::filesystem::path const& folder);
+/// Reads a scenario file. Throws a `Failure` when it cannot be read, a `UsageError` that begins
+/// with the file's name when it does not fit.
+Scenario readScenario(std::string const& file);
+
+}  // namespace Agent

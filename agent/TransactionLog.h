@@ -1,0 +1,52 @@
+// A slot's transactions, kept as they end.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "host/hardware/VornRequest.h"
+#include "host/smbus/Bus.h"
+
+namespace Agent {
+
+/// One transaction as it ended.
+struct TransactionRecord {
+  /// When it ended, in seconds of the clock.
+  double time = 0;
+  /// Which request it was: "pollForInsertion", ...
+  std::string request;
+  Smbus::Transaction transaction;
+  bool isOk = false;
+  /// The bytes as they reached the handler's buffer, count byte first; empty when it failed.
+  Smbus::Block read;
+  /// Why it failed, for a person.
+  std::string failure;
+};
+
+/// The record of the transaction that `request` has just ended.
+TransactionRecord recordOf(Hardware::VornRequest const& request,
+                           Smbus::Transaction const& transaction);
+
+/// Keeps the latest transactions of a bus.
+class TransactionLog final : public Smbus::TransactionObserver {
+ public:
+  /// More than any detection has.
+  static constexpr std::size_t kMost = 1000;
+
+  std::deque<TransactionRecord> const& records() const { return records_; }
+  /// Called with each record as it is made.
+  void onRecordIs(std::function<void(TransactionRecord const&)> onRecord) {
+    onRecord_ = std::move(onRecord);
+  }
+
+ private:
+  void handleTransaction(Hardware::VornRequest const& request,
+                         Smbus::Transaction const& transaction) override;
+
+  std::deque<TransactionRecord> records_;
+  std::function<void(TransactionRecord const&)> onRecord_;
+};
+
+}  // namespace Agent

@@ -1,0 +1,10 @@
+// psu-agent call: one request to an attribute, through the generic interface.
+#pragma once
+
+#include "agent/Command.h"
+
+namespace Agent {
+
+void addCall(CLI::App& program, Action& action);
+
+}  // namespace Agent

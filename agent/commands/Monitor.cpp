@@ -1,0 +1,110 @@
+// psu-agent monitor: slots that are watched until told otherwise.
+#include "agent/commands/Monitor.h"
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "agent/Error.h"
+#include "agent/Loop.h"
+#include "agent/Source.h"
+#include "agent/Text.h"
+#include "agent/WatchedSlot.h"
+
+namespace Agent {
+
+namespace {
+
+struct Options {
+  std::vector<std::string> slots;
+  double pollInterval = 1.0;
+  std::optional<double> duration;
+  bool isJson = false;
+  std::string mfrId = "EMERSON";
+  std::string publish;
+};
+
+/// The slots' names, and their sources in the same order.
+struct Slots {
+  std::vector<std::string> names;
+  std::vector<Source> sources;
+};
+
+Slots parseSlots(std::vector<std::string> const& texts) {
+  std::vector<std::string> names;
+  std::vector<std::string> sources;
+  std::set<std::string> taken;
+  for (std::string const& text : texts) {
+    std::size_t const equals = text.find('=');
+    std::string const name = text.substr(0, equals);
+    if (equals == std::string::npos || !isSlotName(name)) {
+      throw UsageError("--slot: " + oneLine(text) +
+                       " is not NAME=SOURCE with a NAME of letters, digits, '.', '_' and '-'");
+    }
+    if (!taken.insert(name).second) {
+      throw UsageError("--slot: the slot " + name + " is named twice");
+    }
+    names.push_back(name);
+    sources.push_back(text.substr(equals + 1));
+  }
+  return {.names = names, .sources = parseSources(sources)};
+}
+
+Status monitor(Options const& options, Globals const& globals) {
+  Slots const slots = parseSlots(options.slots);
+  bool const isLive = anyLive(slots.sources);
+  Plugin const plugin(globals.library);
+  std::optional<Publisher> publisher;
+  if (!options.publish.empty()) {
+    publisher.emplace(options.publish);
+  }
+  Loop loop(isLive ? ClockKind::steadyClock : ClockKind::virtualClock);
+  Reporting reporting{
+      .isJson = options.isJson, .isLive = true, .publisher = publisher ? &*publisher : nullptr};
+  std::vector<std::unique_ptr<WatchedSlot>> watched;
+  for (std::size_t i = 0; i < slots.names.size(); ++i) {
+    try {
+      watched.push_back(std::make_unique<WatchedSlot>(
+          slots.names[i], slots.sources[i].text(),
+          slots.sources[i].open({.mfrId = options.mfrId, .post = loop.post()}), plugin, reporting));
+      watched.back()->slot().pollIntervalIs(options.pollInterval);
+    } catch (Failure const& failure) {
+      complain(failure.what());
+      reporting.status = worse(reporting.status, Status::failed);
+    }
+  }
+  if (!watched.empty()) {
+    loop.run(options.duration.value_or(Loop::kForever), [] { return false; });
+  }
+  return reporting.status;
+}
+
+}  // namespace
+
+void addMonitor(CLI::App& program, Action& action) {
+  auto const options = std::make_shared<Options>();
+  CLI::App& command = *program.add_subcommand(
+      "monitor", "Watch slots and print what changes, until --duration, SIGINT or SIGTERM");
+  command.add_option("--slot", options->slots, "A slot and its SOURCE (repeatable)")
+      ->option_text("NAME=SOURCE ...")
+      ->expected(1)
+      ->take_all()
+      ->required();
+  command.add_option("--poll-interval", options->pollInterval, "Seconds between polls or checks")
+      ->option_text("S [1]")
+      ->check(CLI::Range(0.001, 86400.0));
+  command.add_option("--duration", options->duration, "Seconds after which to end")
+      ->option_text("S")
+      ->check(CLI::Range(0.0, 3.2e9));
+  command.add_flag("--json", options->isJson, "Print JSON lines instead");
+  command
+      .add_option("--publish", options->publish,
+                  "Keep DIR/NAME.fdl for each slot whose supply is identified")
+      ->option_text("DIR");
+  command.callback([options, &action] {
+    action = [options](Globals const& globals) { return monitor(*options, globals); };
+  });
+}
+
+}  // namespace Agent

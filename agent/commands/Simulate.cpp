@@ -1,0 +1,114 @@
+// psu-agent simulate: a scenario on virtual time.
+#include "agent/commands/Simulate.h"
+
+#include <memory>
+#include <vector>
+
+#include "agent/Loop.h"
+#include "agent/Scenario.h"
+#include "agent/Source.h"
+#include "agent/WatchedSlot.h"
+#include "agent/transport/SimulatedBus.h"
+#include "agent/transport/Timer.h"
+
+namespace Agent {
+
+namespace {
+
+struct Options {
+  bool isJson = false;
+  bool isTranscript = false;
+  std::string scenario;
+};
+
+/// A slot of a scenario at work: its supplies come and go as the scenario says.
+class Stage {
+ public:
+  Stage(ScenarioSlot const& story, Plugin const& plugin, Loop const& loop, Reporting& reporting)
+      : story_(story),
+        slot_(story.name, nameOf(story.supply), transport(loop), plugin, reporting),
+        timer_([this] { change(); }) {
+    scheduleNext();
+  }
+
+ private:
+  static std::optional<std::string> nameOf(std::optional<ScenarioSupply> const& supply) {
+    return supply ? std::optional(supply->text) : std::nullopt;
+  }
+
+  std::unique_ptr<Smbus::Transport> transport(Loop const& loop) {
+    auto faulty = std::make_unique<FaultTransport>(place(loop));
+    for (Fault const& fault : story_.faults) {
+      faulty->faultQEnq(fault);
+    }
+    return faulty;
+  }
+
+  std::unique_ptr<Smbus::Transport> place(Loop const& loop) {
+    if (story_.supply) {
+      if (auto const* const recorded = std::get_if<RecordedSupply>(&story_.supply->kind)) {
+        return Source("replay:" + recorded->place).open({.mfrId = "", .post = loop.post()});
+      }
+    }
+    auto bus = std::make_unique<SimulatedBus>();
+    bus_ = bus.get();
+    bus_->supplyIs(simulated(story_.supply));
+    return bus;
+  }
+
+  static std::optional<SimulatedSupply> simulated(std::optional<ScenarioSupply> const& supply) {
+    return supply ? std::optional(std::get<SimulatedSupply>(supply->kind)) : std::nullopt;
+  }
+
+  void change() {
+    ScenarioChange const& now = story_.changes[next_++];
+    bus_->supplyIs(simulated(now.supply));
+    if (now.supply) {
+      slot_.sourceIs(now.supply->text);
+    }
+    scheduleNext();
+  }
+
+  void scheduleNext() {
+    if (next_ < story_.changes.size()) {
+      timer_.startAt(story_.changes[next_].at);
+    }
+  }
+
+  ScenarioSlot const& story_;
+  /// Owned by the slot's transport; null where a recording is played.
+  SimulatedBus* bus_ = nullptr;
+  WatchedSlot slot_;
+  std::size_t next_ = 0;
+  Timer timer_;
+};
+
+Status simulate(Options const& options, Globals const& globals) {
+  Scenario const scenario = readScenario(options.scenario);
+  Plugin const plugin(globals.library);
+  Loop loop(ClockKind::virtualClock);
+  Reporting reporting{.isJson = options.isJson, .isTranscript = options.isTranscript};
+  std::vector<std::unique_ptr<Stage>> stages;
+  stages.reserve(scenario.slots.size());
+  for (ScenarioSlot const& story : scenario.slots) {
+    stages.push_back(std::make_unique<Stage>(story, plugin, loop, reporting));
+  }
+  loop.run(scenario.duration, [] { return false; });
+  return reporting.status;
+}
+
+}  // namespace
+
+void addSimulate(CLI::App& program, Action& action) {
+  auto const options = std::make_shared<Options>();
+  CLI::App& command =
+      *program.add_subcommand("simulate", "Run a scenario on virtual time and print what changes");
+  command.add_flag("--transcript", options->isTranscript, "Print every bus transaction as well");
+  command.add_flag("--json", options->isJson, "Print JSON lines instead");
+  command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required();
+  command.callback([options, &action] {
+    action = [options](Globals const& globals) { return simulate(*options, globals); };
+  });
+}
+
+}  // namespace Agent

@@ -1,0 +1,218 @@
+// An i2c adapter of this machine, through the kernel's i2c-dev interface.
+#include "agent/transport/LinuxAdapter.h"
+
+#include <fcntl.h>
+#include <linux/i2c-dev.h>
+#include <linux/i2c.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+#include "agent/Error.h"
+#include "agent/Text.h"
+#include "host/kex/Format.h"
+
+namespace Agent {
+
+namespace {
+
+/// Adapter numbers that the kernel can give.
+constexpr unsigned kAdapters = 1U << 20;
+
+struct Function {
+  unsigned long bit;
+  std::string_view name;
+};
+
+constexpr Function kUseful[] = {
+    {I2C_FUNC_SMBUS_READ_BLOCK_DATA, "SMBus block read"},
+    {I2C_FUNC_SMBUS_BLOCK_PROC_CALL, "SMBus block process call"},
+    {I2C_FUNC_I2C, "plain I2C"},
+};
+
+struct Way {
+  LinuxWay way;
+  unsigned long needs;
+  std::string_view name;
+};
+
+// In the order in which they are preferred.
+constexpr Way kWays[] = {
+    {LinuxWay::smbus, I2C_FUNC_SMBUS_READ_BLOCK_DATA | I2C_FUNC_SMBUS_BLOCK_PROC_CALL,
+     "SMBus block calls"},
+    {LinuxWay::plainI2c, I2C_FUNC_I2C, "plain I2C transfers"},
+    {LinuxWay::none, 0, "none"},
+};
+
+struct Meaning {
+  int error;
+  std::string_view text;
+};
+
+// What the kernel's i2c drivers mean by the error numbers that they agree on.
+constexpr Meaning kMeanings[] = {
+    {EAGAIN, "arbitration lost"},
+    {EBADMSG, "wrong packet error code"},
+    {EBUSY, "the bus is busy"},
+    {ENODEV, "the adapter has gone"},
+    {ENXIO, "no acknowledge"},
+    {EOPNOTSUPP, "unsupported by the adapter"},
+    {EPROTO, "bad count byte"},
+    {EREMOTEIO, "no acknowledge"},
+    {ESHUTDOWN, "the adapter is suspended"},
+    {ETIMEDOUT, "timeout"},
+};
+
+std::string meaning(int error) {
+  auto const* const found = std::ranges::find(kMeanings, error, &Meaning::error);
+  char const* const name = strerrorname_np(error);
+  return (found != std::end(kMeanings) ? std::string(found->text) : systemError(error)) + " (" +
+         (name != nullptr ? name : std::to_string(error)) + ")";
+}
+
+std::string devicePath(unsigned number) { return "/dev/" + linuxBusName(number); }
+
+}  // namespace
+
+LinuxWay wayOf(unsigned long functions) {
+  return std::ranges::find_if(
+             kWays, [functions](Way const& way) { return (functions & way.needs) == way.needs; })
+      ->way;
+}
+
+std::string_view nameOf(LinuxWay way) { return std::ranges::find(kWays, way, &Way::way)->name; }
+
+std::string usefulFunctions(unsigned long functions, bool present) {
+  std::string names;
+  for (Function const& function : kUseful) {
+    if (((functions & function.bit) != 0) == present) {
+      names += (names.empty() ? "" : ", ") + std::string(function.name);
+    }
+  }
+  return names;
+}
+
+unsigned linuxBusNumber(std::string const& place) {
+  constexpr std::string_view kFolder = "/dev/i2c-";
+  std::string_view const digits =
+      std::string_view(place).substr(place.starts_with(kFolder) ? kFolder.size() : 0);
+  unsigned number = 0;
+  auto const [end, error] = std::from_chars(digits.begin(), digits.end(), number);
+  // Written back it must be the same text: no sign, no leading zero, nothing behind it.
+  if (error != std::errc() || std::to_string(number) != digits || number >= kAdapters) {
+    throw UsageError("i2c:" + oneLine(place) + " is not i2c:N or i2c:/dev/i2c-N with N from 0 to " +
+                     std::to_string(kAdapters - 1));
+  }
+  return number;
+}
+
+std::string linuxBusName(unsigned number) { return "i2c-" + std::to_string(number); }
+
+LinuxAdapter::LinuxAdapter(unsigned number)
+    : number_(number), file_(open(devicePath(number).c_str(), O_RDWR | O_CLOEXEC)) {
+  if (file_ < 0) {
+    throw Failure(linuxBusName(number) + ": cannot open " + devicePath(number) + ": " +
+                  systemError(errno));
+  }
+  if (ioctl(file_, I2C_FUNCS, &functions_) < 0) {
+    int const error = errno;
+    close(file_);
+    throw Failure(linuxBusName(number) + ": does not tell what it can do: " + meaning(error));
+  }
+}
+
+LinuxAdapter::~LinuxAdapter() { close(file_); }
+
+void LinuxAdapter::checkWay() const {
+  if (way() == LinuxWay::none) {
+    throw Failure(linuxBusName(number_) + ": the adapter cannot serve: it lacks " +
+                  usefulFunctions(functions_, false));
+  }
+}
+
+int LinuxAdapter::select(Kex::U8 device) const {
+  return ioctl(file_, I2C_SLAVE, static_cast<unsigned long>(device)) < 0 ? errno : 0;
+}
+
+bool LinuxAdapter::isHeld(Kex::U8 device) const {
+  int const error = select(device);
+  if (error != 0 && error != EBUSY) {
+    throw Failure(linuxBusName(number_) + ": cannot address a device: " + meaning(error));
+  }
+  return error == EBUSY;
+}
+
+Smbus::Reply LinuxAdapter::transfer(Smbus::Transaction const& transaction) const {
+  checkWay();
+  Kex::U8 const device = transaction.address.device();
+  try {
+    if (int const error = select(device); error != 0) {
+      throw Failure(error == EBUSY ? "the address is held by a kernel driver (EBUSY)"
+                                   : meaning(error));
+    }
+    Smbus::Block read =
+        way() == LinuxWay::smbus ? transferSmbus(transaction) : transferPlainI2c(transaction);
+    Kex::U8 const count = read.bytes[0];
+    if (count >= Smbus::kMaxBlock) {
+      throw Failure("bad count byte: " + std::to_string(count) + ", where 32 is the most");
+    }
+    read.length = std::min(static_cast<Kex::U8>(count + 1), transaction.readLength);
+    std::fill(read.bytes.begin() + read.length, read.bytes.end(), Kex::U8{0});
+    return {.isOk = true, .read = read, .failure = {}};
+  } catch (Failure const& failure) {
+    return Smbus::Reply::failed(Kex::format("%s, device 0x%02x: %s", linuxBusName(number_).c_str(),
+                                            device, failure.what()));
+  }
+}
+
+Smbus::Block LinuxAdapter::transferSmbus(Smbus::Transaction const& transaction) const {
+  i2c_smbus_data data{};
+  bool const isProcessCall = transaction.write.length != 0;
+  std::ranges::copy(transaction.write.view(), data.block);
+  i2c_smbus_ioctl_data call;
+  std::memset(&call, 0, sizeof call);
+  call.read_write = isProcessCall ? I2C_SMBUS_WRITE : I2C_SMBUS_READ;
+  call.command = transaction.address.offset();
+  call.size = isProcessCall ? I2C_SMBUS_BLOCK_PROC_CALL : I2C_SMBUS_BLOCK_DATA;
+  call.data = &data;
+  if (ioctl(file_, I2C_SMBUS, &call) < 0) {
+    throw Failure(meaning(errno));
+  }
+  Smbus::Block read;
+  std::copy_n(data.block, read.bytes.size(), read.bytes.begin());
+  return read;
+}
+
+Smbus::Block LinuxAdapter::transferPlainI2c(Smbus::Transaction const& transaction) const {
+  std::array<Kex::U8, Smbus::kMaxBlock + 1> sent{transaction.address.offset()};
+  std::ranges::copy(transaction.write.view(), sent.begin() + 1);
+  Smbus::Block read;
+  std::array<i2c_msg, 2> messages{};
+  messages[0] = {.addr = transaction.address.device(),
+                 .flags = 0,
+                 .len = static_cast<__u16>(transaction.write.length + 1),
+                 .buf = sent.data()};
+  messages[1] = {.addr = transaction.address.device(),
+                 .flags = I2C_M_RD,
+                 .len = transaction.readLength,
+                 .buf = read.bytes.data()};
+  i2c_rdwr_ioctl_data call;
+  std::memset(&call, 0, sizeof call);
+  call.msgs = messages.data();
+  call.nmsgs = messages.size();
+  int const done = ioctl(file_, I2C_RDWR, &call);
+  if (done < 0) {
+    throw Failure(meaning(errno));
+  }
+  if (done != static_cast<int>(messages.size())) {
+    throw Failure("the adapter carried out " + std::to_string(done) + " of 2 messages");
+  }
+  return read;
+}
+
+}  // namespace Agent

@@ -1,0 +1,65 @@
+// An i2c adapter of this machine, through the kernel's i2c-dev interface.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/smbus/Transport.h"
+
+namespace Agent {
+
+/// How transactions go through an adapter.
+enum class LinuxWay : Kex::U8 {
+  none,      ///< the adapter cannot carry them
+  smbus,     ///< the kernel's SMBus block read and block process call
+  plainI2c,  ///< a write and a read of the wanted length, in one transfer
+};
+
+/// The way that an adapter with these functions (`I2C_FUNC_*`) is used: the first that it can.
+LinuxWay wayOf(unsigned long functions);
+std::string_view nameOf(LinuxWay way);
+/// Those of the functions that a way needs which are there, or else those that are not, for a
+/// person: "SMBus block read, plain I2C". Empty when there are none.
+std::string usefulFunctions(unsigned long functions, bool present);
+
+/// The adapter's number in what follows `i2c:`, which is `N` or `/dev/i2c-N`. Throws a
+/// `UsageError`.
+unsigned linuxBusNumber(std::string const& place);
+/// `i2c-N`.
+std::string linuxBusName(unsigned number);
+
+/// An adapter, open. The kernel does not let go of an adapter that a program holds open, so it is
+/// opened anew for each transaction: one that was unplugged and has returned is found again.
+class LinuxAdapter {
+ public:
+  /// Opens `/dev/i2c-N` and asks what the adapter can do. Throws a `Failure` that names the bus and
+  /// the kernel's meaning.
+  explicit LinuxAdapter(unsigned number);
+  LinuxAdapter(LinuxAdapter const&) = delete;
+  LinuxAdapter& operator=(LinuxAdapter const&) = delete;
+  ~LinuxAdapter();
+
+  /// Its `I2C_FUNC_*` bits.
+  unsigned long functions() const { return functions_; }
+  LinuxWay way() const { return wayOf(functions_); }
+  /// Throws a `Failure` naming what the adapter lacks when there is no way to use it.
+  void checkWay() const;
+  /// Whether a kernel driver holds the address `device`. Nothing is sent. Throws a `Failure`.
+  bool isHeld(Kex::U8 device) const;
+
+  /// Carries out `transaction` and returns when the kernel does: on a worker's thread. What went
+  /// wrong is told with the bus, the address and the kernel's meaning. Throws as `checkWay`.
+  Smbus::Reply transfer(Smbus::Transaction const& transaction) const;
+
+ private:
+  Smbus::Block transferSmbus(Smbus::Transaction const& transaction) const;
+  Smbus::Block transferPlainI2c(Smbus::Transaction const& transaction) const;
+  /// The kernel's error number; 0 for none.
+  int select(Kex::U8 device) const;
+
+  unsigned number_;
+  int file_;
+  unsigned long functions_ = 0;
+};
+
+}  // namespace Agent

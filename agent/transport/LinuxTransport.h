@@ -1,0 +1,44 @@
+// The transport of a Linux i2c bus.
+#pragma once
+
+#include <memory>
+
+#include "agent/transport/Post.h"
+#include "agent/transport/Timer.h"
+#include "host/smbus/Transport.h"
+
+namespace Agent {
+
+/// Carries out transactions on `/dev/i2c-N`, on a thread of its own.
+///
+/// A transaction that the kernel keeps for longer than the address's bus timeout fails; one that is
+/// started while the kernel still keeps an earlier one waits for its turn, within its own timeout.
+/// Bytes that the device does not send read as zero; a count byte above 32 is an error.
+class LinuxTransport final : public Smbus::Transport {
+ public:
+  /// `post` leads to the run loop's thread; it is not used any more once the transport has gone.
+  /// Throws a `Failure` when bus `number` cannot be opened or lacks what is needed.
+  LinuxTransport(unsigned number, Post post);
+  /// Does not wait for the kernel: a thread that it keeps ends by itself when it returns.
+  ~LinuxTransport() override;
+
+  void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
+             Smbus::AnswerSink& sink) override;
+
+ private:
+  class Mailbox;
+
+  static void work(unsigned number, Mailbox& mailbox);
+  void handleReply(Kex::U64 ticket, Smbus::Reply const& reply);
+  void handleDeadline();
+
+  unsigned number_;
+  std::shared_ptr<Mailbox> mailbox_;
+  Smbus::VornAddress address_;
+  Kex::U64 ticket_ = 0;
+  /// Who waits for an answer; null when the bus is idle.
+  Smbus::AnswerSink* sink_ = nullptr;
+  Timer deadline_;
+};
+
+}  // namespace Agent
