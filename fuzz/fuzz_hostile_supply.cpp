@@ -1,0 +1,84 @@
+// Fuzzes a slot with a supply whose every reply and status comes from the fuzzer; once it has
+// nothing more to say, an honest one takes its place and must be identified.
+#include <algorithm>
+#include <memory>
+
+#include "agent/transport/SimulatedBus.h"
+#include "agent/transport/Timer.h"
+#include "fuzz/FuzzInput.h"
+#include "fuzz/Setup.h"
+#include "host/kex/ActivityManager.h"
+#include "pmbus/IdentifierFactory.h"
+
+namespace {
+
+using Smbus::Reply;
+
+/// Answers as the input says; when it is used up, passes everything on to an honest supply.
+class HostileTransport final : public Smbus::Transport {
+ public:
+  explicit HostileTransport(Fuzz::Input& input)
+      : input_(input),
+        honest_(Agent::SimulatedSupply(Fuzz::kImage, "EMERSON")),
+        timer_([this] { sink_->answerIs(ticket_, reply_); }) {}
+
+  void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
+             Smbus::AnswerSink& sink) override {
+    if (input_.isEmpty()) {
+      return honest_.start(transaction, ticket, sink);
+    }
+    ticket_ = ticket;
+    sink_ = &sink;
+    Kex::U8 const what = input_.byte();
+    reply_ = what % 8 == 0 ? Reply::failed("hostile") : answer(transaction, what);
+    timer_.startIn(what % 64 == 0 ? 1.0 : 0.001);
+  }
+
+ private:
+  /// An honest answer with bytes of the input over it, or the input's alone.
+  Reply answer(Smbus::Transaction const& transaction, Kex::U8 what) {
+    Reply reply{.isOk = true, .read = {}, .failure = {}};
+    if (what % 8 < 5) {
+      reply = Agent::SimulatedSupply(Fuzz::kImage, "EMERSON").answer(transaction);
+    }
+    auto const bytes = input_.bytes(what >> 3);
+    std::ranges::copy(bytes.first(std::min(bytes.size(), reply.read.bytes.size())),
+                      reply.read.bytes.begin());
+    reply.read.length =
+        std::max(reply.read.length, static_cast<Kex::U8>(std::min(bytes.size(), Smbus::kMaxBlock)));
+    return reply;
+  }
+
+  Fuzz::Input& input_;
+  Agent::SimulatedBus honest_;
+  Reply reply_;
+  Kex::U64 ticket_ = 0;
+  Smbus::AnswerSink* sink_ = nullptr;
+  Agent::Timer timer_;
+};
+
+/// Longer than any back-off and a detection take together.
+constexpr double kHealingTime = 30;
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  Fuzz::registerDescriptors();
+  std::size_t const before = Kex::VFPtrInterface::liveObjects();
+  {
+    Fuzz::Input input(data, size);
+    Fuzz::SlotParts const slot(std::make_unique<HostileTransport>(input));
+    Kex::ActivityManager& loop = Kex::activityManager();
+    double const start = loop.config().clock()->time();
+    // A transaction takes at least a millisecond and a poll's round a second, so this ends.
+    for (double time = start; !input.isEmpty(); ++time) {
+      loop.runUntil(time);
+    }
+    loop.runUntil(loop.config().clock()->time() + kHealingTime);
+    auto const& supply = slot.status->supply();
+    Fuzz::require(supply && supply->verdict == Hardware::PowerSupplySlot::Verdict::identified);
+    Fuzz::require(supply->product->serialNumber == Fuzz::kSerialNumber);
+  }
+  Fuzz::require(Kex::VFPtrInterface::liveObjects() == before);
+  return 0;
+}

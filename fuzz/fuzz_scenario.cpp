@@ -1,0 +1,25 @@
+// Fuzzes the scenario reader: a scenario, or a refusal that names the place.
+#include <string_view>
+
+#include "agent/Error.h"
+#include "agent/Scenario.h"
+#include "fuzz/FuzzInput.h"
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  std::string const text(data, data + size);
+  try {
+    Agent::Scenario const scenario = Agent::parseScenario(text, PSU_SAMPLES);
+    Fuzz::require(scenario.duration >= 0 && !scenario.slots.empty());
+    for (Agent::ScenarioSlot const& slot : scenario.slots) {
+      double earliest = 0;
+      for (Agent::ScenarioChange const& change : slot.changes) {
+        Fuzz::require(change.at >= earliest && change.at <= scenario.duration);
+        earliest = change.at;
+      }
+    }
+  } catch (Agent::UsageError const& error) {
+    std::string_view const message = error.what();
+    Fuzz::require(!message.empty() && message.find('\n') == std::string_view::npos);
+  }
+  return 0;
+}
