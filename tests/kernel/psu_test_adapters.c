@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: GPL-2.0
+/*
+ * i2c adapters with one simulated power supply each, for tests of psu-agent on a real kernel.
+ *
+ * The supply answers at 0x58: command 0x99 with its MFR_ID, a process call {1, offset} on 0xB0 with
+ * 16 bytes of the FRU image, which the parameter "image" gives in hexadecimal digits.
+ */
+#include <linux/completion.h>
+#include <linux/i2c.h>
+#include <linux/kernel.h>
+#include <linux/module.h>
+
+#define SUPPLY 0x58
+#define CMD_MFR_ID 0x99
+#define CMD_FRU 0xB0
+#define CHUNK 16
+
+static const char mfr_id[] = "EMERSON";
+
+static char *image;
+module_param(image, charp, 0444);
+MODULE_PARM_DESC(image, "FRU image in hexadecimal digits");
+
+static u8 fru[256];
+
+/*
+ * Fills block (count first) with what the supply answers; write, which may be the same memory, is
+ * null for a plain block read.
+ */
+static int answer(u8 command, const u8 *write, u8 *block)
+{
+	u8 start = write ? write[1] : 0;
+	int i;
+
+	if (command == CMD_MFR_ID && !write) {
+		block[0] = sizeof(mfr_id) - 1;
+		memcpy(block + 1, mfr_id, block[0]);
+		return 0;
+	}
+	if (command == CMD_FRU && write && write[0] == 1) {
+		block[0] = CHUNK;
+		for (i = 0; i < CHUNK; i++)
+			block[1 + i] = fru[(start + i) % sizeof(fru)];
+		return 0;
+	}
+	return -ENXIO;
+}
+
+static int smbus_xfer(struct i2c_adapter *adapter, u16 address, unsigned short flags,
+		      char read_write, u8 command, int size, union i2c_smbus_data *data)
+{
+	if (address != SUPPLY)
+		return -ENXIO;
+	if (size == I2C_SMBUS_BLOCK_DATA && read_write == I2C_SMBUS_READ)
+		return answer(command, NULL, data->block);
+	if (size == I2C_SMBUS_BLOCK_PROC_CALL)
+		return answer(command, data->block, data->block);
+	return -EOPNOTSUPP;
+}
+
+/* A write of the command and perhaps a block, then a read; the line floats high after the reply. */
+static int plain_xfer(struct i2c_adapter *adapter, struct i2c_msg *messages, int count)
+{
+	u8 block[I2C_SMBUS_BLOCK_MAX + 1];
+	int error, i;
+
+	if (count != 2 || messages[0].flags & I2C_M_RD || !(messages[1].flags & I2C_M_RD) ||
+	    messages[0].addr != SUPPLY || messages[1].addr != SUPPLY || messages[0].len == 0)
+		return -ENXIO;
+	error = answer(messages[0].buf[0], messages[0].len == 3 ? messages[0].buf + 1 : NULL, block);
+	if (error)
+		return error;
+	for (i = 0; i < messages[1].len; i++)
+		messages[1].buf[i] = i <= block[0] ? block[i] : 0xFF;
+	return count;
+}
+
+/* Claims to have done what a reply of unknown length needs, and leaves the buffer as it was. */
+static int hollow_xfer(struct i2c_adapter *adapter, struct i2c_msg *messages, int count)
+{
+	int i;
+
+	for (i = 0; i < count; i++)
+		if (messages[i].flags & I2C_M_RECV_LEN)
+			return count;
+	return plain_xfer(adapter, messages, count);
+}
+
+static int failing_xfer(struct i2c_adapter *adapter, struct i2c_msg *messages, int count)
+{
+	return -ETIMEDOUT;
+}
+
+static DECLARE_COMPLETION(never);
+
+static int hanging_xfer(struct i2c_adapter *adapter, struct i2c_msg *messages, int count)
+{
+	return wait_for_completion_killable(&never);
+}
+
+static u32 smbus_functions(struct i2c_adapter *adapter)
+{
+	return I2C_FUNC_SMBUS_READ_BLOCK_DATA | I2C_FUNC_SMBUS_BLOCK_PROC_CALL;
+}
+
+static u32 plain_functions(struct i2c_adapter *adapter)
+{
+	return I2C_FUNC_I2C;
+}
+
+static u32 hollow_functions(struct i2c_adapter *adapter)
+{
+	return I2C_FUNC_I2C | I2C_FUNC_SMBUS_EMUL | I2C_FUNC_SMBUS_READ_BLOCK_DATA;
+}
+
+static u32 poor_functions(struct i2c_adapter *adapter)
+{
+	return I2C_FUNC_SMBUS_READ_BLOCK_DATA | I2C_FUNC_SMBUS_BYTE_DATA;
+}
+
+static const struct i2c_algorithm smbus = { .smbus_xfer = smbus_xfer,
+					    .functionality = smbus_functions };
+static const struct i2c_algorithm plain = { .master_xfer = plain_xfer,
+					    .functionality = plain_functions };
+static const struct i2c_algorithm hollow = { .master_xfer = hollow_xfer,
+					     .functionality = hollow_functions };
+static const struct i2c_algorithm failing = { .master_xfer = failing_xfer,
+					      .functionality = plain_functions };
+static const struct i2c_algorithm hanging = { .master_xfer = hanging_xfer,
+					      .functionality = plain_functions };
+static const struct i2c_algorithm poor = { .smbus_xfer = smbus_xfer,
+					   .functionality = poor_functions };
+
+/* The adapters are i2c-0, i2c-1, ... in this order. */
+static struct i2c_adapter adapters[] = {
+	{ .owner = THIS_MODULE, .name = "test SMBus", .algo = &smbus },
+	{ .owner = THIS_MODULE, .name = "test plain I2C", .algo = &plain },
+	{ .owner = THIS_MODULE, .name = "test hollow RECV_LEN", .algo = &hollow },
+	{ .owner = THIS_MODULE, .name = "test failing", .algo = &failing },
+	{ .owner = THIS_MODULE, .name = "test hanging", .algo = &hanging },
+	{ .owner = THIS_MODULE, .name = "test poor", .algo = &poor },
+	{ .owner = THIS_MODULE, .name = "test held", .algo = &plain },
+};
+#define HELD (ARRAY_SIZE(adapters) - 1)
+
+static struct i2c_client *holder;
+
+static void remove_adapters(int count)
+{
+	i2c_unregister_device(holder);
+	while (count-- > 0)
+		i2c_del_adapter(&adapters[count]);
+}
+
+static int __init psu_test_init(void)
+{
+	size_t digits = image ? strlen(image) : 0;
+	int error, i;
+
+	memset(fru, 0xFF, sizeof(fru));
+	if (digits == 0 || digits % 2 || digits > 2 * sizeof(fru) ||
+	    hex2bin(fru, image, digits / 2)) {
+		pr_err("psu_test_adapters: image is no FRU image in hexadecimal digits\n");
+		return -EINVAL;
+	}
+	for (i = 0; i < ARRAY_SIZE(adapters); i++) {
+		adapters[i].nr = i;
+		error = i2c_add_numbered_adapter(&adapters[i]);
+		if (error) {
+			remove_adapters(i);
+			return error;
+		}
+	}
+	holder = i2c_new_dummy_device(&adapters[HELD], SUPPLY);
+	if (IS_ERR(holder)) {
+		error = PTR_ERR(holder);
+		holder = NULL;
+		remove_adapters(ARRAY_SIZE(adapters));
+		return error;
+	}
+	return 0;
+}
+module_init(psu_test_init);
+
+static void __exit psu_test_exit(void)
+{
+	remove_adapters(ARRAY_SIZE(adapters));
+}
+module_exit(psu_test_exit);
+
+MODULE_DESCRIPTION("i2c adapters with a simulated power supply");
+MODULE_LICENSE("GPL");

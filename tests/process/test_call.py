@@ -1,0 +1,72 @@
+# psu-agent call: requests to attributes by path and name, and how refused ones are told.
+import unittest
+
+from agent import DS2900, run
+
+IDENTIFIER = "/PowerSupply1/EmersonPmbus"
+REGISTRY = "/Ipmi::SupportedPowerSupplyRegistry"
+FUNCTIONS = ["doInitialize", "handlePollForInsertionRequest", "handleIdentifySupplyRequest",
+             "handleCheckSupplyRequest", "doResetIdentifier", "handleConstructed"]
+
+
+class Call(unittest.TestCase):
+    def test_answers(self):
+        slot = [f"/{kind}PowerSupply1" for kind in ("", "config/", "cell/", "status/")]
+        for arguments, answer in (
+                (["mfrId"], "EMERSON"), (["deviceId"], "0x58"), (["fruInfoCommand"], "176"),
+                (["maxBytesReadInProcessCall"], "16"), (["serialNum"], "L1330K04287"),
+                (["mfrIdSupported", "ARTESYN"], "true"), (["mfrIdSupported", "ACME"], "false"),
+                (["mfrIdSupported", "--code", "1"], "2"),
+                (["mfrIdSupported", "ACME", "--code", "0x80", "--arg", "true"], None),
+                (["mfrId", "--code", "128", "--arg", ""], None),
+                (["checkSupplyReadBuf", "--code", "129"], "<Hal::Buf>"),
+                (["doSetupCheckSupplyRequest", "--arg", "false"], None),
+                ([f"{REGISTRY}/DS2900", "managed"], "true"),
+                ([f"{REGISTRY}/DS500", "doGenerateFdl", "--arg", f"{IDENTIFIER}/idprom"], None),
+                (["/IdentifierFactory", "doAddIdentifierToDriver",
+                  *(part for path in slot for part in ("--arg", path))], None)):
+            with self.subTest(arguments):
+                path = [] if arguments[0].startswith("/") else [IDENTIFIER]
+                self.assertEqual(run("call", DS2900, *path, *arguments),
+                                 (0, f"{answer}\n".encode() if answer else b"", []))
+
+    def test_refusals(self):
+        for arguments, status, told in (
+                ([IDENTIFIER, "mfrId", "0"], 1, "mfrId: index exception: mfrId"),
+                ([IDENTIFIER, "mfrIdSupported"], 1, "type exception: kex_index"),
+                ([IDENTIFIER, "deviceId", "--code", "128", "--arg", "1"], 1, "not supported"),
+                ([IDENTIFIER, "checkSupplyReadBuf", "--code", "128"], 1, "type exception: size"),
+                ([IDENTIFIER, "doSetupCheckSupplyRequest"], 1, "type exception: supported"),
+                ([IDENTIFIER, "doSetupCheckSupplyRequest", "--arg", "yes"], 1, "'yes' to bool"),
+                ([IDENTIFIER, "doResetIdentifier", "--arg", "1"], 1, "unknown argument"),
+                ([IDENTIFIER + "]x", "mfrId"], 1, "junk at column 26"),
+                ([IDENTIFIER, "colour"], 1, "has no attribute colour"),
+                (["/PowerSupply2", "name"], 1, "/PowerSupply2: is no path"),
+                ([f"{REGISTRY}/DS500", "doGenerateFdl", "--arg", "null"], 1, "null ValidPtr"),
+                ([IDENTIFIER], 2, "needs an ATTRIBUTE"),
+                ([IDENTIFIER, "mfrId", "--arg", "1"], 2, "--arg: 1"),
+                ([IDENTIFIER, "mfrId", "--code", "256"], 2, "--code: 256")):
+            with self.subTest(arguments):
+                got, out, err = run("call", DS2900, *arguments)
+                self.assertEqual((got, out, len(err)), (status, b"", 1), err)
+                self.assertIn(told, err[0])
+        self.assertEqual(run("call", "nowhere")[0], 1)
+
+    def test_paths_can_be_called(self):
+        status, out, _ = run("call", DS2900)
+        paths = out.decode().splitlines()
+        self.assertEqual((status, paths[0], len(paths)), (0, "/", len(set(paths))))
+        self.assertLess({IDENTIFIER, f"{IDENTIFIER}/idprom", f"{REGISTRY}/DS2900"}, set(paths))
+        for path in paths:
+            if "idprom" not in path and path != IDENTIFIER:
+                self.assertEqual(run("call", DS2900, path, "name")[0], 0, path)
+
+    def test_no_function_does_harm_in_any_state(self):
+        for source in ([DS2900], ["--mfr-id", "ACME", DS2900]):
+            for function in FUNCTIONS:
+                with self.subTest((source, function)):
+                    self.assertEqual(run("call", *source, IDENTIFIER, function), (0, b"", []))
+
+
+if __name__ == "__main__":
+    unittest.main()

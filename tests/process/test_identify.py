@@ -1,0 +1,143 @@
+# psu-agent identify: what it prints where, its exit status, and how it takes bad input.
+import json
+import os
+import pathlib
+import tempfile
+import unittest
+
+from agent import DS2900, SAMPLES, faulty, run
+
+KEYS = ["source", "slot", "verdict", "reason", "mfrId", "descriptor", "manufacturerName",
+        "productName", "partNumber", "productVersion", "serialNumber", "hwError", "suspect",
+        "transactions", "fdl"]
+
+
+class Output(unittest.TestCase):
+    def test_prints_each_fdl_in_order(self):
+        models = ["ds2900", "ds500dc", "ds2900", "emerson760"]
+        alone = {model: run("identify", SAMPLES / f"{model}.fru")[1] for model in models}
+        status, out, err = run("identify", *(SAMPLES / f"{model}.fru" for model in models))
+        self.assertEqual((status, out, err), (0, b"".join(alone[model] for model in models), []))
+        self.assertEqual(run("identify", "-", stdin=DS2900.read_bytes()), (0, alone["ds2900"], []))
+
+    def test_json(self):
+        status, out, err = run("identify", "--json", "--mfr-id", "EMERSON\u00e9", DS2900,
+                               faulty("area-version"))
+        identified, other = map(json.loads, out.splitlines())
+        self.assertEqual((status, len(err)), (4, 1))
+        self.assertEqual((list(identified), list(other)), (KEYS, KEYS))
+        self.assertEqual([identified[key] for key in KEYS[:-1]], [
+            str(DS2900), "PowerSupply1", "identified", None, "EMERSON", "DS2900", "EMERSON   ",
+            "2900W AC POWER SUPPLY", "DS2900-3-001", "R03", "L1330K04287", False, [],
+            # MFR_ID, header, area header, 70 more bytes of the area in chunks of 16, check
+            1 + 1 + 1 + 5 + 1])
+        self.assertEqual([other[key] for key in KEYS[1:]], [
+            "PowerSupply2", "unsupportedVersion",
+            "the product info area has format version 2, not 1", "EMERSON", None, None, None, None,
+            None, None, False, [], 4, None])
+
+    def test_suspect_fields_are_warned_of(self):
+        for name, field in (("quote", "manufacturerName"), ("backslash", "manufacturerName"),
+                            ("newline", "serialNumber"), ("nul", "serialNumber")):
+            with self.subTest(name):
+                status, out, err = run("identify", "--json", faulty(name))
+                self.assertEqual((status, json.loads(out)["suspect"]), (0, [field]))
+                self.assertEqual(len(err), 1)
+                self.assertIn(f"{name}.fru: warning: {field}", err[0])
+
+    def test_explain_marks_the_line_that_failed(self):
+        for arguments, marked in (
+                ([DS2900], []),
+                (["--mfr-id", "ACME", DS2900], ["ACME"]),
+                ([faulty("header-checksum")], ["0x07", "stored"]),
+                ([faulty("no-product-area")], ["0x04", "product info area", "none"]),
+                ([faulty("area-version")], ["0x08", "format version", "2"]),
+                ([faulty("area-checksum")], ["checksum", "stored", "computed"]),
+                ([faulty("area-length-zero")], ["0x09", "length", "0"]),
+                ([faulty("unrecognised")], ["none of the 30"])):
+            with self.subTest(arguments):
+                _, out, _ = run("identify", "--explain", *arguments)
+                title, *lines = out.decode("ascii").splitlines()
+                self.assertEqual(title, str(arguments[-1]))
+                self.assertEqual([line for line in lines if len(line) > 80], [])
+                faults = [line for line in lines if line.startswith(">> ")]
+                self.assertEqual(len(faults), 1 if marked else 0, faults)
+                for part in marked:
+                    self.assertIn(part, faults[0])
+
+    def test_explain_shows_bytes_and_fields(self):
+        out = run("identify", "--explain", SAMPLES / "ds3000te.fru")[1].decode("ascii")
+        for part in ("07 45 4D 45 52 53 4F 4E", "wrote 01 80", "at 0x80", '"DS3000TE-3-001\\x09"',
+                     'custom field          8-bit     6 bytes  "REV-05"', "0x82 stored, 0x82 comp",
+                     "DS3000TE                            manages it"):
+            self.assertIn(part, out)
+
+    def test_traces(self):
+        for option, count in (("=3", 0), ("=4", 0), ("=3,4", 0)):
+            _, _, err = run("--trace", "EmersonPmbusIdentifier" + option, "identify", DS2900)
+            levels = {line.split()[0] for line in err}
+            self.assertEqual(levels, {f"EmersonPmbusIdentifier/{level}"
+                                      for level in option[1:].split(",")}, count)
+
+
+class ExitStatus(unittest.TestCase):
+    def test_precedence(self):
+        bad = faulty("unrecognised")
+        for arguments, status, lines in (
+                ([bad, DS2900], 4, ["unrecognised"]),
+                (["nowhere", bad], 1, ["nowhere: cannot open: No such file", "unrecognised"]),
+                (["nowhere", bad, "-", "-"], 2, ["standard input"]),
+                (["--wait", "3", "--mfr-id", "ACME", DS2900], 4, ["ACME"])):
+            with self.subTest(arguments):
+                got, out, err = run("identify", *arguments)
+                self.assertEqual((got, len(err)), (status, len(lines)), err)
+                self.assertEqual(out != b"", status != 2 and DS2900 in arguments[:2])
+                for told, line in zip(lines, err):
+                    self.assertIn(told, line)
+
+    def test_bad_command_lines(self):
+        for arguments, told in (
+                ([], "command"), (["frobnicate"], "frobnicate"), (["identify"], "SOURCE"),
+                (["identify", ""], "SOURCE"), (["identify", "--frob", DS2900], "--frob"),
+                (["identify", "--mfr-id", "", DS2900], "--mfr-id"),
+                (["identify", "--mfr-id", "X" * 33, DS2900], "X" * 33),
+                (["identify", "--wait", "-1", DS2900], "-1"),
+                (["identify", "--wait", "nan", DS2900], "nan"),
+                (["identify", "--wait", "soon\n", DS2900], "soon\\x0A"),
+                (["identify", "--json", "--explain", DS2900], "--explain"),
+                (["--trace", "X", "identify", DS2900], "--trace: X"),
+                (["--trace", "X=1,32", "identify", DS2900], "X=1,32"),
+                (["--trace", "=1", "identify", DS2900], "=1")):
+            with self.subTest(arguments):
+                status, out, err = run(*arguments)
+                self.assertEqual((status, out, len(err)), (2, b"", 1), err)
+                self.assertIn(told, err[0])
+
+    def test_bad_files(self):
+        with tempfile.TemporaryDirectory() as folder:
+            files = {name: pathlib.Path(folder, name) for name in ("empty", "long", "elf", "text")}
+            files["empty"].write_bytes(b"")
+            files["long"].write_bytes(bytes(257))
+            files["elf"].write_bytes(pathlib.Path(os.environ["PSU_PLUGIN"]).read_bytes()[:4096])
+            files["text"].write_bytes(b"no library")
+            host = pathlib.Path(os.environ["PSU_PLUGIN"]).with_name("libpowersupplyhost.so")
+            for arguments, told in (
+                    ([files["empty"]], "empty: is empty"), ([files["long"]], "256"),
+                    ([folder], "directory"), (["/dev/zero"], "256"), (["-"], "standard input"),
+                    (["--library", "nowhere", DS2900], "nowhere: cannot open"),
+                    (["--library", files["empty"], DS2900], "not an ELF library"),
+                    (["--library", files["text"], DS2900], "not an ELF library"),
+                    (["--library", files["elf"], DS2900], "elf: "),
+                    (["--library", host, DS2900], "no section .kex.type")):
+                with self.subTest(arguments):
+                    status, out, err = run("identify", *arguments)
+                    self.assertEqual((status, out, len(err)), (1, b"", 1), err)
+                    self.assertIn(told, err[0])
+
+    def test_full_output(self):
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(run("identify", DS2900, stdout=full)[0], 1)
+
+
+if __name__ == "__main__":
+    unittest.main()

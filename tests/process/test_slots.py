@@ -1,0 +1,141 @@
+"""`monitor` and `simulate` as a person runs them: lines, publishing, clean stop, refusals."""
+
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import tempfile
+import unittest
+
+AGENT = os.environ["PSU_AGENT"]
+SAMPLES = pathlib.Path(os.environ["PSU_SAMPLES"])
+DS2900 = str(SAMPLES / "ds2900.fru")
+DS3000 = str(SAMPLES / "ds3000.fru")
+
+
+def run(*words):
+    return subprocess.run([AGENT, *words], capture_output=True, text=True, timeout=120, check=False)
+
+
+class Folder(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def scenario(self, text):
+        file = self.folder / "scenario.json"
+        file.write_text(text if isinstance(text, str) else json.dumps(text))
+        return str(file)
+
+
+class Simulate(Folder):
+    def test_refusals_name_the_place(self):
+        supply = {"image": DS2900}
+        slot = {"name": "A", "supply": supply}
+
+        def events(*entries, **more):
+            return {"duration": 9, "slots": [{**slot, **more, "events": list(entries)}]}
+
+        table = [
+            ("{", "parse error at line 1, column 2"),
+            ([], "the document: [] is no object"),
+            ({"slots": [slot]}, 'the key "duration" is missing'),
+            ({"duration": -1, "slots": [slot]}, "duration: -1 is no number"),
+            ({"duration": "1", "slots": [slot]}, 'duration: "1" is no number'),
+            ({"duration": 1, "slots": []}, "slots: there must be a slot"),
+            ({"duration": 1, "slots": {}}, "slots: {} is no array"),
+            ({"duration": 1, "slots": [slot], "x": 1}, 'unknown key "x"'),
+            ({"duration": 1, "slots": [slot, slot]}, 'slots[1].name: "A" is taken'),
+            ({"duration": 1, "slots": [{**slot, "name": "a/b"}]}, 'slots[0].name: "a/b" is no name'),
+            ({"duration": 1, "slots": [{"name": "A"}]}, 'slots[0]: the key "supply" is missing'),
+            ({"duration": 1, "slots": [{"name": "A", "supply": {"image": "none.fru"}}]},
+             "slots[0].supply.image: "),
+            ({"duration": 1, "slots": [{"name": "A", "supply": {**supply, "mfrId": ""}}]},
+             "slots[0].supply.mfrId: "),
+            ({"duration": 1, "slots": [{"name": "A", "supply": {**supply, "mfrId": "\u0100"}}]},
+             "above U+00FF"),
+            (events({"at": 10, "action": "remove"}), "slots[0].events[0].at: 10 is no number"),
+            (events({"at": 2, "action": "remove"}, {"at": 1, "action": "remove"}),
+             "slots[0].events[1].at: 1 is no number"),
+            (events({"at": 1, "action": "explode"}), 'events[0].action: "explode" is no action'),
+            (events({"at": 1, "action": "nack", "byte": 1}), 'events[0]: unknown key "byte"'),
+            (events({"at": 1, "action": "nack", "transactions": 0}), "transactions: 0 is no whole"),
+            (events({"at": 1, "action": "flip", "byte": 33, "mask": 1}), "byte: 33 is no whole"),
+            (events({"at": 1, "action": "flip", "byte": 3, "mask": 0}), "mask: 0 is no whole"),
+            (events({"at": 1, "action": "count", "count": 1.5}), "count: 1.5 is no whole"),
+            (events({"at": 1, "action": "insert", "supply": None}), "events[0].supply: only"),
+        ]
+        for document, message in table:
+            with self.subTest(message):
+                ran = run("simulate", self.scenario(document))
+                self.assertEqual((ran.returncode, ran.stdout), (2, ""))
+                self.assertIn(message, ran.stderr)
+                self.assertEqual(ran.stderr.count("\n"), 1)
+        self.assertEqual(run("simulate", str(self.folder / "none.json")).returncode, 1)
+
+    def test_json_lines_and_transcript(self):
+        ran = run("simulate", "--json", "--transcript", self.scenario(
+            {"duration": 0.5, "slots": [{"name": "A", "supply": {"image": DS2900}},
+                                        {"name": "B", "supply": None}]}))
+        lines = [json.loads(line) for line in ran.stdout.splitlines()]
+        supplies = {line["slot"]: line for line in lines if line["event"] == "supply"}
+        self.assertEqual(supplies["A"]["descriptor"], "DS2900")
+        self.assertEqual((supplies["B"]["verdict"], supplies["B"]["source"]), ("absent", None))
+        transactions = [line for line in lines if line["event"] == "transaction"]
+        self.assertEqual(sum(line["slot"] == "A" for line in transactions),
+                         supplies["A"]["transactions"])
+        header = transactions[2]
+        self.assertEqual({**header, "time": 0}, {
+            "time": 0, "slot": "A", "event": "transaction", "request": "pollForInsertion",
+            "device": 88, "command": 176, "write": "0100", "readLength": 9,
+            "read": "1001000000010000FE", "status": 3})
+
+
+class Monitor(Folder):
+    def test_prints_edges_only(self):
+        ran = run("monitor", "--slot", f"A={DS2900}", "--slot", f"B={DS3000}", "--duration", "60")
+        self.assertEqual((ran.returncode, ran.stderr), (0, ""))
+        self.assertEqual([line.split()[1:4] for line in ran.stdout.splitlines()],
+                         [["A", "identified", "DS2900"], ["B", "identified", "DS3000"]])
+
+    def test_publishes_until_it_is_stopped(self):
+        stale = self.folder / "B.fdl"
+        stale.write_text("left by an earlier run")
+        unrecognised = SAMPLES / "faulty" / "unrecognised.fru"
+        fdl = run("identify", DS2900).stdout
+        for stop in (signal.SIGTERM, signal.SIGINT):
+            with subprocess.Popen([AGENT, "monitor", "--slot", f"A={DS2900}", "--slot",
+                                   f"B={unrecognised}", "--publish", str(self.folder)],
+                                  stdout=subprocess.PIPE, text=True) as agent:
+                lines = [agent.stdout.readline().split()[1:3] for _ in range(2)]
+                self.assertCountEqual(lines, [["A", "identified"], ["B", "unrecognised"]])
+                self.assertEqual([file.name for file in self.folder.iterdir()], ["A.fdl"])
+                self.assertEqual((self.folder / "A.fdl").read_text(), fdl)
+                agent.send_signal(stop)
+                self.assertEqual(agent.wait(timeout=60), 0)
+            self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_exit_status(self):
+        slot = ("--slot", f"A={DS2900}", "--duration", "1")
+        table = [
+            (2, "--slot", ("--slot", "A")),
+            (2, "--slot", ("--slot", f"a/b={DS2900}")),
+            (2, "named twice", (*slot, "--slot", f"A={DS3000}")),
+            (2, "standard input", (*slot, "--slot", "B=-", "--slot", "C=-")),
+            (2, "poll-interval", (*slot, "--poll-interval", "0")),
+            (2, "duration", ("--slot", f"A={DS2900}", "--duration", "-1")),
+            (1, "none.fru", (*slot, "--slot", "B=none.fru")),
+            (1, "not a folder", (*slot, "--publish", DS2900)),
+            (1, "nowhere", (*slot, "--publish", str(self.folder / "nowhere"))),
+        ]
+        for status, message, words in table:
+            with self.subTest(words):
+                ran = run("monitor", *words)
+                self.assertEqual(ran.returncode, status, ran.stderr)
+                self.assertIn(message, ran.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,287 @@
+// Buffers, and requests: every terminal status reaches its handler exactly once.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/hardware/Vorn.h"
+#include "host/kex/ActivityManager.h"
+#include "host/kex/Exception.h"
+
+namespace {
+
+using Hardware::VornOp;
+using Hardware::VornRequest;
+using Kex::Ptr;
+using Kex::U32;
+using Kex::U8;
+
+void runPending() { Kex::activityManager().runPending(); }
+
+TEST(HalBuf, keepsCapacityAndLengthApart) {
+  auto const bytes = std::to_array<U8>({1, 0, 3});
+  using Steps = std::function<void(Hal::Buf&)>;
+  struct {
+    char const* name;
+    Steps steps;
+    U32 size;
+    std::string contents;
+    char const* refused;
+  } const rows[] = {
+      {"as made", [](auto&) {}, 4, "", ""},
+      {"zero bytes", [](auto& b) { b.lenIs(4); }, 4, std::string(4, '\0'), ""},
+      {"too long", [](auto& b) { b.lenIs(5); }, 4, "",
+       "length 5 of a buffer with a capacity of 4 bytes"},
+      {"shorter and longer", [](auto& b) { b.strIs("abc"), b.lenIs(1), b.lenIs(3); }, 4, "abc", ""},
+      {"grown by a text", [](auto& b) { b.strIs("abcdef"); }, 6, "abcdef", ""},
+      {"a shorter text", [](auto& b) { b.strIs("abcd"), b.strIs("x"); }, 4, "x", ""},
+      {"appended", [&](auto& b) { b.strIs("a"), b.doAppend(bytes); }, 4, {"a\1\0\3", 4}, ""},
+      {"grown by appending",
+       [&](auto& b) { b.doAppend(bytes), b.doAppend(bytes); },
+       6,
+       {"\1\0\3\1\0\3", 6},
+       ""},
+      {"cut", [](auto& b) { b.strIs("abcd"), b.sizeIs(2); }, 2, "ab", ""},
+      {"widened", [](auto& b) { b.strIs("ab"), b.sizeIs(9); }, 9, "ab", ""},
+      {"to nothing", [](auto& b) { b.strIs("ab"), b.sizeIs(0), b.sizeIs(2); }, 2, "", ""},
+      {"too large", [](auto& b) { b.sizeIs(0xffffffff); }, 4, "",
+       "a buffer of 4294967295 bytes; it may have 65536"},
+      {"byte behind the end", [](auto& b) { b.strIs("ab"), (void)b.byte(2); }, 4, "ab",
+       "byte 2 of a buffer of 2 bytes"},
+      {"byte set behind the end", [](auto& b) { b.byteIs(0, 1); }, 4, "",
+       "byte 0 of a buffer of 0 bytes"},
+      {"bytes to the end",
+       [&](auto& b) { b.strIs("abcd"), b.bytesIs(1, bytes); },
+       4,
+       {"a\1\0\3", 4},
+       ""},
+      {"bytes over the end", [&](auto& b) { b.strIs("abcd"), b.bytesIs(2, bytes); }, 4, "abcd",
+       "3 bytes at 2 of a buffer of 4 bytes"},
+      {"bytes far out", [&](auto& b) { b.strIs("abcd"), b.bytesIs(0xffffffff, bytes); }, 4, "abcd",
+       "3 bytes at 4294967295 of a buffer of 4 bytes"},
+  };
+  for (auto const& row : rows) {
+    auto const buffer = Kex::make<Hal::Buf>(4U);
+    std::string refused;
+    try {
+      row.steps(*buffer);
+    } catch (Kex::RangeException const& error) {
+      refused = error.what();
+    }
+    EXPECT_EQ(refused, row.refused) << row.name;
+    EXPECT_EQ(buffer->size(), row.size) << row.name;
+    EXPECT_EQ(buffer->str().view(), row.contents) << row.name;
+  }
+  EXPECT_THROW(Kex::make<Hal::Buf>(65537U), Kex::RangeException);
+}
+
+/// Keeps what it is asked until the test answers.
+class HeldTransport final : public Smbus::Transport {
+ public:
+  struct Asked {
+    Smbus::Transaction transaction;
+    Kex::U64 ticket;
+    Smbus::AnswerSink* sink;
+    void answer(bool isOk, std::vector<U8> const& bytes = {}) const {
+      Smbus::Reply reply{.isOk = isOk, .read = {}, .failure = isOk ? "" : "no acknowledge"};
+      std::ranges::copy(bytes, reply.read.bytes.begin());
+      reply.read.length = static_cast<U8>(bytes.size());
+      sink->answerIs(ticket, reply);
+    }
+  };
+  explicit HeldTransport(std::vector<Asked>& asked) : asked_(asked) {}
+  void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
+             Smbus::AnswerSink& sink) override {
+    asked_.push_back({transaction, ticket, &sink});
+  }
+
+ private:
+  std::vector<Asked>& asked_;
+};
+
+class HardwareVornRequest : public testing::Test, protected VornRequest::Handler {
+ protected:
+  HardwareVornRequest() {
+    request->handlerIs(this);
+    buffer->lenIs(8);
+    load(*request);
+  }
+  void load(VornRequest& loaded) const {
+    loaded.doMakeOp(VornOp::kRead, 0x58, buffer->data(), 8, 1, 8, 1);
+  }
+  void handleStatus(VornRequest& from) override {
+    delivered.push_back(from.status());
+    if (then) {
+      then();
+    }
+  }
+
+  std::vector<HeldTransport::Asked> asked;
+  Ptr<Smbus::Bus> bus = Kex::make<Smbus::Bus>(std::make_unique<HeldTransport>(asked));
+  Ptr<Hardware::Vorn> vorn = Kex::make<Hardware::Vorn>(bus);
+  Ptr<VornRequest> request = vorn->newRequest();
+  Ptr<Hal::Buf> buffer = Kex::make<Hal::Buf>(17U);
+  std::vector<unsigned> delivered;
+  std::function<void()> then;
+};
+
+using Statuses = std::vector<unsigned>;
+
+TEST_F(HardwareVornRequest, deliversEachTerminalStatusExactlyOnce) {
+  struct {
+    char const* name;
+    std::function<void()> steps;
+    Statuses delivered;
+  } const rows[] = {
+      {"not without an answer", [&] { request->activeIs(true); }, {}},
+      {"succeeded", [&] { request->activeIs(true), asked[0].answer(true); }, {3}},
+      {"failed", [&] { request->activeIs(true), asked[0].answer(false); }, {2}},
+      {"answered twice",
+       [&] { request->activeIs(true), asked[0].answer(true), asked[0].answer(false); },
+       {3}},
+      {"withdrawn while pending",
+       [&] { request->activeIs(true), asked[0].answer(true), request->activeIs(false); },
+       {}},
+      {"answered when withdrawn",
+       [&] { request->activeIs(true), request->activeIs(false), asked[0].answer(true); },
+       {}},
+      {"the old answer of a request that was started anew",
+       [&] { request->activeIs(true), request->activeIs(true), asked[0].answer(true); },
+       {}},
+      {"the new answer",
+       [&] {
+         request->activeIs(true), request->activeIs(true);
+         asked[0].answer(true), asked[1].answer(false);
+       },
+       {2}},
+      {"started anew while pending",
+       [&] {
+         request->activeIs(true), asked[0].answer(true);
+         request->activeIs(true), asked[1].answer(false);
+       },
+       {2}},
+      {"nobody's request",
+       [&] { request->handlerIs(nullptr), request->activeIs(true), asked[0].answer(true); },
+       {}},
+      {"destroyed while running",
+       [&] {
+         request->activeIs(true);
+         request = nullptr;
+         asked[0].answer(true);
+       },
+       {}},
+      {"destroyed while pending",
+       [&] { request->activeIs(true), asked[0].answer(true), request = nullptr; },
+       {}},
+  };
+  for (auto const& row : rows) {
+    row.steps();
+    runPending();
+    runPending();
+    EXPECT_EQ(delivered, row.delivered) << row.name;
+    asked.clear(), delivered.clear();
+    bus = Kex::make<Smbus::Bus>(std::make_unique<HeldTransport>(asked));
+    request = Kex::make<VornRequest>(bus);
+    request->handlerIs(this);
+    load(*request);
+  }
+}
+
+TEST_F(HardwareVornRequest, equalStatusesInARowAreEachDelivered) {
+  then = [&] {
+    if (delivered.size() < 4) {
+      request->activeIs(true);
+      EXPECT_EQ(request->status(), Kex::Request::kRunning);
+    }
+  };
+  request->activeIs(true);
+  for (std::size_t i = 0; i < 4; ++i) {
+    ASSERT_EQ(asked.size(), i + 1);
+    asked[i].answer(false);
+    EXPECT_EQ(delivered.size(), i) << "delivered before its turn";
+    EXPECT_EQ(request->status(), Kex::Request::kFailed);
+    runPending();
+  }
+  EXPECT_EQ(delivered, (Statuses{2, 2, 2, 2}));
+  EXPECT_EQ(request->status(), Kex::Request::kIdle);
+  EXPECT_FALSE(request->active());
+  EXPECT_EQ(request->started(), 4U);
+}
+
+TEST_F(HardwareVornRequest, writesTheWholeReadLengthAndNoMore) {
+  struct {
+    std::vector<U8> reply;
+    std::string buffer;
+  } const rows[] = {
+      {{2, 'a', 'b'}, {"\2ab\0\0\0\0\0", 8}},
+      {{}, std::string(8, '\0')},
+      {{9, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}, {"\11abcdefg", 8}},
+  };
+  for (auto const& row : rows) {
+    buffer->sizeIs(17), buffer->strIs("xxxxxxxxxx"), buffer->lenIs(9);
+    asked.clear();
+    request->activeIs(true);
+    asked[0].answer(true, row.reply);
+    EXPECT_EQ(buffer->str().view(), row.buffer + "x");
+    runPending();
+  }
+  request->activeIs(true);
+  buffer->lenIs(3);  // shrunk on the way
+  asked.back().answer(true, {7, 'a', 'b', 'c'});
+  EXPECT_EQ(buffer->str(), "\7ab");
+}
+
+TEST_F(HardwareVornRequest, operationsAreReplacedOnlyAfterItWasWithdrawn) {
+  auto const opcodes = [&] {
+    std::string text;
+    for (auto const& op : request->operations()) {
+      text += op.opcode == VornOp::kWrite ? 'w' : 'r';
+    }
+    return text;
+  };
+  auto const make = [&](VornOp::Opcode opcode, U32 length = 2) {
+    request->doMakeOp(opcode, 0x58, buffer->data(), length, 1, 1, 1);
+  };
+  request->activeIs(false);
+  EXPECT_EQ(opcodes(), "r");  // kept until something takes their place
+  make(VornOp::kWrite), make(VornOp::kRead);
+  EXPECT_EQ(opcodes(), "wr");
+  buffer->byteIs(0, 0xEE);  // a write is copied when it is made
+  request->activeIs(true);
+  ASSERT_EQ(asked.size(), 1U);
+  EXPECT_EQ(asked[0].transaction.write.length, 2);
+  EXPECT_EQ(asked[0].transaction.write.bytes[0], 0);
+  EXPECT_EQ(asked[0].transaction.readLength, 2);
+  for (U32 const length : {0U, 34U}) {
+    EXPECT_THROW(make(VornOp::kRead, length), Kex::RangeException) << length;
+  }
+  // What is no transaction fails without reaching the wire.
+  make(VornOp::kRead);
+  request->activeIs(true);
+  runPending();
+  EXPECT_EQ(delivered, (Statuses{2}));
+  EXPECT_EQ(asked.size(), 1U);
+  EXPECT_EQ(request->failure(), "the request holds no transaction");
+}
+
+TEST_F(HardwareVornRequest, requestsOfOneBusTakeTurns) {
+  auto const second = vorn->newRequest();
+  auto const third = vorn->newRequest();
+  load(*second), load(*third);
+  request->activeIs(true), second->activeIs(true), third->activeIs(true);
+  EXPECT_EQ(asked.size(), 1U);
+  second->activeIs(false);   // waits: is never started
+  request->activeIs(false);  // on the wire: the bus stays busy until the answer
+  EXPECT_EQ(asked.size(), 1U);
+  asked[0].answer(true);
+  EXPECT_EQ(asked.size(), 2U);
+  EXPECT_EQ(third->started(), 1U);
+  EXPECT_EQ(second->started(), 0U);
+  asked[0].answer(false);  // an old ticket
+  asked[1].answer(true);
+  EXPECT_EQ(third->status(), Kex::Request::kSucceeded);
+}
+
+}  // namespace
