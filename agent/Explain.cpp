@@ -56,7 +56,7 @@ class Page {
     std::string start(rest.substr(0, lead));
     rest.remove_prefix(lead);
     for (std::string const& piece : pieces(rest, kColumns - 3 - indent)) {
-      text_ += gutter + start + piece + '\n';
+      text_.append(gutter).append(start).append(piece) += '\n';
       gutter = "   ";
       start.assign(indent, ' ');
     }
@@ -105,11 +105,10 @@ void writeTransactions(Page& page, TransactionLog const& log, Supply const& supp
   }
 }
 
-void writeMfrId(Page& page, Supply const& supply) {
+void writeMfrId(Page& page, std::string_view mfrId, Supply const& supply) {
   bool const isFault = supply.verdict == Verdict::unsupportedManufacturer;
   page.heading("MFR_ID");
-  page.line(inQuotes(supply.mfrId->view()) + (isFault ? " is not supported" : " is supported"),
-            isFault);
+  page.line(inQuotes(mfrId) + (isFault ? " is not supported" : " is supported"), isFault);
 }
 
 /// Which field of a header is the one that it was rejected for; none for an accepted one.
@@ -241,7 +240,7 @@ std::string explain(std::string const& source, TransactionLog const& log, Supply
   Page page;
   writeTransactions(page, log, supply);
   if (supply.mfrId) {
-    writeMfrId(page, supply);
+    writeMfrId(page, supply.mfrId->view(), supply);
   }
   Bytes const header = fru.from(0, Ipmi::CommonAreaHeader::kLength);
   if (header.size() == Ipmi::CommonAreaHeader::kLength) {

@@ -23,8 +23,12 @@ void FruBytes::recordIs(TransactionRecord const& record) {
 
 std::vector<Kex::U8> FruBytes::from(Kex::U8 start, std::size_t most) const {
   std::vector<Kex::U8> bytes;
-  for (Kex::U8 address = start; bytes.size() < most && bytes_[address]; ++address) {
-    bytes.push_back(*bytes_[address]);
+  for (Kex::U8 address = start; bytes.size() < most; ++address) {
+    std::optional<Kex::U8> const byte = bytes_[address];
+    if (!byte) {
+      break;
+    }
+    bytes.push_back(*byte);
   }
   return bytes;
 }

@@ -81,7 +81,8 @@ std::vector<Suspect> suspects(Supply const& supply) {
   }
   for (Field const& field : kFields) {
     std::string_view const text = ((*supply.product).*field.text).view();
-    bool const isInFdl = field.isWritten && supply.fdl.view().find(upToNul(text)) != text.npos;
+    bool const isInFdl =
+        field.isWritten && supply.fdl.view().find(upToNul(text)) != std::string_view::npos;
     if (isInFdl && changesMeaning(text)) {
       found.push_back({.field = field.jsonName, .text = std::string(text)});
     }

@@ -33,8 +33,9 @@ class Slot::Watcher final : public SlotStatus::NotifieeConst {
 
  private:
   void onSupply() override {
-    if (onSupply_) {
-      onSupply_(*notifier()->supply());
+    std::optional<Supply> const& supply = notifier()->supply();
+    if (onSupply_ && supply) {
+      onSupply_(*supply);
     }
   }
 

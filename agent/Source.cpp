@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <set>
-#include <string_view>
 
 #include "agent/Error.h"
 #include "agent/FruImage.h"
@@ -67,12 +66,16 @@ Source::Kind const Source::kKinds[] = {
     {.prefix = "", .isLive = false, .exclusive = &exclusiveFile, .open = &openFile},
 };
 
-Source::Source(std::string text) : text_(std::move(text)) {
-  kind_ = std::ranges::find_if(kKinds,
-                               [this](Kind const& kind) { return text_.starts_with(kind.prefix); });
-  place_ = text_.substr(kind_->prefix.size());
-  exclusive_ = kind_->exclusive(place_);
+Source::Kind const* Source::kindOf(std::string_view text) {
+  return std::ranges::find_if(kKinds,
+                              [text](Kind const& kind) { return text.starts_with(kind.prefix); });
 }
+
+Source::Source(std::string text)
+    : text_(std::move(text)),
+      kind_(kindOf(text_)),
+      place_(text_.substr(kind_->prefix.size())),
+      exclusive_(kind_->exclusive(place_)) {}
 
 bool Source::isLive() const { return kind_->isLive; }
 

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "agent/transport/Post.h"
@@ -35,6 +36,7 @@ class Source {
  private:
   struct Kind;
   static Kind const kKinds[];
+  static Kind const* kindOf(std::string_view text);
 
   std::string text_;
   Kind const* kind_;

@@ -23,9 +23,7 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
                          Reporting& reporting)
     : source_(std::move(source)), reporting_(reporting), slot_(name, std::move(transport), plugin) {
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
-  if (reporting_.isTranscript || reporting_.recorder != nullptr) {
-    slot_.observerIs(this);
-  }
+  slot_.observerIs(this);
   if (reporting_.publisher != nullptr) {
     // What an earlier run may have left is not known to be true any more.
     reporting_.publisher->fdlDel(name);
@@ -56,11 +54,14 @@ void WatchedSlot::handleSupply(Supply const& supply) {
 
 void WatchedSlot::handleTransaction(Hardware::VornRequest const& request,
                                     Smbus::Transaction const& transaction) {
+  if (reporting_.recorder == nullptr && !reporting_.isTranscript) {
+    return;
+  }
+  TransactionRecord const record = recordOf(request, transaction);
   if (reporting_.recorder != nullptr) {
-    reporting_.recorder->handleTransaction(request, transaction);
+    guard([&] { reporting_.recorder->recordIs(slot_.name(), record); });
   }
   if (reporting_.isTranscript) {
-    TransactionRecord const record = recordOf(request, transaction);
     print(reporting_.isJson ? jsonLine(transactionJson(slot_.name(), record))
                             : transactionLine(slot_.name(), record));
   }
@@ -70,12 +71,18 @@ void WatchedSlot::publish(Supply const& supply) {
   if (reporting_.publisher == nullptr) {
     return;
   }
-  try {
+  guard([&] {
     if (supply.verdict == Hardware::PowerSupplySlot::Verdict::identified) {
       reporting_.publisher->fdlIs(slot_.name(), supply.fdl.view());
     } else {
       reporting_.publisher->fdlDel(slot_.name());
     }
+  });
+}
+
+void WatchedSlot::guard(std::function<void()> const& work) {
+  try {
+    work();
   } catch (Failure const& failure) {
     complain(failure.what());
     reporting_.status = worse(reporting_.status, Status::failed);

@@ -1,6 +1,7 @@
 // A slot whose changes are printed as they happen.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 #include "agent/ExitStatus.h"
 #include "agent/Publisher.h"
 #include "agent/Slot.h"
+#include "agent/transport/Recorder.h"
 
 namespace Agent {
 
@@ -20,8 +22,8 @@ struct Reporting {
   bool isLive = false;
   /// Where FDL is published; null for nowhere.
   Publisher* publisher = nullptr;
-  /// Who sees every bus transaction besides; null for nobody.
-  Smbus::TransactionObserver* recorder = nullptr;
+  /// Where every bus transaction is recorded; null for nowhere.
+  Recorder* recorder = nullptr;
   /// Worsened when something cannot be written.
   Status status = Status::ok;
 };
@@ -57,6 +59,8 @@ class WatchedSlot final : Smbus::TransactionObserver {
   void handleTransaction(Hardware::VornRequest const& request,
                          Smbus::Transaction const& transaction) override;
   void publish(Supply const& supply);
+  /// Does `work`; a failure is told of and makes the run's status.
+  void guard(std::function<void()> const& work);
   void print(std::string const& line) const;
 
   std::optional<std::string> source_;

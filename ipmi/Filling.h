@@ -1,11 +1,11 @@
 // The typed list of what fills a template's placeholders, checked against the text at compile time.
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <string>
+#include <span>
 #include <string_view>
 #include <type_traits>
-#include <utility>
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/String8.h"
@@ -16,13 +16,27 @@ namespace Emerson::IpmiIdentifier {
 /// A text field of the product info area, as its accessor.
 using Field = Kex::String8 const& (Ipmi::ProductInfoArea::*)() const;
 
-/// Moves `rest` on behind its next placeholder; what was passed goes to `text`, `argument` in the
-/// placeholder's stead.
-inline void putNext(std::string& text, std::string_view& rest, std::string_view argument) {
-  std::size_t const placeholder = rest.find('%');
-  text.append(rest.substr(0, placeholder)).append(argument);
-  rest.remove_prefix(placeholder + std::string_view("%s").size());
-}
+/// What is put in a placeholder's stead.
+class Argument {
+ public:
+  /// The number in decimal digits.
+  explicit Argument(int number);
+  /// The text up to its NUL; it is kept, not copied.
+  explicit Argument(char const* text) : text_(text) {}
+  Argument(Argument const&) = delete;
+  Argument& operator=(Argument const&) = delete;
+  ~Argument() = default;
+
+  std::string_view text() const { return text_; }
+
+ private:
+  std::array<char, 12> digits_;
+  std::string_view text_;
+};
+
+/// `pattern` with each placeholder, a percent sign and a letter, replaced by an argument: there are
+/// as many of the ones as of the others.
+Kex::String8 filled(std::string_view pattern, std::span<Argument const> arguments);
 
 /// The arguments of one template in the order of its placeholders. An argument is a column of the
 /// row (`&Model::api`), a text worked out from it (`&Model::airflowText`) or a field of the product
@@ -50,31 +64,26 @@ class Filling {
   /// `kTemplate` with its placeholders filled.
   template <auto const& kTemplate>
   static Kex::String8 fill(Model const& model, Ipmi::ProductInfoArea const& fields) {
-    std::string_view rest = textOf(kTemplate);
-    std::string text;
-    text.reserve((rest.size() + ... + argument(kArguments, model, fields).size()));
-    (putNext(text, rest, argument(kArguments, model, fields)), ...);
-    text += rest;
-    return Kex::String8(std::move(text));
+    Argument const arguments[] = {Argument(value(kArguments, model, fields))...};
+    return filled(textOf(kTemplate), arguments);
   }
 
  private:
-  static std::string_view textOf(std::string_view constant) { return constant; }
+  static std::string_view textOf(char const* constant) { return constant; }
   static std::string_view textOf(Kex::String8 const& constant) { return constant.view(); }
 
-  static std::string argument(int Model::*column, Model const& model,
-                              Ipmi::ProductInfoArea const&) {
-    return std::to_string(model.*column);
-  }
-  static std::string_view argument(char const* Model::*column, Model const& model,
-                                   Ipmi::ProductInfoArea const&) {
+  static int value(int Model::*column, Model const& model, Ipmi::ProductInfoArea const&) {
     return model.*column;
   }
-  static std::string_view argument(char const* (Model::*derived)() const noexcept,
-                                   Model const& model, Ipmi::ProductInfoArea const&) {
+  static char const* value(char const* Model::*column, Model const& model,
+                           Ipmi::ProductInfoArea const&) {
+    return model.*column;
+  }
+  static char const* value(char const* (Model::*derived)() const noexcept, Model const& model,
+                           Ipmi::ProductInfoArea const&) {
     return (model.*derived)();
   }
-  static std::string_view argument(Field field, Model const&, Ipmi::ProductInfoArea const& fields) {
+  static char const* value(Field field, Model const&, Ipmi::ProductInfoArea const& fields) {
     return (fields.*field)().charPtr();
   }
 };

@@ -27,9 +27,13 @@ consteval auto joined(Model const (&... parts)[kSizes]) {
   return all;
 }
 
-constexpr auto kModels =
+}  // namespace
+
+constexpr std::array<Model, kModelCount> kModels =
     joined(kDs3000Models, kDs2700Models, kDs2900Models, kEmerson760Models, kDs460Models,
            kDs500Models, kDs750Models, kDs1100Models, kDs1600Models);
+
+namespace {
 
 consteval bool inDeclaredOrder() {
   std::size_t index = 0;
@@ -95,7 +99,5 @@ static_assert(keysUnique(), "no text is accepted by two keys of one field");
 static_assert(reversedNamesBlowBackToFront());
 
 }  // namespace
-
-Model const& modelOf(ModelId id) noexcept { return kModels[static_cast<std::size_t>(id)]; }
 
 }  // namespace Emerson::IpmiIdentifier

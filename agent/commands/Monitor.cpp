@@ -23,6 +23,7 @@ struct Options {
   bool isJson = false;
   std::string mfrId = "EMERSON";
   std::string publish;
+  std::string record;
 };
 
 /// The slots' names, and their sources in the same order.
@@ -74,6 +75,10 @@ Status monitor(Options const& options, Globals const& globals) {
       reporting.status = worse(reporting.status, Status::failed);
     }
   }
+  std::optional<Recorder> recorder;
+  if (!options.record.empty()) {
+    reporting.recorder = &recorder.emplace(options.record);
+  }
   if (!watched.empty()) {
     loop.run(options.duration.value_or(Loop::kForever), [] { return false; });
   }
@@ -98,6 +103,8 @@ void addMonitor(CLI::App& program, Action& action) {
       ->option_text("S")
       ->check(CLI::Range(0.0, 3.2e9));
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
+  command.add_option("--record", options->record, "Record every bus transaction")
+      ->option_text("FILE");
   command
       .add_option("--publish", options->publish,
                   "Keep DIR/NAME.fdl for each slot whose supply is identified")

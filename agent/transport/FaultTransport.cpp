@@ -20,7 +20,7 @@ FaultTransport::FaultTransport(std::unique_ptr<Smbus::Transport> inner)
       lateTimer_([this] { giveLateAnswer(); }) {}
 
 void FaultTransport::randomIs(Kex::U64 startValue, double rate) {
-  random_.seed(startValue);
+  random_ = std::mt19937_64(startValue);
   rate_ = rate;
 }
 
@@ -91,8 +91,9 @@ void FaultTransport::failAt(double time, Smbus::Reply const& failure) {
 }
 
 void FaultTransport::giveLateAnswer() {
-  LateAnswer const answer = *std::exchange(late_, std::nullopt);
-  sink_->answerIs(answer.ticket, answer.reply);
+  if (auto const answer = std::exchange(late_, std::nullopt)) {
+    sink_->answerIs(answer->ticket, answer->reply);
+  }
 }
 
 }  // namespace Agent

@@ -5,9 +5,8 @@
 
 namespace Agent {
 
-SimulatedBus::SimulatedBus() : timer_([this] { finish(); }) {}
-
-SimulatedBus::SimulatedBus(SimulatedSupply const& supply) : SimulatedBus() { supply_ = supply; }
+SimulatedBus::SimulatedBus(std::optional<SimulatedSupply> const& supply)
+    : supply_(supply), timer_([this] { finish(); }) {}
 
 void SimulatedBus::supplyIs(std::optional<SimulatedSupply> const& supply) {
   bool const hasLeft = supply_.has_value();

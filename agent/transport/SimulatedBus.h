@@ -12,8 +12,8 @@ namespace Agent {
 /// framework's clock. The supply may come and go at any moment. A transaction costs no allocation.
 class SimulatedBus final : public Smbus::Transport {
  public:
-  SimulatedBus();
-  explicit SimulatedBus(SimulatedSupply const& supply);
+  /// With `supply` in its place, or nothing.
+  explicit SimulatedBus(std::optional<SimulatedSupply> const& supply = {});
 
   /// Puts a supply into the place, or takes it away. The transaction that is under way with one
   /// that leaves fails at once.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <limits>
+#include <memory>
 #include <optional>
 
 #include "host/hardware/Supply.h"
@@ -48,9 +49,8 @@ class BackOff {
 
 /// What is remembered of a supply while it is in the slot.
 struct Detection {
-  /// What identification found, up to the first check, after which it is published.
-  Supply found;
-  bool isAnnounced = false;
+  /// What identification found, from its end up to the first check, after which it is published.
+  std::unique_ptr<Supply> found;
   /// What the checks compare: the serial number and area header that identification ended with.
   Kex::String8 serialNum;
   Kex::String8 areaHeader;

@@ -121,19 +121,18 @@ void IdentifierBase::doIdentifySupplyRequestComplete(bool identified) {
     publish(unreadable("reading the product info area", *identifySupplyRequest()));
     return pendingActionIs(PendingAction::reset, now() + pollInterval_);
   }
-  detection_.found = judgeIdentification(findings(), hwError_, fdl_);
-  if (detection_.found.verdict == Verdict::identified) {
-    detection_.found.descriptor = managingDescriptor();
+  Supply found = judgeIdentification(findings(), hwError_, fdl_);
+  if (found.verdict == Verdict::identified) {
+    found.descriptor = managingDescriptor();
   }
   detection_.serialNum = serialNum_;
   detection_.areaHeader = areaHeader();
-  detection_.isAnnounced = false;
-  if (detection_.found.verdict == Verdict::invalidChecksum ||
-      detection_.found.verdict == Verdict::unsupportedVersion) {
+  if (found.verdict == Verdict::invalidChecksum || found.verdict == Verdict::unsupportedVersion) {
     detection_.backOff.schedule(now());
   } else {
     detection_.backOff.clear();
   }
+  detection_.found = std::make_unique<Supply>(std::move(found));
   startRequest(kCheckSupply, checkSupplyRequest());
 }
 
@@ -141,7 +140,7 @@ void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
   if (!present) {
     detection_.backOff.clear();
     detection_.mismatches = 0;
-    if (!detection_.isAnnounced) {
+    if (detection_.found) {
       publish(unreadable("the first check", *checkSupplyRequest()));
     }
     return pendingActionIs(PendingAction::reset, now() + pollInterval_);
@@ -149,8 +148,8 @@ void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
   bool const isOtherSerial = serialNum_ != detection_.serialNum;
   if (isOtherSerial || areaHeader() != detection_.areaHeader) {
     detection_.backOff.clear();
-    if (++detection_.mismatches >= 2) {
-      Supply supply = detection_.found;
+    if (++detection_.mismatches >= 2 && detection_.found) {
+      Supply supply = std::move(*detection_.found);
       supply.verdict = Verdict::unreadable;
       supply.reason = isOtherSerial ? "serial number is not stable"
                                     : "the product info area's header is not stable";
@@ -162,8 +161,8 @@ void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
                            std::max(now(), detection_.lastReset + pollInterval_));
   }
   detection_.mismatches = 0;
-  if (!std::exchange(detection_.isAnnounced, true)) {
-    publish(std::move(detection_.found));
+  if (auto const found = std::move(detection_.found)) {
+    publish(std::move(*found));
   }
   pendingActionIs(PendingAction::check, std::min(now() + pollInterval_, detection_.backOff.due()));
 }
@@ -190,6 +189,7 @@ void IdentifierBase::resetDetection() {
     detection_.countedTransactions = startedTransactions();
   }
   detection_.mfrId.reset();
+  detection_.found.reset();
   fdlIs("");
   serialNumIs("");
   hwErrorIs(false);

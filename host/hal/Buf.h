@@ -70,8 +70,8 @@ class KEX_API Buf final : public BufBase {
   Kex::KexType& fwkType() const override;
   ~Buf() override;
 
-  /// Changes the capacity and keeps what fits of contents and length. Throws a range exception above
-  /// `kMaxSize`.
+  /// Changes the capacity and keeps what fits of contents and length. Throws a range exception
+  /// above `kMaxSize`.
   void sizeIs(Kex::U32 size) { capacityIs(size); }
   /// Where an operation of a request puts its bytes, or takes them from; holds the buffer.
   BufData data() { return BufData(*this); }

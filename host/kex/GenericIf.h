@@ -90,7 +90,9 @@ class KEX_API ConstException : public Exception {
 class KEX_API OpNotSupportedException : public Exception {
  public:
   OpNotSupportedException(String8 attribute, U8 code, bool isCollection)
-      : Exception(std::move(attribute), kOpNotSupported, true), code_(code), isCollection_(isCollection) {}
+      : Exception(std::move(attribute), kOpNotSupported, true),
+        code_(code),
+        isCollection_(isCollection) {}
   ~OpNotSupportedException() override;
   U8 code() const { return code_; }
   bool isCollection() const { return isCollection_; }
@@ -110,7 +112,8 @@ class KEX_API UnknownArgException : public Exception {
 /// An index where none is taken.
 class KEX_API BadIndexAttrException : public Exception {
  public:
-  explicit BadIndexAttrException(String8 attribute) : Exception(std::move(attribute), kBadIndexAttr, true) {}
+  explicit BadIndexAttrException(String8 attribute)
+      : Exception(std::move(attribute), kBadIndexAttr, true) {}
   ~BadIndexAttrException() override;
 };
 

@@ -83,14 +83,17 @@ void traceHelper(TraceHandle const& facility, char const* context, std::ostrings
   }
 }
 
-TraceMessage::TraceMessage(TraceSite const& site)
-    : site_(site), stream_(std::make_unique<std::ostringstream>()) {
+TraceMessage::TraceMessage(TraceHandle const& handle, unsigned level, std::source_location place)
+    : handle_(handle),
+      level_(level),
+      place_(place),
+      stream_(std::make_unique<std::ostringstream>()) {
   stream_->precision(12);
 }
 
 TraceMessage::~TraceMessage() {
-  traceHelper(site_.handle, "<unknown>", *stream_, site_.level, site_.handle.isOn(site_.level),
-              site_.handle.name(), site_.place.line(), site_.place.function_name());
+  traceHelper(handle_, "<unknown>", *stream_, level_, handle_.isOn(level_), handle_.name(),
+              place_.line(), place_.function_name());
 }
 
 std::ostream& TraceMessage::stream() { return *stream_; }

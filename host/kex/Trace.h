@@ -71,7 +71,7 @@ struct TraceSite {
 /// A message while it is built: a stream of precision 12, handed over at the end.
 class KEX_API TraceMessage {
  public:
-  explicit TraceMessage(TraceSite const& site);
+  TraceMessage(TraceHandle const& handle, unsigned level, std::source_location place);
   TraceMessage(TraceMessage const&) = delete;
   TraceMessage& operator=(TraceMessage const&) = delete;
   ~TraceMessage();
@@ -80,7 +80,9 @@ class KEX_API TraceMessage {
   std::ostream& stream();
 
  private:
-  TraceSite const& site_;
+  TraceHandle const& handle_;
+  unsigned level_;
+  std::source_location place_;
   std::unique_ptr<std::ostringstream> stream_;
 };
 
@@ -89,7 +91,8 @@ class KEX_API TraceMessage {
 template <class... Parts>
 inline void trace(TraceSite const& site, Parts const&... parts) {
   if (site.handle.isOn(site.level) || coverageStream_ != nullptr) [[unlikely]] {
-    TraceMessage message(site);
+    // Its parts, not the site: else every site would be written to memory to be handed over.
+    TraceMessage message(site.handle, site.level, site.place);
     (message.stream() << ... << parts);
   }
 }
