@@ -17,6 +17,13 @@ struct Event {
   std::function<void(Slot&)> happen;
 };
 
+Event at(double time, void (*happen)(Slot&)) { return {time, happen}; }
+
+template <class... Events>
+std::vector<Event> events(Events const&... all) {
+  return {all...};
+}
+
 Event supplyAt(double at, Fru const& fru) {
   return {at, [=](Slot& slot) { slot.bus->supplyIs(fru.image()); }};
 }
@@ -61,12 +68,9 @@ TEST(DetectorStates, followOneAnotherInTime) {
       {"a header lost", ".x*", 1.1, "2P0 unreadable 2P1"},
       {"a header cut short", ".1*", 1.1, "2P0 unreadable 2P1"},
       {"a header that is wrong", ".f*", 1.1, "2P0 invalidHeader 2P1"},
-      {"other settings", "*", 0.7, "2P0 2I0.2 C0.2 identified C0.7", {{0, quick}}},
-      {"other settings from the start",
-       "x*",
-       1.2,
-       "P0 absent 2P0.5 2I0.55 C0.55 identified C1.05",
-       {{-0.5, quick}}},
+      {"other settings", "*", 0.7, "2P0 2I0.2 C0.2 identified C0.7", events(at(0, quick))},
+      {"other settings from the start", "x*", 1.2, "P0 absent 2P0.5 2I0.55 C0.55 identified C1.05",
+       events(at(-0.5, quick))},
       {"retries of an identification", "..xxx.xxx*", 1, "2P0 8I0.2 C0.2 identified"},
       {"an identification that hangs", "..hhhh*", 5.3, "2P0 I0.2 I1.2 I2.2 I3.2 unreadable 2P5.2"},
       {"an area header cut short", "..1*", 1.3, "2P0 I0.2 unreadable 2P1.2"},
@@ -81,47 +85,33 @@ TEST(DetectorStates, followOneAnotherInTime) {
        "identified"},
       {"a later check cut short", ".....1*", 2.5,
        "2P0 2I0.2 C0.2 identified C1.2 2P2.2 2I2.4 C2.4 identified"},
-      {"a swap between checks",
-       "*",
-       3.5,
+      {"a swap between checks", "*", 3.5,
        "2P0 2I0.2 C0.2 identified C1.2 C2.2 2P2.2 2I2.4 C2.4 identified C3.4",
-       {supplyAt(1.5, {.serial = "S2"})}},
-      {"a swap of supplies without serial number",
-       "*",
-       3,
+       events(supplyAt(1.5, {.serial = "S2"}))},
+      {"a swap of supplies without serial number", "*", 3,
        "2P0 2I0.2 C0.2 identified C1.2 C2.2 2P2.2 3I2.4 C2.4 identified",
-       {supplyAt(1.5, {.serial = "", .units = 3})},
-       kWithoutSerial},
+       events(supplyAt(1.5, {.serial = "", .units = 3})), kWithoutSerial},
       {"another serial number at the first check", "....f*", 1.5,
        "2P0 2I0.2 C0.2 2P1 2I1.2 C1.2 identified"},
       {"and at the second", "....f....f*", 2.5,
        "2P0 2I0.2 C0.2 2P1 2I1.2 C1.2 unreadable 2P2 2I2.2 C2.2 identified"},
       {"and a check between that fails", "....f....1....f*", 3.5,
        "2P0 2I0.2 C0.2 2P1 2I1.2 C1.2 unreadable 2P2.2 2I2.4 C2.4 2P3.2 2I3.4 C3.4 identified"},
-      {"a supply that was read too early",
-       "*",
-       2,
-       "2P0 2I0.2 C0.2 invalidChecksum 2P1.2 2I1.4 C1.4 identified",
-       {supplyAt(1, {})},
+      {"a supply that was read too early", "*", 2,
+       "2P0 2I0.2 C0.2 invalidChecksum 2P1.2 2I1.4 C1.4 identified", events(supplyAt(1, {})),
        kWrongChecksum},
-      {"the header of another supply",
-       "*",
-       3,
+      {"the header of another supply", "*", 3,
        "2P0 I0.2 C0.2 unsupportedVersion 2P1.2 I1.4 C1.4 unsupportedVersion C2.4 2P2.4 2I2.6 C2.6 "
        "identified",
-       {supplyAt(1.5, {.areaVersion = 3}), supplyAt(2.5, {})},
-       kNewVersion},
-      {"off and on",
-       "*",
-       3.5,
-       "2P0 2I0.2 C0.2 identified 2P2.5 2I2.7 C2.7 identified",
-       {{0.5, off}, {2.5, on}}},
-      {"off and on while a poll hangs", "h.*", 1.1, "P0 2P1", {{0.5, off}, {0.6, on}}},
-      {"off while the supply settles", "..", 5, "2P0", {{0.1, off}}},
-      {"off while an identification hangs", "..h", 5, "2P0 I0.2", {{0.5, off}}},
-      {"off before a check is tried again", "....x", 5, "2P0 2I0.2 C0.2", {{0.3, off}}},
-      {"handed over when off", "*", 0.5, "2P0.4", {{-0.5, off}, {0.4, on}}},
-      {"standing still", "..h*", 2.6, "2P0 I0.2 2P2.5", {{0.5, still}, {2.5, moving}}},
+       events(supplyAt(1.5, {.areaVersion = 3}), supplyAt(2.5, {})), kNewVersion},
+      {"off and on", "*", 3.5, "2P0 2I0.2 C0.2 identified 2P2.5 2I2.7 C2.7 identified",
+       events(at(0.5, off), at(2.5, on))},
+      {"off and on while a poll hangs", "h.*", 1.1, "P0 2P1", events(at(0.5, off), at(0.6, on))},
+      {"off while the supply settles", "..", 5, "2P0", events(at(0.1, off))},
+      {"off while an identification hangs", "..h", 5, "2P0 I0.2", events(at(0.5, off))},
+      {"off before a check is tried again", "....x", 5, "2P0 2I0.2 C0.2", events(at(0.3, off))},
+      {"handed over when off", "*", 0.5, "2P0.4", events(at(-0.5, off), at(0.4, on))},
+      {"standing still", "..h*", 2.6, "2P0 I0.2 2P2.5", events(at(0.5, still), at(2.5, moving))},
   };
   for (auto const& row : rows) {
     EXPECT_EQ(timelineOf(row.script, row.fru, row.until, row.events), row.timeline) << row.what;

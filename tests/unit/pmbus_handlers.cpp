@@ -18,6 +18,13 @@ Lines operator+(Lines lines, Lines const& more) {
   return lines;
 }
 
+Fru units(unsigned units) { return {.units = units}; }
+Fru said(int units) { return {.unitsSaid = units}; }
+Fru serial(std::string const& text) { return {.serial = text}; }
+Fru spoilt() { return {.spoilt = 1}; }
+/// An area that begins in the image's last 8 bytes.
+Fru last(unsigned units) { return {.areaStart = 31, .units = units}; }
+
 /// A run up to the last answer of `script`, and what that answer makes the handler do after it has
 /// told of it.
 struct Row {
@@ -104,7 +111,7 @@ TEST(PmbusIdentify, endsAsTheAnswerSays) {
       {"first failure", "..x", {"failCount=1", "> 58:b0 w0108 r3"}},
       {"third failure", "..xxx", {"failCount=3", "> 58:b0 w0108 r3"}},
       {"fourth failure", "..xxxx", Lines{"failCount=4"} + givenUp, {}, ""},
-      {"a success between", "...xxx.", chunk(14, "w011a r15"), {.units = 4}},
+      {"a success between", "...xxx.", chunk(14, "w011a r15"), units(4)},
       {"failures of a chunk", "..xxx.xxxx", Lines{"failCount=4"} + givenUp, {}, ""},
       {"a short header",
        "..1",
@@ -114,39 +121,35 @@ TEST(PmbusIdentify, endsAsTheAnswerSays) {
        Lines{"3 PowerSupplySlot S: unsupported product info version A"} + useless("no hwError"),
        {.areaVersion = 'A'}},
       {"a header of 2 bytes", "..2", area(16, 14, "w010a r15")},
-      {"1 unit", "...", area(8, 6, "w010a r7"), {.unitsSaid = 1}},
-      {"31 units", "...", area(248, 246, "w010a r17"), {.units = 31}},
-      {"33 units are 1", "...", area(8, 6, "w010a r7"), {.unitsSaid = 33}},
-      {"40 units are 8", "...", area(64, 62, "w010a r17"), {.unitsSaid = 40}},
-      {"0 units", "...", noArea, {.unitsSaid = 0}},
-      {"32 units are 0", "...", noArea, {.unitsSaid = 32}},
-      {"a wrap after the header", "...", area(32, 30, "w01fa r17"), {.areaStart = 31, .units = 4}},
-      {"a wrap after a chunk", "....", chunk(14, "w010a r15"), {.areaStart = 31, .units = 4}},
-      {"the largest area", "................", chunk(38, "w01da r17"), {.units = 31}},
+      {"1 unit", "...", area(8, 6, "w010a r7"), said(1)},
+      {"31 units", "...", area(248, 246, "w010a r17"), units(31)},
+      {"33 units are 1", "...", area(8, 6, "w010a r7"), said(33)},
+      {"40 units are 8", "...", area(64, 62, "w010a r17"), said(40)},
+      {"0 units", "...", noArea, said(0)},
+      {"32 units are 0", "...", noArea, said(32)},
+      {"a wrap after the header", "...", area(32, 30, "w01fa r17"), last(4)},
+      {"a wrap after a chunk", "....", chunk(14, "w010a r15"), last(4)},
+      {"the largest area", "................", chunk(38, "w01da r17"), units(31)},
       {"a short chunk", "...5", chunk(9, "w010f r10")},
-      {"a chunk with more bytes", "...L", chunk(14, "w011a r15"), {.units = 4}},
+      {"a chunk with more bytes", "...L", chunk(14, "w011a r15"), units(4)},
       {"an empty chunk", "...0", chunk(14, "w010a r15")},
       {"a third empty chunk", "...000", chunk(14, "w010a r15")},
       {"a fourth empty chunk", "...0000", givenUp, {}, ""},
       {"empty chunks and failures", "...00xxx0x0", givenUp, {}, ""},
       {"progress between empty chunks", "...0001000", chunk(13, "w010b r14")},
-      {"a wrong checksum", "....", badArea, {.spoilt = 1}},
+      {"a wrong checksum", "....", badArea, spoilt()},
       {"a supply", "....", read("S1", "w0111 r3")},
       // The area goes on in the common header: its bytes 8 and 9 are a serial number of one NUL.
       {"the serial number's address wraps",
        "....",
        read(std::string(1, '\0'), "w0101 r2"),
        {.areaStart = 31, .units = 2, .language = '\xAC'}},
-      {"a serial number of 16 bytes", ".....", read(serial16, "w0111 r17"), {.serial = serial16}},
-      {"a serial number of 17 bytes",
-       ".....",
-       read(serial16 + "Q", "w0111 r17"),
-       {.serial = serial16 + "Q"}},
-      {"a serial number of 20 bytes",
-       ".....",
-       read(serial16 + "QRST", "w0111 r17"),
-       {.serial = serial16 + "QRST"}},
-      {"no serial number", "....", read("", "w0108 r3"), {.serial = ""}},
+      {"a serial number of 16 bytes", ".....", read(serial16, "w0111 r17"), serial(serial16)},
+      {"a serial number of 17 bytes", ".....", read(serial16 + "Q", "w0111 r17"),
+       serial(serial16 + "Q")},
+      {"a serial number of 20 bytes", ".....", read(serial16 + "QRST", "w0111 r17"),
+       serial(serial16 + "QRST")},
+      {"no serial number", "....", read("", "w0108 r3"), serial("")},
   };
   expectRows("IdentifySupply", rows, 0.2);
 }
@@ -174,15 +177,15 @@ TEST(PmbusCheck, endsAsTheAnswerSays) {
       {"a long serial number",
        "......",
        {"serialNum='" + serial20 + "'", "= identified", "wait 1"},
-       {.serial = serial20}},
+       serial(serial20)},
       {"another long serial number",
        ".....f",
        {"serialNum='ACCDEFGHIJKLMNOPQRST'", "wait 0.8"},
-       {.serial = serial20}},
-      {"the header", ".....", {"serialNum=''", "= identified", "wait 1"}, {.serial = ""}},
-      {"a short header", "....1", isShort("1 < 2"), {.serial = ""}},
-      {"another header", "....f", {"serialNum=''", "wait 0.8"}, {.serial = ""}},
-      {"a wrong checksum", ".....", {"serialNum=''", "= invalidChecksum", "wait 1"}, {.spoilt = 1}},
+       serial(serial20)},
+      {"the header", ".....", {"serialNum=''", "= identified", "wait 1"}, serial("")},
+      {"a short header", "....1", isShort("1 < 2"), serial("")},
+      {"another header", "....f", {"serialNum=''", "wait 0.8"}, serial("")},
+      {"a wrong checksum", ".....", {"serialNum=''", "= invalidChecksum", "wait 1"}, spoilt()},
   };
   expectRows("CheckSupply", rows, 0.95);
 }

@@ -1,0 +1,79 @@
+// An i2c adapter that umockdev stands in for, with a simulated supply on it.
+#pragma once
+
+#include <linux/i2c-dev.h>
+#include <linux/i2c.h>
+#include <umockdev.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "agent/transport/SimulatedSupply.h"
+
+namespace linuxTest {
+
+struct Unref {
+  void operator()(void* object) const { g_object_unref(object); }
+};
+template <class T>
+using Owned = std::unique_ptr<T, Unref>;
+
+inline constexpr unsigned long kSmbusBlocks =
+    I2C_FUNC_SMBUS_READ_BLOCK_DATA | I2C_FUNC_SMBUS_BLOCK_PROC_CALL;
+
+/// How an adapter behaves; the numbers are errno values, 0 for none.
+struct Behaviour {
+  unsigned long functions = kSmbusBlocks;
+  int slaveError = 0;
+  int transferError = 0;
+  /// The count byte of replies, in place of the true one.
+  std::optional<Kex::U8> count{};
+  /// How many of two messages are carried out.
+  int messages = 2;
+  /// Keeps transfers until `release`.
+  bool hangs = false;
+};
+
+/// `/dev/i2c-N` of a test bed.
+class FakeAdapter {
+ public:
+  FakeAdapter(UMockdevTestbed* bed, unsigned number, Behaviour const& behaviour);
+  FakeAdapter(FakeAdapter const&) = delete;
+  FakeAdapter& operator=(FakeAdapter const&) = delete;
+  ~FakeAdapter();
+
+  void behaviourIs(Behaviour const& behaviour);
+  /// Takes the device file away, or brings it back.
+  void isPluggedInIs(bool isPluggedIn);
+  /// The transfers so far: "smbus read 99", "smbus call B0 0158", "58<B00158 58>17".
+  std::vector<std::string> transfers();
+  /// Waits until a transfer hangs.
+  void awaitHang();
+  /// Fails the transfer that hangs as one that timed out.
+  void release();
+
+ private:
+  static gboolean handleIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, FakeAdapter* self);
+  void serve(UMockdevIoctlClient* client);
+  /// What the supply answers, as the adapter delivers it.
+  std::optional<Smbus::Block> answer(Smbus::Transaction const& transaction) const;
+  /// Each returns the ioctl's result, below 0 for an errno value.
+  int transferSmbus(UMockdevIoctlData* argument);
+  int transferMessages(UMockdevIoctlData* argument);
+
+  UMockdevTestbed* bed_;
+  std::string node_;
+  Owned<UMockdevIoctlBase> handler_;
+  // umockdev calls from a thread of its own.
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  Behaviour behaviour_;
+  std::vector<std::string> transfers_;
+  UMockdevIoctlClient* hanging_ = nullptr;
+};
+
+}  // namespace linuxTest

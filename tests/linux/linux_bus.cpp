@@ -1,0 +1,291 @@
+// The Linux bus: both ways, every error, a hang, an adapter that goes and returns, many buses.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <deque>
+
+#include "agent/CommandLine.h"
+#include "agent/Error.h"
+#include "agent/transport/LinuxAdapter.h"
+#include "agent/transport/LinuxTransport.h"
+#include "tests/linux/FakeAdapter.h"
+#include "tests/unit/agent_transport.h"
+
+namespace {
+
+using Agent::LinuxTransport;
+using agentTest::Answers;
+using agentTest::fruRead;
+using agentTest::mfrIdRead;
+using linuxTest::Behaviour;
+using linuxTest::FakeAdapter;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr unsigned long kEachWay[] = {linuxTest::kSmbusBlocks | I2C_FUNC_I2C, I2C_FUNC_I2C};
+
+/// Stands for the run loop: posted work waits until it is run.
+class Posted {
+ public:
+  Agent::Post post() {
+    return [this](std::function<void()> work) {
+      std::scoped_lock const lock(mutex_);
+      work_.push_back(std::move(work));
+      changed_.notify_one();
+    };
+  }
+  /// Waits for the next piece of work and runs it.
+  void run() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return !work_.empty(); });
+    auto const work = std::move(work_.front());
+    work_.pop_front();
+    lock.unlock();
+    work();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<std::function<void()>> work_;
+};
+
+class LinuxBus : public testing::Test {
+ protected:
+  FakeAdapter& adapter(Behaviour const& behaviour = {}) {
+    return *adapters_.emplace_back(std::make_unique<FakeAdapter>(
+        bed_.get(), static_cast<unsigned>(adapters_.size()) + 7, behaviour));
+  }
+  /// What bus 7 answers.
+  std::string answer(Smbus::Transaction const& transaction) {
+    LinuxTransport transport(7, posted_.post());
+    transport.start(transaction, 1, answers_);
+    posted_.run();
+    return answers_.texts.back();
+  }
+
+  linuxTest::Owned<UMockdevTestbed> bed_{umockdev_testbed_new()};
+  std::vector<std::unique_ptr<FakeAdapter>> adapters_;
+  Posted posted_;
+  Answers answers_;
+};
+
+TEST_F(LinuxBus, AsksForTheSameInBothWays) {
+  // 0x07 "EMERSON"; 16 bytes of the image from 4 on, which are followed by 0xFF.
+  std::string const mfrId = "1 07454D4552534F4E";
+  std::string const fru = "1 1005060708090A0B0C0D0E0F10FFFFFFFF";
+  Smbus::Transaction cut = fruRead(4);
+  cut.readLength = 5;
+  FakeAdapter& fake = adapter();
+  for (unsigned long const functions : kEachWay) {
+    fake.behaviourIs({.functions = functions});
+    EXPECT_EQ(answer(mfrIdRead()), mfrId);
+    EXPECT_EQ(answer(fruRead(4)), fru);
+    EXPECT_EQ(answer(cut), "1 1005060708");
+  }
+  EXPECT_THAT(fake.transfers(),
+              ElementsAre("smbus read 99 ", "smbus call 7 B0 0104", "smbus call 7 B0 0104",
+                          "58<99 58>33", "58<B00104 58>17", "58<B00104 58>5"));
+}
+
+TEST_F(LinuxBus, KeepsErrorsApart) {
+  struct Row {
+    Behaviour behaviour;
+    std::string text;
+  };
+  Row const rows[] = {
+      {{.slaveError = EBUSY}, "the address is held by a kernel driver (EBUSY)"},
+      {{.slaveError = EINVAL}, "Invalid argument (EINVAL)"},
+      {{.transferError = ENXIO}, "no acknowledge (ENXIO)"},
+      {{.transferError = EREMOTEIO}, "no acknowledge (EREMOTEIO)"},
+      {{.transferError = ETIMEDOUT}, "timeout (ETIMEDOUT)"},
+      {{.transferError = EAGAIN}, "arbitration lost (EAGAIN)"},
+      {{.transferError = EBUSY}, "the bus is busy (EBUSY)"},
+      {{.transferError = EPROTO}, "bad count byte (EPROTO)"},
+      {{.transferError = EBADMSG}, "wrong packet error code (EBADMSG)"},
+      {{.transferError = EOPNOTSUPP}, "unsupported by the adapter (EOPNOTSUPP)"},
+      {{.transferError = ESHUTDOWN}, "the adapter is suspended (ESHUTDOWN)"},
+      {{.transferError = EIO}, "Input/output error (EIO)"},
+      {{.count = 33}, "bad count byte: 33, where 32 is the most"},
+      {{.count = 255}, "bad count byte: 255, where 32 is the most"},
+  };
+  FakeAdapter& fake = adapter();
+  for (unsigned long const functions : kEachWay) {
+    for (auto [behaviour, text] : rows) {
+      behaviour.functions = functions;
+      fake.behaviourIs(behaviour);
+      EXPECT_EQ(answer(mfrIdRead()), "1 i2c-7, device 0x58: " + text);
+    }
+  }
+  fake.behaviourIs({.functions = I2C_FUNC_I2C, .messages = 1});
+  EXPECT_EQ(answer(mfrIdRead()), "1 i2c-7, device 0x58: the adapter carried out 1 of 2 messages");
+  fake.behaviourIs({.count = 0});
+  EXPECT_EQ(answer(mfrIdRead()), "1 00");
+}
+
+TEST_F(LinuxBus, RefusesAdaptersThatCannotServe) {
+  adapter({.functions = I2C_FUNC_SMBUS_READ_BLOCK_DATA | I2C_FUNC_SMBUS_EMUL});
+  adapter({.functions = 0});
+  auto const refusal = [this](unsigned number) {
+    try {
+      LinuxTransport const transport(number, posted_.post());
+    } catch (Agent::Failure const& failure) {
+      return std::string(failure.what());
+    }
+    return std::string();
+  };
+  std::string const lacks = ": the adapter cannot serve: it lacks ";
+  EXPECT_EQ(refusal(7), "i2c-7" + lacks + "SMBus block process call, plain I2C");
+  EXPECT_EQ(refusal(8), "i2c-8" + lacks + "SMBus block read, SMBus block process call, plain I2C");
+  EXPECT_EQ(refusal(9), "i2c-9: cannot open /dev/i2c-9: No such file or directory");
+}
+
+TEST_F(LinuxBus, AHangDelaysNobodyElse) {
+  FakeAdapter& hung = adapter({.hangs = true});
+  adapter();
+  LinuxTransport transport(7, posted_.post());
+  transport.start(mfrIdRead(), 1, answers_);
+  hung.awaitHang();
+  Answers others;
+  LinuxTransport other(8, posted_.post());
+  other.start(mfrIdRead(), 1, others);
+  posted_.run();
+  EXPECT_EQ(others.texts.size(), 1U);
+
+  // The second one waits for the first, which the kernel keeps, and is never sent.
+  agentTest::pass(1);
+  transport.start(fruRead(0), 2, answers_);
+  agentTest::pass(1);
+  std::string const device = "i2c-7, device 0x58: the kernel did not ";
+  std::string const timeout = " within the bus timeout of 1000 ms";
+  EXPECT_THAT(
+      answers_.texts,
+      ElementsAre("1 " + device + "return" + timeout,
+                  "2 " + device + "give the bus back from an earlier transaction" + timeout));
+
+  // Once the kernel returns the bus goes on, and the late answer is nobody's.
+  transport.start(fruRead(4), 3, answers_);
+  hung.behaviourIs({});
+  hung.release();
+  posted_.run();
+  posted_.run();
+  EXPECT_EQ(answers_.texts.size(), 3U);
+  EXPECT_EQ(answers_.texts.back().substr(0, 8), "3 100506");
+  EXPECT_THAT(hung.transfers(), ElementsAre("smbus read 99 ", "smbus call 7 B0 0104"));
+}
+
+TEST_F(LinuxBus, EndsWhileTheKernelKeepsATransaction) {
+  FakeAdapter& hung = adapter({.hangs = true});
+  {
+    LinuxTransport transport(7, posted_.post());
+    transport.start(mfrIdRead(), 1, answers_);
+    hung.awaitHang();
+  }
+  hung.release();
+  hung.behaviourIs({});
+  EXPECT_EQ(answer(mfrIdRead()), "1 07454D4552534F4E");
+  EXPECT_EQ(answers_.texts.size(), 1U);
+}
+
+TEST_F(LinuxBus, AnswersPostedBeforeTheEndAreDropped) {
+  adapter();
+  {
+    LinuxTransport transport(7, posted_.post());
+    transport.start(mfrIdRead(), 1, answers_);
+    LinuxTransport other(7, posted_.post());
+    other.start(mfrIdRead(), 2, answers_);
+    posted_.run();
+    posted_.run();
+    transport.start(mfrIdRead(), 3, answers_);
+    other.start(mfrIdRead(), 4, answers_);
+    posted_.run();
+  }
+  EXPECT_EQ(answers_.texts.size(), 3U);
+}
+
+TEST_F(LinuxBus, AnAdapterThatReturnsIsFoundAgain) {
+  FakeAdapter& fake = adapter();
+  LinuxTransport transport(7, posted_.post());
+  auto const ask = [&](Kex::U64 ticket) {
+    transport.start(mfrIdRead(), ticket, answers_);
+    posted_.run();
+    return answers_.texts.back();
+  };
+  std::unique_ptr<gchar, decltype(&g_free)> const root(umockdev_testbed_get_root_dir(bed_.get()),
+                                                       &g_free);
+  std::string const node = root.get() + std::string("/dev/i2c-7");
+  std::string const away = node + "-away";
+  EXPECT_EQ(ask(1), "1 07454D4552534F4E");
+  // The adapter is unplugged under the open file, then its node is gone as well.
+  fake.behaviourIs({.transferError = ENODEV});
+  EXPECT_THAT(ask(2), HasSubstr("the adapter has gone (ENODEV)"));
+  ASSERT_EQ(std::rename(node.c_str(), away.c_str()), 0);
+  EXPECT_EQ(ask(3), "3 i2c-7: cannot open /dev/i2c-7: No such file or directory");
+  ASSERT_EQ(std::rename(away.c_str(), node.c_str()), 0);
+  fake.behaviourIs({.functions = I2C_FUNC_I2C});
+  EXPECT_EQ(ask(4), "4 07454D4552534F4E");
+}
+
+TEST_F(LinuxBus, SixteenBusesAtOnce) {
+  constexpr std::size_t kBuses = 16;
+  std::array<Answers, kBuses> answers;
+  std::vector<std::unique_ptr<LinuxTransport>> transports;
+  for (unsigned i = 0; i < kBuses; ++i) {
+    adapter({.functions = kEachWay[i % 2]});
+    transports.push_back(std::make_unique<LinuxTransport>(i + 7, posted_.post()));
+  }
+  for (Kex::U8 round = 1; round <= 10; ++round) {
+    for (std::size_t i = 0; i < kBuses; ++i) {
+      transports[i]->start(fruRead(round), round, answers[i]);
+    }
+    for (std::size_t i = 0; i < kBuses; ++i) {
+      posted_.run();
+    }
+  }
+  for (Answers const& each : answers) {
+    ASSERT_EQ(each.texts.size(), 10U);
+    EXPECT_EQ(each.texts.back().substr(0, 9), "10 100B0C");
+  }
+}
+
+TEST_F(LinuxBus, AnIndependentProgramSeesTheSameSupply) {
+  adapter({.functions = linuxTest::kSmbusBlocks});
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> const program(
+      popen("LD_PRELOAD=libumockdev-preload.so.0 i2cget -y 7 0x58 0x99 s", "re"), &pclose);
+  std::array<char, 200> line{};
+  ASSERT_NE(std::fgets(line.data(), line.size(), program.get()), nullptr);
+  EXPECT_STREQ(line.data(), "0x45 0x4d 0x45 0x52 0x53 0x4f 0x4e\n");
+}
+
+TEST_F(LinuxBus, TheDoctorTellsWhatCanBeDone) {
+  FakeAdapter& fake = adapter();
+  auto const doctor = [](char const* source) {
+    char const* const arguments[] = {"psu-agent", "doctor", source};
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    auto const status = static_cast<int>(Agent::runCommandLine(3, arguments));
+    return std::to_string(status) + " " + testing::internal::GetCapturedStdout() +
+           testing::internal::GetCapturedStderr();
+  };
+  EXPECT_EQ(doctor("i2c:/dev/i2c-7"),
+            "0 i2c-7: \"fake i2c-7\"; functions 0x01008000, of use: SMBus block read, SMBus block "
+            "process call; way: SMBus block calls; address 0x58: free; recognition can work\n");
+  fake.behaviourIs({.slaveError = EBUSY});
+  EXPECT_THAT(doctor("i2c:7"), HasSubstr("4 i2c-7: "));
+  fake.behaviourIs({.functions = I2C_FUNC_SMBUS_READ_BLOCK_DATA});
+  EXPECT_EQ(
+      doctor("i2c:7"),
+      "4 i2c-7: \"fake i2c-7\"; functions 0x01000000, of use: SMBus block read; way: none, it "
+      "lacks SMBus block process call, plain I2C; address 0x58: free; recognition cannot "
+      "work\n");
+  EXPECT_EQ(doctor("i2c:9"),
+            "1 psu-agent: i2c-9: cannot open /dev/i2c-9: No such file or directory\n");
+  for (char const* const wrong : {"7", "i2c:", "i2c:-1", "i2c:07", "i2c:7 ", "i2c:1048576",
+                                  "i2c:/dev/i2c-", "i2c:/dev/7", "i2c:99999999999999999999"}) {
+    EXPECT_EQ(doctor(wrong).substr(0, 2), "2 ") << wrong;
+  }
+}
+
+}  // namespace

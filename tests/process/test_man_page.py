@@ -1,0 +1,75 @@
+# The man page and the completion know the commands and options that --help knows, no more, no less.
+import os
+import pathlib
+import re
+import subprocess
+import unittest
+
+SOURCE = pathlib.Path(os.environ["PSU_SOURCE_DIR"])
+AGENT = os.environ["PSU_AGENT"]
+COMPLETE = """
+source "$1"; shift
+COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1))
+_psu_agent "$1" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+printf '%s\\n' "${COMPREPLY[@]}"
+"""
+
+
+def run(*arguments, cwd=None):
+    return subprocess.run(arguments, capture_output=True, check=True, text=True, cwd=cwd).stdout
+
+
+def helped(*command):
+    """The options and the commands of a --help text."""
+    text = run(AGENT, *command, "--help")
+    commands = text.partition("\nSubcommands:\n")[2]
+    return (set(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", text, re.M)),
+            set(re.findall(r"^  ([a-z-]+) ", commands, re.M)))
+
+
+def paged():
+    """The options of each section and subsection of the man page that has any."""
+    text = (SOURCE / "docs" / "psu-agent.1").read_text(encoding="utf-8")
+    sections = re.split(r"^\.S[hs] (.*)$", text, flags=re.M)[1:]
+    return {title: {f"--{name}" for name in re.findall(r"^\.It (?:Fl h , )?Fl -([a-z-]+)", body, re.M)}
+            for title, body in zip(sections[::2], sections[1::2])}
+
+
+def completed(*words, cwd=None):
+    script = SOURCE / "packaging" / "completion" / "psu-agent.bash"
+    return set(run("bash", "-c", COMPLETE, "bash", script, AGENT, *words, cwd=cwd).split())
+
+
+class ManPage(unittest.TestCase):
+    def test_has_the_commands_and_options_of_help(self):
+        sections = paged()
+        options, commands = helped()
+        self.assertEqual(sections["OPTIONS"], options)
+        self.assertGreaterEqual(len(commands), 6)
+        for command in commands:
+            with self.subTest(command):
+                self.assertEqual(sections[command] | {"--help"}, helped(command)[0])
+        titles = list(sections)
+        documented = titles[titles.index("COMMANDS") + 1:titles.index("OPTIONS")]
+        self.assertEqual(set(documented), commands)
+
+
+class Completion(unittest.TestCase):
+    def test_offers(self):
+        options, commands = helped()
+        for words, offered in (
+                ([""], commands),
+                (["mon"], {"monitor"}),
+                (["--lib"], {"--library"}),
+                (["identify", "--"], options | helped("identify")[0]),
+                (["identify", "--json", "ds290"], {"ds2900.fru"}),
+                (["identify", "--mfr-id", "ds290"], set()),
+                (["identify", "--record", "ds290"], {"ds2900.fru"}),
+                (["monitor", "--publish", "fau"], {"faulty"}),
+                (["monitor", "--slot", "A", "=", "ds290"], {"ds2900.fru"})):
+            with self.subTest(words):
+                self.assertEqual(completed(*words, cwd=os.environ["PSU_SAMPLES"]), offered)
+
+
+if __name__ == "__main__":
+    unittest.main()
