@@ -7,10 +7,14 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# The program finds its libraries beside it as built, and in the library folder as installed.
+# The program finds its libraries and the plug-in beside it as built, and in their folders as
+# installed.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(plugin_folder psu-agent/plugins)
+set(EPS_PLUGIN_DIR "${CMAKE_INSTALL_LIBDIR}/${plugin_folder}")
 file(RELATIVE_PATH EPS_LIBDIR_FROM_BINDIR "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set(EPS_PLUGINDIR_FROM_BINDIR "${EPS_LIBDIR_FROM_BINDIR}/${plugin_folder}")
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${EPS_LIBDIR_FROM_BINDIR}")
 

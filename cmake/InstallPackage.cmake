@@ -2,18 +2,35 @@
 include(CMakePackageConfigHelpers)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/EmersonPowerSupply")
 
+# The plug-in finds the host library two folders up, also in a host that did not load it before.
+set_target_properties(EmersonPowerSupply PROPERTIES INSTALL_RPATH "$ORIGIN;$ORIGIN/../..")
+install(TARGETS EmersonPowerSupply LIBRARY DESTINATION "${EPS_PLUGIN_DIR}")
 install(TARGETS powersupplyhost EXPORT EmersonPowerSupply
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
         INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/powersupplyhost")
-install(TARGETS EmersonPowerSupply LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(TARGETS psu-agent RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/host"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/powersupplyhost"
         FILES_MATCHING PATTERN "*.h")
 
-install(EXPORT EmersonPowerSupply NAMESPACE EmersonPowerSupply::
-        FILE EmersonPowerSupplyConfig.cmake DESTINATION "${package_dir}")
+# psu-agent, its man page, its completion, and its service with the settings.
+install(TARGETS psu-agent RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(FILES docs/psu-agent.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES packaging/completion/psu-agent.bash RENAME psu-agent
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+configure_file(packaging/psu-agent.service.in psu-agent.service @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/psu-agent.service" DESTINATION lib/systemd/system)
+install(FILES packaging/psu-agent.env RENAME psu-agent
+        DESTINATION "${CMAKE_INSTALL_SYSCONFDIR}/default")
+
+set(plugin_file
+    "${CMAKE_SHARED_LIBRARY_PREFIX}EmersonPowerSupply${CMAKE_SHARED_LIBRARY_SUFFIX}")
+configure_package_config_file(cmake/package/EmersonPowerSupplyConfig.cmake.in
+                              EmersonPowerSupplyConfig.cmake
+                              INSTALL_DESTINATION "${package_dir}" PATH_VARS EPS_PLUGIN_DIR)
 write_basic_package_version_file(EmersonPowerSupplyConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/EmersonPowerSupplyConfigVersion.cmake"
+install(EXPORT EmersonPowerSupply NAMESPACE EmersonPowerSupply::
+        FILE EmersonPowerSupplyTargets.cmake DESTINATION "${package_dir}")
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/EmersonPowerSupplyConfig.cmake"
+              "${CMAKE_CURRENT_BINARY_DIR}/EmersonPowerSupplyConfigVersion.cmake"
         DESTINATION "${package_dir}")

@@ -1,0 +1,168 @@
+// The same work without the framework, as straight as it can be written.
+#include "bench/ByHand.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <numeric>
+#include <span>
+#include <string_view>
+
+#include "ipmi/Trim.h"
+#include "ipmi/families/DS1100.h"
+#include "ipmi/families/DS1600.h"
+#include "ipmi/families/DS2700.h"
+#include "ipmi/families/DS2900.h"
+#include "ipmi/families/DS3000.h"
+#include "ipmi/families/DS460.h"
+#include "ipmi/families/DS500.h"
+#include "ipmi/families/DS750.h"
+#include "ipmi/families/Emerson760.h"
+
+namespace ByHand {
+
+namespace {
+
+using namespace Emerson::IpmiIdentifier;
+using Kex::U8;
+
+constexpr std::span<Model const> kFamilies[] = {kDs3000Models,     kDs2700Models, kDs2900Models,
+                                                kEmerson760Models, kDs460Models,  kDs500Models,
+                                                kDs750Models,      kDs1100Models, kDs1600Models};
+
+constexpr std::size_t kMfrIdLength = 7;
+constexpr std::size_t kHeaderLength = 8;
+constexpr std::size_t kAreaHeaderLength = 2;
+constexpr std::size_t kChunk = 16;
+constexpr std::size_t kLongestArea = 255;
+constexpr std::size_t kLongestFdl = 4096;
+
+bool accepts(Model const& model, std::string_view key, std::string_view accepted) {
+  return !accepted.empty() &&
+         (model.family->rule == MatchRule::prefix ? key.starts_with(accepted) : key == accepted);
+}
+
+bool knows(Model const& model, Fields const& fields) {
+  std::string_view key =
+      model.family->keyField == KeyField::partNumber ? fields.partNumber : fields.productName;
+  if (model.family->rule == MatchRule::trimmedEquality) {
+    key = trimmed(key);
+  }
+  return accepts(model, key, model.keys[0]) || accepts(model, key, model.keys[1]);
+}
+
+/// One transaction: `length` bytes of what the supply answers go to `target`.
+bool read(Agent::SimulatedSupply const& supply, Smbus::Transaction const& transaction, U8* target,
+          std::size_t length) {
+  Smbus::Reply const reply = supply.answer(transaction);
+  if (!reply.isOk || reply.read.bytes[0] < length) {
+    return false;
+  }
+  std::memcpy(target, reply.read.bytes.data() + 1, length);
+  return true;
+}
+
+bool readMfrId(Agent::SimulatedSupply const& supply, std::array<U8, kMfrIdLength>& mfrId) {
+  Smbus::VornAddress const address(0x9958);
+  return read(supply, {.address = address, .write = {}, .readLength = kMfrIdLength + 1},
+              mfrId.data(), kMfrIdLength);
+}
+
+bool readFru(Agent::SimulatedSupply const& supply, std::size_t offset, U8* target,
+             std::size_t length) {
+  Smbus::Transaction transaction{.address = Smbus::VornAddress(0xB058),
+                                 .write = {},
+                                 .readLength = static_cast<U8>(length + 1)};
+  transaction.write.bytes[0] = 1;
+  transaction.write.bytes[1] = static_cast<U8>(offset);
+  transaction.write.length = 2;
+  return read(supply, transaction, target, length);
+}
+
+bool isZeroSum(std::span<U8 const> bytes) {
+  return std::accumulate(bytes.begin(), bytes.end(), 0U) % 256 == 0;
+}
+
+/// Takes the field at `at`, of 8-bit text, and goes on to the next.
+std::string_view nextField(std::span<U8 const> area, std::size_t& at) {
+  if (at >= area.size() || area[at] == 0xC1) {
+    return {};
+  }
+  std::size_t const length = area[at] & 0x3FU;
+  if (length > area.size() - at - 1) {
+    at = area.size();
+    return {};
+  }
+  std::string_view const text(reinterpret_cast<char const*>(area.data()) + at + 1, length);
+  at += 1 + length;
+  return text;
+}
+
+}  // namespace
+
+int fill(Fields const& fields, char* text, std::size_t size) {
+  return std::snprintf(text, size, ds2900FdlTemplate, fields.manufacturerName.c_str(),
+                       fields.productVersion.c_str(), fields.serialNumber.c_str());
+}
+
+bool walk(Fields const& fields, Outputs& outputs) {
+  Output* output = outputs.data();
+  for (auto const& family : kFamilies) {
+    for (Model const& model : family) {
+      if (knows(model, fields)) {
+        return true;
+      }
+      output->managed = false;
+      output->fdl.clear();
+      ++output;
+    }
+  }
+  return false;
+}
+
+bool recognise(Agent::SimulatedSupply const& supply, Description& description) {
+  std::array<U8, kMfrIdLength> mfrId;
+  std::array<U8, kHeaderLength> header;
+  if (!readMfrId(supply, mfrId) || !readFru(supply, 0, header.data(), header.size())) {
+    return false;
+  }
+  description.mfrId.assign(mfrId.begin(), mfrId.end());
+  if ((description.mfrId != "EMERSON" && description.mfrId != "ARTESYN") || !isZeroSum(header) ||
+      (header[0] & 0x0F) != 1 || header[4] == 0) {
+    return false;
+  }
+  std::size_t const start = header[4] * 8U;
+  std::array<U8, kLongestArea> bytes;
+  if (!readFru(supply, start, bytes.data(), kAreaHeaderLength) || bytes[0] != 1) {
+    return false;
+  }
+  std::size_t const length = std::min<std::size_t>(bytes[1] * 8U, kLongestArea);
+  for (std::size_t at = kAreaHeaderLength; at < length; at += kChunk) {
+    if (!readFru(supply, start + at, bytes.data() + at, std::min(kChunk, length - at))) {
+      return false;
+    }
+  }
+  std::span<U8 const> const area = std::span(bytes).first(length);
+  if (!isZeroSum(area)) {
+    return false;
+  }
+  Fields& fields = description.fields;
+  std::size_t at = 3;
+  fields.manufacturerName = nextField(area, at);
+  fields.productName = nextField(area, at);
+  fields.partNumber = nextField(area, at);
+  fields.productVersion = nextField(area, at);
+  fields.serialNumber = nextField(area, at);
+  Outputs outputs;
+  if (!walk(fields, outputs)) {
+    return false;
+  }
+  char text[kLongestFdl];
+  description.fdl.assign(text, static_cast<std::size_t>(fill(fields, text, sizeof text)));
+  std::size_t const serialLength = fields.serialNumber.size();
+  std::array<U8, kChunk> serial;
+  return readFru(supply, start + at - serialLength, serial.data(), serialLength) &&
+         std::memcmp(serial.data(), fields.serialNumber.data(), serialLength) == 0;
+}
+
+}  // namespace ByHand
