@@ -15,7 +15,15 @@ namespace {
 /// Longest single wait in seconds; keeps far times within the range of the steady clock.
 constexpr double kLongestWait = 3600;
 
+using Seconds = std::chrono::duration<double>;
+using std::chrono::steady_clock;
+
 Kex::Clock& processClock() { return *Kex::activityManager().config().clock(); }
+
+/// Brings the clock of a live loop that began at `start` up to the present.
+void stepClock(steady_clock::time_point start) {
+  processClock().timeIs(Seconds(steady_clock::now() - start).count());
+}
 
 }  // namespace
 
@@ -44,13 +52,18 @@ void Loop::run(double until, std::function<bool()> const& isDone) {
 double Loop::now() const { return processClock().time(); }
 
 Post Loop::post() const {
-  return
-      [context = context_](std::function<void()> work) { asio::post(*context, std::move(work)); };
+  return [context = context_, kind = kind_, start = start_](std::function<void()> work) {
+    asio::post(*context, [kind, start, work = std::move(work)] {
+      // What other threads report has happened now, not when the loop began to wait.
+      if (kind == ClockKind::steadyClock) {
+        stepClock(start);
+      }
+      work();
+    });
+  };
 }
 
 void Loop::waitUntil(double time) {
-  using Seconds = std::chrono::duration<double>;
-  using std::chrono::steady_clock;
   if (kind_ == ClockKind::virtualClock) {
     context_->poll();
     Kex::activityManager().runUntil(time);
@@ -59,7 +72,7 @@ void Loop::waitUntil(double time) {
   Seconds const wait(std::min(time - now(), kLongestWait));
   context_->run_one_until(
       start_ + std::chrono::duration_cast<steady_clock::duration>(Seconds(now()) + wait));
-  processClock().timeIs(Seconds(steady_clock::now() - start_).count());
+  stepClock(start_);
   Kex::activityManager().runPending();
 }
 

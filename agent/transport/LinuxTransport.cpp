@@ -69,6 +69,18 @@ class LinuxTransport::Mailbox : public std::enable_shared_from_this<Mailbox> {
   Post post_;
 };
 
+namespace {
+
+Smbus::Reply replyTo(unsigned number, Smbus::Transaction const& transaction) {
+  try {
+    return LinuxAdapter(number).transfer(transaction);
+  } catch (Failure const& failure) {
+    return Smbus::Reply::failed(failure.what());
+  }
+}
+
+}  // namespace
+
 LinuxTransport::LinuxTransport(unsigned number, Post post)
     : number_(number),
       mailbox_(std::make_shared<Mailbox>(this, std::move(post))),
@@ -80,14 +92,12 @@ LinuxTransport::LinuxTransport(unsigned number, Post post)
 LinuxTransport::~LinuxTransport() { mailbox_->close(); }
 
 void LinuxTransport::work(unsigned number, Mailbox& mailbox) {
-  while (auto const job = mailbox.nextJob()) {
-    Smbus::Reply reply;
-    try {
-      reply = LinuxAdapter(number).transfer(job->transaction);
-    } catch (Failure const& failure) {
-      reply = Smbus::Reply::failed(failure.what());
+  for (;;) {
+    auto const job = mailbox.nextJob();
+    if (!job) {
+      return;
     }
-    mailbox.replyIs(job->ticket, std::move(reply));
+    mailbox.replyIs(job->ticket, replyTo(number, job->transaction));
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ctime>
 #include <exception>
+#include <iterator>
 #include <vector>
 
 #include "agent/Plugin.h"
@@ -84,8 +85,11 @@ int soak(Kex::U64 cycles) {
     }
   };
   runTo(SwappedSlot::kRound);
-  std::vector<Mark> marks{markAt(next)};
-  for (unsigned const percent : {10U, 50U, 100U}) {
+  constexpr unsigned kPercents[] = {10, 50, 100};
+  std::vector<Mark> marks;
+  marks.reserve(1 + std::size(kPercents));
+  marks.push_back(markAt(next));
+  for (unsigned const percent : kPercents) {
     Kex::U64 const rounds = cycles * percent / 100 / SwappedSlot::kRound;
     runTo((1 + rounds) * SwappedSlot::kRound);
     marks.push_back(markAt(next));

@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <utility>
 
@@ -59,14 +58,6 @@ FakeAdapter::FakeAdapter(UMockdevTestbed* bed, unsigned number, Behaviour const&
 }
 
 FakeAdapter::~FakeAdapter() { umockdev_testbed_detach_ioctl(bed_, node_.c_str(), nullptr); }
-
-void FakeAdapter::isPluggedInIs(bool isPluggedIn) {
-  std::unique_ptr<gchar, decltype(&g_free)> const root(umockdev_testbed_get_root_dir(bed_),
-                                                       &g_free);
-  std::string const file = root.get() + node_;
-  std::string const aside = file + " aside";
-  std::filesystem::rename(isPluggedIn ? aside : file, isPluggedIn ? file : aside);
-}
 
 void FakeAdapter::behaviourIs(Behaviour const& behaviour) {
   std::scoped_lock const lock(mutex_);

@@ -47,8 +47,6 @@ class FakeAdapter {
   ~FakeAdapter();
 
   void behaviourIs(Behaviour const& behaviour);
-  /// Takes the device file away, or brings it back.
-  void isPluggedInIs(bool isPluggedIn);
   /// The transfers so far: "smbus read 99", "smbus call B0 0158", "58<B00158 58>17".
   std::vector<std::string> transfers();
   /// Waits until a transfer hangs.

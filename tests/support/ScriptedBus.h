@@ -49,14 +49,14 @@ struct Fru {
       area += static_cast<char>(field.size()) + field;  // kind 0, binary: the bytes as they stand
     }
     area += '\xC1';
-    std::size_t const length = units != 0 ? units * 8 : (area.size() / 8 + 1) * 8;
+    std::size_t const length = units != 0 ? std::size_t{units} * 8 : (area.size() / 8 + 1) * 8;
     area[1] = static_cast<char>(unitsSaid >= 0 ? static_cast<std::size_t>(unitsSaid) : length / 8);
     area.resize(length - 1);
     area = checksummed(area);
     area.back() = static_cast<char>(area.back() + spoilt);
     std::string image(256, '\0');
     for (std::size_t i = 0; i < length; ++i) {
-      image[(areaStart * 8 + i) % 256] = area[i];
+      image[(std::size_t{areaStart} * 8 + i) % 256] = area[i];
     }
     return image.replace(0, 8,
                          checksummed({headerVersion, 0, 0, 0, static_cast<char>(areaStart), 0, 0}));

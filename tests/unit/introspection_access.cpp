@@ -204,16 +204,16 @@ TEST(IntrospectionAccess, readsAndWritesWhatFits) {
                  {0x20b, 128, holderOf(true), "type: fruInfoAddr"},
                  {0x20b, 128, holderOf(Kex::U64{0x34}), "done"},
                  {0x20a, 0, none, "= 0x34"},
-                               {0x20e, 128, text, "done"},
+                 {0x20e, 128, text, "done"},
                  {0x20e, 0, none, "= x"},
-                        {0x217, 128, holderOf(U8{0}), "type: derivedConstructed"},
+                 {0x217, 128, holderOf(U8{0}), "type: derivedConstructed"},
                  {0x217, 128, holderOf(false), "done"},
                  {0x10b, 0, none, "= false"},
                  // Buffers
                  {0x213, 129, none, "= <Hal::Buf>"},
                  {0x213, 129, none, "done"},
                  {0x213, 128, listOf({}), "type: size"},
-                        {0x213, 128, listOf({text}), "type: size"},
+                 {0x213, 128, listOf({text}), "type: size"},
                  {0x213, 128, listOf({holderOf(Kex::U64{1} << 32)}), "type: size"},
                  {0x213, 128, listOf({holderOf(U32{9}), none}), "unknown: pollForInsertionReadBuf"},
                  {0x213, 0, none, "done"},
@@ -236,7 +236,7 @@ TEST(IntrospectionAccess, readsAndWritesWhatFits) {
                  {0x120, 0, listOf({}), "done"},
                  {0x20e, 0, none, "= "},
                  {0x216, 0, listOf({}), "type: supported"},
-                        {0x216, 0, listOf({holderOf(true), none}), "unknown: doSetupCheckSupplyRequest"},
+                 {0x216, 0, listOf({holderOf(true), none}), "unknown: doSetupCheckSupplyRequest"},
                  {0x216, 0, listOf({holderOf(true)}), "done"},
              });
   EXPECT_EQ(slot.identifier->pollForInsertionReadBuf()->size(), 9U);
