@@ -20,8 +20,8 @@ constexpr std::size_t kAreaLengthByte = 1;
 
 Sample::Sample(std::string const& name)
     : image_(Agent::readFruImage(PSU_SAMPLES "/" + name + ".fru")),
-      areaStart_(image_.at(kProductAreaByte) * 8U),
-      areaLength_(image_.at(areaStart_ + kAreaLengthByte) * 8U) {
+      areaStart_(image_.at(kProductAreaByte) * std::size_t{8}),
+      areaLength_(image_.at(areaStart_ + kAreaLengthByte) * std::size_t{8}) {
   Ipmi::ProductInfoArea const parsed(*area());
   serialStart_ = areaStart_ + parsed.serialNumberOffset();
   serialLength_ = parsed.serialNumberLength();
