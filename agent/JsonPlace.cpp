@@ -81,7 +81,8 @@ std::string JsonPlace::bytes() const {
 
 double JsonPlace::number(double least, double most) const {
   double const number = value_->is_number() ? value_->get<double>() : std::nan("");
-  if (!(number >= least && number <= most)) {
+  bool const isWithin = number >= least && number <= most;  // false for what is no number
+  if (!isWithin) {
     refuse(shown(*value_) + " is no number from " + numberText(least) + " to " + numberText(most));
   }
   return number;
@@ -89,7 +90,8 @@ double JsonPlace::number(double least, double most) const {
 
 unsigned JsonPlace::integer(unsigned least, unsigned most) const {
   double const value = value_->is_number() ? value_->get<double>() : std::nan("");
-  if (!(value >= least && value <= most) || value != std::floor(value)) {
+  bool const isWithin = value >= least && value <= most;
+  if (!isWithin || value != std::floor(value)) {
     refuse(shown(*value_) + " is no whole number from " + std::to_string(least) + " to " +
            std::to_string(most));
   }
