@@ -127,7 +127,11 @@ Recording::Recording(std::string const& file) : file_(file) {
   std::size_t number = 1;
   try {
     checkHeader(nextLine(in, buffer).value_or(""));
-    for (++number; auto const line = nextLine(in, buffer); ++number) {
+    for (++number;; ++number) {
+      auto const line = nextLine(in, buffer);
+      if (!line) {
+        break;
+      }
       Json const json = parse(*line);
       JsonPlace const object(json, "");
       TransactionRecord record = recordFrom(object);

@@ -191,7 +191,7 @@ TEST(KexClock, runsEachDeadlineOnceInOrder) {
     std::string log;
     Ptr<Alarm> a = Kex::make<Alarm>(clock, "a", log);
     Ptr<Alarm> b = Kex::make<Alarm>(clock, "b", log);
-    void set(double timeOfA, double timeOfB = kNever) {
+    void set(double timeOfA, double timeOfB = kNever) const {
       b->timeMinIs(timeOfB);
       a->timeMinIs(timeOfA);
     }
