@@ -34,6 +34,8 @@ constexpr std::size_t kMfrIdLength = 7;
 constexpr std::size_t kHeaderLength = 8;
 constexpr std::size_t kAreaHeaderLength = 2;
 constexpr std::size_t kChunk = 16;
+/// Bytes in which headers count offsets and lengths.
+constexpr std::size_t kUnit = 8;
 constexpr std::size_t kLongestArea = 255;
 constexpr std::size_t kLongestFdl = 4096;
 
@@ -131,12 +133,12 @@ bool recognise(Agent::SimulatedSupply const& supply, Description& description) {
       (header[0] & 0x0F) != 1 || header[4] == 0) {
     return false;
   }
-  std::size_t const start = header[4] * 8U;
+  std::size_t const start = kUnit * header[4];
   std::array<U8, kLongestArea> bytes;
   if (!readFru(supply, start, bytes.data(), kAreaHeaderLength) || bytes[0] != 1) {
     return false;
   }
-  std::size_t const length = std::min<std::size_t>(bytes[1] * 8U, kLongestArea);
+  std::size_t const length = std::min(kUnit * bytes[1], kLongestArea);
   for (std::size_t at = kAreaHeaderLength; at < length; at += kChunk) {
     if (!readFru(supply, start + at, bytes.data() + at, std::min(kChunk, length - at))) {
       return false;

@@ -38,7 +38,7 @@ class Watch final : public Smbus::TransactionObserver {
   void handleTransaction(Hardware::VornRequest const& request,
                          Smbus::Transaction const& transaction) override {
     ++transactions_;
-    wireSeconds_ += Agent::wireTime(transaction, theSupply().answer(transaction), true);
+    wireSeconds_ += Agent::wireTime(transaction, supply_.answer(transaction), true);
     if (request.name() != "identifySupply") {
       return;
     }
@@ -51,6 +51,7 @@ class Watch final : public Smbus::TransactionObserver {
     atLastRead_ = now;
   }
 
+  Agent::SimulatedSupply const& supply_ = theSupply();
   double wireSeconds_ = 0;
   double transactions_ = 0;
   unsigned areaReads_ = 0;
@@ -75,9 +76,9 @@ double allocationsPerTransaction(SimulatedSlot& slot) {
 double leastTransactions() {
   Sample const sample("ds2900");
   auto const& image = sample.image();
-  std::size_t const start = image.at(4) * 8U;
+  std::size_t const start = std::size_t{8} * image.at(4);
   auto const headerBytes = static_cast<double>(Ipmi::CommonAreaHeader::kLength);
-  auto const areaBytes = static_cast<double>(image.at(start + 1) * 8U);
+  auto const areaBytes = 8.0 * image.at(start + 1);
   bool const isAdjacent = start == Ipmi::CommonAreaHeader::kLength;
   double const reads = isAdjacent
                            ? std::ceil((headerBytes + areaBytes) / kFruChunk)

@@ -47,7 +47,11 @@ class HashMap {
     void goTo(std::size_t index) {
       index_ = index;
       changes_ = map_->changes_;
-      member_ = index < map_->entries_.size() ? map_->entries_[index].member : Ptr<Member>();
+      if (index < map_->entries_.size()) {
+        member_ = map_->entries_[index].member;
+      } else {
+        member_ = nullptr;
+      }
     }
 
     HashMap const* map_ = nullptr;

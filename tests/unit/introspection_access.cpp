@@ -5,6 +5,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <tuple>
 #include <typeinfo>
 #include <vector>
 
@@ -31,22 +32,26 @@ using Value = Ptr<Kex::GenericIf>;
 /// What came of something: "= " and the answer's text, "done" without an answer, or the class of
 /// the exception and its text.
 std::string outcome(std::function<Value()> const& run) {
-  static std::pair<std::type_info const&, char const*> const kClasses[] = {
-      {typeid(Kex::TypeException), "type: "},
-      {typeid(Kex::ConstException), "const: "},
-      {typeid(Kex::OpNotSupportedException), "not supported: "},
-      {typeid(Kex::UnknownArgException), "unknown: "},
-      {typeid(Kex::BadIndexAttrException), "index: "},
-      {typeid(Kex::RangeException), "range: "},
-      {typeid(Kex::Exception), "conversion: "},
+  // Class, its identifier, and what it is called here.
+  static std::tuple<std::type_info const&, U32, char const*> const kClasses[] = {
+      {typeid(Kex::RangeException), 1, "range: "},
+      {typeid(Kex::TypeException), 2, "type: "},
+      {typeid(Kex::ConstException), 3, "const: "},
+      {typeid(Kex::OpNotSupportedException), 4, "not supported: "},
+      {typeid(Kex::UnknownArgException), 5, "unknown: "},
+      {typeid(Kex::BadIndexAttrException), 6, "index: "},
+      {typeid(Kex::Exception), 12, "conversion: "},
   };
   try {
     Value const answer = run();
     return answer ? std::string("= ") + answer->text().charPtr() : "done";
   } catch (Kex::Exception const& error) {
-    auto const* const found = std::ranges::find_if(
-        kClasses, [&](auto const& entry) { return entry.first == typeid(error); });
-    return found->second + std::string(error.what());
+    for (auto const& [type, id, name] : kClasses) {
+      if (type == typeid(error) && id == error.id()) {
+        return name + std::string(error.what());
+      }
+    }
+    return std::string("another class: ") + error.what();
   }
 }
 
