@@ -2,7 +2,9 @@
 #include "tests/linux/FakeAdapter.h"
 
 #include <cerrno>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 #include <stdexcept>
 #include <utility>
 
@@ -43,50 +45,52 @@ Smbus::Transaction transactionOf(Kex::U8 command, Kex::U8 const* write, std::siz
 
 }  // namespace
 
-FakeAdapter::FakeAdapter(UMockdevTestbed* bed, unsigned number, Behaviour const& behaviour)
-    : bed_(bed), handler_(umockdev_ioctl_base_new()), behaviour_(behaviour) {
-  std::string const name = "i2c-" + std::to_string(number);
-  node_ = "/dev/" + name;
-  std::string const description = "P: /devices/" + name + "\nN: " + name + "\nE: DEVNAME=" + node_ +
-                                  "\nE: SUBSYSTEM=i2c\nA: name=fake " + name + "\\n\n";
-  GError* error = nullptr;
-  g_signal_connect(handler_.get(), "handle-ioctl", G_CALLBACK(&FakeAdapter::handleIoctl), this);
-  if (!umockdev_testbed_add_from_string(bed, description.c_str(), &error) ||
-      !umockdev_testbed_attach_ioctl(bed, node_.c_str(), handler_.get(), &error)) {
-    throw std::runtime_error(error->message);
-  }
-}
+class FakeAdapter::Line {
+ public:
+  explicit Line(Behaviour const& behaviour) : behaviour_(behaviour) {}
 
-FakeAdapter::~FakeAdapter() { umockdev_testbed_detach_ioctl(bed_, node_.c_str(), nullptr); }
+  void behaviourIs(Behaviour const& behaviour);
+  std::vector<std::string> transfers();
+  void awaitHang();
+  void release();
+  void serve(UMockdevIoctlClient* client);
 
-void FakeAdapter::behaviourIs(Behaviour const& behaviour) {
+ private:
+  /// What the supply answers, as the adapter delivers it.
+  std::optional<Smbus::Block> answer(Smbus::Transaction const& transaction) const;
+  /// Each returns the ioctl's result, below 0 for an errno value.
+  int transferSmbus(UMockdevIoctlData* argument);
+  int transferMessages(UMockdevIoctlData* argument);
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  Behaviour behaviour_;
+  std::vector<std::string> transfers_;
+  UMockdevIoctlClient* hanging_ = nullptr;
+};
+
+void FakeAdapter::Line::behaviourIs(Behaviour const& behaviour) {
   std::scoped_lock const lock(mutex_);
   behaviour_ = behaviour;
 }
 
-std::vector<std::string> FakeAdapter::transfers() {
+std::vector<std::string> FakeAdapter::Line::transfers() {
   std::scoped_lock const lock(mutex_);
   return transfers_;
 }
 
-void FakeAdapter::awaitHang() {
+void FakeAdapter::Line::awaitHang() {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return hanging_ != nullptr; });
 }
 
-void FakeAdapter::release() {
+void FakeAdapter::Line::release() {
   std::scoped_lock const lock(mutex_);
   Owned<UMockdevIoctlClient> const client(std::exchange(hanging_, nullptr));
   umockdev_ioctl_client_complete(client.get(), -1, ETIMEDOUT);
 }
 
-gboolean FakeAdapter::handleIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client,
-                                  FakeAdapter* self) {
-  self->serve(client);
-  return TRUE;
-}
-
-void FakeAdapter::serve(UMockdevIoctlClient* client) {
+void FakeAdapter::Line::serve(UMockdevIoctlClient* client) {
   std::scoped_lock const lock(mutex_);
   UMockdevIoctlData* const argument = umockdev_ioctl_client_get_arg(client);
   int result = -ENOTTY;
@@ -110,14 +114,14 @@ void FakeAdapter::serve(UMockdevIoctlClient* client) {
   umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? -result : 0);
 }
 
-std::optional<Smbus::Block> FakeAdapter::answer(Smbus::Transaction const& transaction) const {
+std::optional<Smbus::Block> FakeAdapter::Line::answer(Smbus::Transaction const& transaction) const {
   constexpr Kex::U8 kImage[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
   Smbus::Reply reply = Agent::SimulatedSupply(kImage, "EMERSON").answer(transaction);
   reply.read.bytes[0] = behaviour_.count.value_or(reply.read.bytes[0]);
   return reply.isOk ? std::optional(reply.read) : std::nullopt;
 }
 
-int FakeAdapter::transferSmbus(UMockdevIoctlData* argument) {
+int FakeAdapter::Line::transferSmbus(UMockdevIoctlData* argument) {
   auto const call = resolved(argument, 0, sizeof(i2c_smbus_ioctl_data));
   auto const wanted = valueOf<i2c_smbus_ioctl_data>(*call);
   auto const data =
@@ -138,7 +142,7 @@ int FakeAdapter::transferSmbus(UMockdevIoctlData* argument) {
   return 0;
 }
 
-int FakeAdapter::transferMessages(UMockdevIoctlData* argument) {
+int FakeAdapter::Line::transferMessages(UMockdevIoctlData* argument) {
   auto const call = resolved(argument, 0, sizeof(i2c_rdwr_ioctl_data));
   auto const count = valueOf<i2c_rdwr_ioctl_data>(*call).nmsgs;
   auto const list =
@@ -172,5 +176,34 @@ int FakeAdapter::transferMessages(UMockdevIoctlData* argument) {
   umockdev_ioctl_data_update(data[1].get(), 0, bytes.data(), messages[1].len);
   return behaviour_.messages;
 }
+
+FakeAdapter::FakeAdapter(UMockdevTestbed* bed, unsigned number, Behaviour const& behaviour)
+    : bed_(bed), line_(std::make_shared<Line>(behaviour)), handler_(umockdev_ioctl_base_new()) {
+  std::string const name = "i2c-" + std::to_string(number);
+  node_ = "/dev/" + name;
+  std::string const description = "P: /devices/" + name + "\nN: " + name + "\nE: DEVNAME=" + node_ +
+                                  "\nE: SUBSYSTEM=i2c\nA: name=fake " + name + "\\n\n";
+  using Held = std::shared_ptr<Line>;
+  GError* error = nullptr;
+  g_signal_connect_data(
+      handler_.get(), "handle-ioctl",
+      G_CALLBACK(+[](UMockdevIoctlBase*, UMockdevIoctlClient* client, Held* line) -> gboolean {
+        (*line)->serve(client);
+        return TRUE;
+      }),
+      new Held(line_), [](gpointer line, GClosure*) { delete static_cast<Held*>(line); },
+      GConnectFlags{});
+  if (!umockdev_testbed_add_from_string(bed, description.c_str(), &error) ||
+      !umockdev_testbed_attach_ioctl(bed, node_.c_str(), handler_.get(), &error)) {
+    throw std::runtime_error(error->message);
+  }
+}
+
+FakeAdapter::~FakeAdapter() { umockdev_testbed_detach_ioctl(bed_, node_.c_str(), nullptr); }
+
+void FakeAdapter::behaviourIs(Behaviour const& behaviour) { line_->behaviourIs(behaviour); }
+std::vector<std::string> FakeAdapter::transfers() { return line_->transfers(); }
+void FakeAdapter::awaitHang() { line_->awaitHang(); }
+void FakeAdapter::release() { line_->release(); }
 
 }  // namespace linuxTest

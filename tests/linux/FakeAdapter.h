@@ -5,9 +5,7 @@
 #include <linux/i2c.h>
 #include <umockdev.h>
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -55,23 +53,14 @@ class FakeAdapter {
   void release();
 
  private:
-  static gboolean handleIoctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, FakeAdapter* self);
-  void serve(UMockdevIoctlClient* client);
-  /// What the supply answers, as the adapter delivers it.
-  std::optional<Smbus::Block> answer(Smbus::Transaction const& transaction) const;
-  /// Each returns the ioctl's result, below 0 for an errno value.
-  int transferSmbus(UMockdevIoctlData* argument);
-  int transferMessages(UMockdevIoctlData* argument);
+  /// What umockdev's thread calls; it lives as long as a call, which may be longer than the
+  /// adapter.
+  class Line;
 
   UMockdevTestbed* bed_;
   std::string node_;
+  std::shared_ptr<Line> line_;
   Owned<UMockdevIoctlBase> handler_;
-  // umockdev calls from a thread of its own.
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  Behaviour behaviour_;
-  std::vector<std::string> transfers_;
-  UMockdevIoctlClient* hanging_ = nullptr;
 };
 
 }  // namespace linuxTest
