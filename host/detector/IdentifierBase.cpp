@@ -41,6 +41,14 @@ Kex::String8 IdentifierBase::path() const {
   return owner_ == nullptr ? Kex::String8() : Kex::memberPath(*owner_, Kex::Name(identifierName_));
 }
 
+void IdentifierBase::ownerIs(Kex::Entity const* owner) {
+  if (owner != nullptr) {
+    static_cast<void>(*notifier());
+    static_cast<void>(*status_);
+  }
+  owner_ = owner;
+}
+
 void IdentifierBase::hasNotificationActiveIs(bool active) {
   if (active == hasNotificationActive()) {
     return;
@@ -219,7 +227,10 @@ void IdentifierBase::abandon(Kex::Exception const& why) {
   supply.verdict = Verdict::unreadable;
   supply.reason = Kex::format("%s exception: %s", why.kind(), why.what());
   publish(std::move(supply));
-  pendingActionIs(PendingAction::reset, now() + pollInterval_);
+  // Without a clock there is no later: detection stands still until there is one.
+  if (notifier()) {
+    pendingActionIs(PendingAction::reset, now() + pollInterval_);
+  }
 }
 
 void IdentifierBase::guarded(Work work) {

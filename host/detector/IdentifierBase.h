@@ -122,8 +122,9 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   bool constructed() const { return constructed_; }
   Kex::U8 failCount() const { return failCount_; }
 
-  /// Who holds the identifier, and starts its detection; null for nobody. Not owned.
-  void ownerIs(Kex::Entity const* owner) { owner_ = owner; }
+  /// Who holds the identifier, and starts its detection; null for nobody. Not owned. Throws a range
+  /// exception for an identifier without its clock or the status that it reports to.
+  void ownerIs(Kex::Entity const* owner);
   /// Initialises the identifier and starts the first poll, if notifications are on.
   void doStartDetection();
 

@@ -84,7 +84,11 @@ IdentifierBase::IdentifierBase(
 
 Kex::KexType& IdentifierBase::fwkType() const { return _fwkType(); }
 
-IdentifierBase::~IdentifierBase() = default;
+IdentifierBase::~IdentifierBase() {
+  if (idprom_) {
+    idprom_->ownerIs(nullptr);
+  }
+}
 
 Ptr<Kex::PtrInterface> IdentifierBase::member(Kex::Name const& name) const {
   return name == "idprom" ? Ptr<PtrInterface>(idprom_) : Ptr<PtrInterface>();
@@ -104,7 +108,19 @@ IdentifierBase::BufPtr IdentifierBase::productInfoBufIs(Kex::U32 size) {
   return productInfoBuf_ = Kex::make<Hal::Buf>(size);
 }
 
-Ptr<IdpromContents> IdentifierBase::idpromIs() { return idprom_ = Kex::make<IdpromContents>(); }
+Ptr<IdpromContents> IdentifierBase::idpromDel() {
+  if (idprom_) {
+    idprom_->ownerIs(nullptr);
+  }
+  return std::exchange(idprom_, {});
+}
+
+Ptr<IdpromContents> IdentifierBase::idpromIs() {
+  IdentifierBase::idpromDel();
+  idprom_ = Kex::make<IdpromContents>();
+  idprom_->ownerIs(this);
+  return idprom_;
+}
 
 void IdentifierBase::doForgetSupply() {
   if (idprom_) {

@@ -36,7 +36,7 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
   virtual BufPtr productInfoHeaderBufIs(Kex::U32 size);
   virtual BufPtr productInfoBufDel() { return std::exchange(productInfoBuf_, {}); }
   virtual BufPtr productInfoBufIs(Kex::U32 size);
-  virtual Kex::Ptr<IdpromContents> idpromDel() { return std::exchange(idprom_, {}); }
+  virtual Kex::Ptr<IdpromContents> idpromDel();
   /// Makes a fresh record.
   virtual Kex::Ptr<IdpromContents> idpromIs();
 

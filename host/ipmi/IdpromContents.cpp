@@ -1,6 +1,7 @@
 // Ipmi::IdpromContents, what was parsed of one supply's FRU data.
 #include "host/ipmi/IdpromContents.h"
 
+#include "host/kex/Directory.h"
 #include "host/kex/KexType.h"
 
 namespace Ipmi {
@@ -14,5 +15,9 @@ Kex::KexType& IdpromContents::_fwkType() {
 Kex::KexType& IdpromContents::fwkType() const { return _fwkType(); }
 
 IdpromContents::~IdpromContents() = default;
+
+Kex::String8 IdpromContents::path() const {
+  return owner_ == nullptr ? Kex::String8() : Kex::memberPath(*owner_, "idprom");
+}
 
 }  // namespace Ipmi

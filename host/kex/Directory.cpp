@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "host/kex/Exception.h"
 #include "host/kex/KexType.h"
 #include "host/kex/TextConversion.h"
 
@@ -36,6 +37,9 @@ std::vector<Name> Directory::memberNames() const {
 }
 
 void Directory::memberIs(Ptr<Entity> const& entity) {
+  if (entity->name().str().empty()) {
+    throwRangeException("an entity without a name cannot be a member");
+  }
   memberDel(entity->name());
   members_[entity->name()] = entity;
   entity->parentIs(this);

@@ -18,7 +18,8 @@ class KEX_API Directory : public Entity {
 
   Ptr<PtrInterface> member(Name const& name) const override;
   std::vector<Name> memberNames() const override;
-  /// Takes `entity` in, in place of one of the same name.
+  /// Takes `entity` in, in place of one of the same name. Throws a range exception for one without
+  /// a name: its path would be that of the directory.
   void memberIs(Ptr<Entity> const& entity);
   /// Lets the entity go; null if there was none.
   Ptr<Entity> memberDel(Name const& name);

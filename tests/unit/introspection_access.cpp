@@ -287,6 +287,7 @@ TEST(IntrospectionAccess, functionsTakeTheirDeclaredArguments) {
   Value const config = KexType::genericIf(slot.config, true);
   Value const cell = holderOf(Ptr<Hardware::PowerSupply::CellConfig>());
   Value const status = holderOf(slot.status);
+  Value const noStatus = holderOf(Ptr<Hardware::PowerSupplySlot::SlotStatus>());
   Value const noDriver = holderOf(Ptr<PowerSupplyDetector::SlotDriver>());
   expectEach(factory, {{0x102, 0, listOf({}), "type: driver"},
                        {0x102, 0, listOf({driver}), "type: config"},
@@ -294,6 +295,7 @@ TEST(IntrospectionAccess, functionsTakeTheirDeclaredArguments) {
                        {0x102, 0, listOf({driver, config, cell}), "type: status"},
                        {0x102, 0, listOf({driver, noConfig, cell, status}), "range: null ValidPtr"},
                        {0x102, 0, listOf({noDriver, config, cell, status}), "range: null ValidPtr"},
+                       {0x102, 0, listOf({driver, config, cell, noStatus}), "range: null ValidPtr"},
                        {0x102, 0, listOf({driver, config, cell, status, cell}),
                         "unknown: doAddIdentifierToDriver"}});
   EXPECT_EQ(slot.driver->identifier("EmersonPmbus"), nullptr);
