@@ -8,14 +8,18 @@
 
 namespace Agent {
 
-Candidate::Candidate(std::string source, std::string const& slotName,
-                     std::unique_ptr<Smbus::Transport> transport, Plugin const& plugin,
-                     double waitUntil)
-    : source_(std::move(source)),
+Candidate::Candidate(Source const& source, SourceContext context, std::string const& slotName,
+                     Plugin const& plugin, double waitUntil)
+    : source_(source.text()),
       waitUntil_(waitUntil),
-      slot_(slotName, std::move(transport), plugin) {
+      slot_(slotName, source.open(onEnd(std::move(context))), plugin) {
   slot_.observerIs(&log_);
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
+}
+
+SourceContext Candidate::onEnd(SourceContext context) {
+  context.onEnd = [this] { hasSourceEnded_ = true; };
+  return context;
 }
 
 void Candidate::handleSupply(Supply const& supply) {
@@ -32,8 +36,8 @@ void detect(Candidates const& candidates, Loop& loop, double waitUntil) {
     return std::ranges::all_of(candidates, [](auto const& one) { return one->isDone(); });
   });
   loop.run(Loop::kForever, [&] {
-    return std::ranges::all_of(candidates,
-                               [](auto const& one) { return one->outcome().has_value(); });
+    return std::ranges::all_of(
+        candidates, [](auto const& one) { return one->outcome() || one->hasSourceEnded(); });
   });
 }
 

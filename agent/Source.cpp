@@ -50,8 +50,8 @@ std::string exclusiveRecording(std::string const& place) {
   return "";
 }
 
-TransportPtr openRecording(std::string const& place, SourceContext const&) {
-  return std::make_unique<ReplayTransport>(place);
+TransportPtr openRecording(std::string const& place, SourceContext const& context) {
+  return std::make_unique<ReplayTransport>(place, context.onEnd);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // A SOURCE of the command line: where a supply is, and how it is reached.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,6 +18,8 @@ struct SourceContext {
   std::string mfrId;
   /// For transports whose work is done on other threads.
   Post post;
+  /// Called on the run loop's thread when the source has nothing more to answer; may be empty.
+  std::function<void()> onEnd{};
 };
 
 /// A SOURCE as it was written. Kinds of sources are rows of one table in Source.cpp.

@@ -128,8 +128,8 @@ Status call(Options const& options, Globals const& globals) {
   Loop loop(source.isLive() ? ClockKind::steadyClock : ClockKind::virtualClock);
   Candidates candidates;
   candidates.push_back(std::make_unique<Candidate>(
-      source.text(), "PowerSupply1", source.open({.mfrId = options.mfrId, .post = loop.post()}),
-      plugin, 0));
+      source, SourceContext{.mfrId = options.mfrId, .post = loop.post()}, "PowerSupply1", plugin,
+      0));
   detect(candidates, loop, 0);
   if (options.path.empty()) {
     printPaths(Kex::root(), "");

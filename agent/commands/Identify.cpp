@@ -35,9 +35,8 @@ Candidates open(std::vector<Source> const& sources, Options const& options, Plug
   SourceContext const context{.mfrId = options.mfrId, .post = loop.post()};
   for (std::size_t i = 0; i < sources.size(); ++i) {
     try {
-      candidates.push_back(
-          std::make_unique<Candidate>(sources[i].text(), "PowerSupply" + std::to_string(i + 1),
-                                      sources[i].open(context), plugin, options.wait));
+      candidates.push_back(std::make_unique<Candidate>(
+          sources[i], context, "PowerSupply" + std::to_string(i + 1), plugin, options.wait));
     } catch (Failure const& failure) {
       complain(failure.what());
       status = worse(status, Status::failed);

@@ -2,6 +2,7 @@
 #include "agent/transport/ReplayTransport.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "agent/Error.h"
 #include "agent/Text.h"
@@ -28,8 +29,10 @@ std::string described(Smbus::Transaction const& transaction) {
 
 }  // namespace
 
-ReplayTransport::ReplayTransport(std::string const& place)
-    : file_(place.substr(0, place.rfind('#'))), timer_([this] { finish(); }) {
+ReplayTransport::ReplayTransport(std::string const& place, std::function<void()> onEnd)
+    : file_(place.substr(0, place.rfind('#'))),
+      onEnd_(std::move(onEnd)),
+      timer_([this] { finish(); }) {
   std::string const slot = file_.size() < place.size() ? place.substr(file_.size() + 1) : "";
   transactions_ = Recording(file_).transactions(slot);
 }
@@ -37,10 +40,11 @@ ReplayTransport::ReplayTransport(std::string const& place)
 void ReplayTransport::start(Smbus::Transaction const& transaction, Kex::U64 ticket,
                             Smbus::AnswerSink& sink) {
   if (next_ == transactions_.size()) {
-    return;
+    return end();
   }
   auto const& [record, line] = transactions_[next_];
   if (!isSame(transaction, record.transaction)) {
+    end();
     throw Failure(file_ + ":" + std::to_string(line) + ": the recorded request (" +
                   described(record.transaction) + ") is not the one that is asked for (" +
                   described(transaction) + ")");
@@ -48,6 +52,12 @@ void ReplayTransport::start(Smbus::Transaction const& transaction, Kex::U64 tick
   ticket_ = ticket;
   sink_ = &sink;
   timer_.startAt(record.time);
+}
+
+void ReplayTransport::end() const {
+  if (onEnd_) {
+    onEnd_();
+  }
 }
 
 void ReplayTransport::finish() {

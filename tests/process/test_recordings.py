@@ -1,0 +1,107 @@
+"""Recordings: a replay is the recorded run again, and a bad recording is refused by its line."""
+
+import json
+import pathlib
+import tempfile
+import unittest
+
+from agent import DS2900, SAMPLES, run
+
+HEADER = '{"format":"psu-agent recording","version":1}\n'
+GOOD = ('{"time":0.5,"slot":"A","event":"transaction","request":"pollForInsertion","device":88,'
+        '"command":153,"write":null,"readLength":8,"read":"07454D4552534F4E","status":3,'
+        '"failure":null}\n')
+
+
+def lines_of(text, event):
+    return [entry for entry in map(json.loads, text.splitlines()) if entry.get("event") == event]
+
+
+class Recordings(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.file = pathlib.Path(folder.name, "psu.jsonl")
+        self.again = pathlib.Path(folder.name, "again.jsonl")
+
+    def test_replays_are_exact(self):
+        """What each scenario's buses did gives the same events when it is replayed, and recorded
+        once more it gives the same recording."""
+        def told(entries):
+            return [{key: value for key, value in entry.items() if key not in ("source", "reason")}
+                    for entry in entries]
+
+        for scenario in sorted((SAMPLES / "scenarios").glob("*.json")):
+            with self.subTest(scenario.name):
+                status, out, _ = run("simulate", "--json", "--transcript", scenario)
+                self.assertEqual(status, 0)
+                recorded = lines_of(out.decode(), "transaction")
+                for number, entry in enumerate(recorded):
+                    entry["failure"] = None if entry["status"] == 3 else f"failure {number}"
+                self.file.write_text(HEADER + "".join(
+                    json.dumps(entry, separators=(",", ":")) + "\n" for entry in recorded))
+                slots = sorted({entry["slot"] for entry in recorded})
+                status, again, err = run(
+                    "monitor", "--json", "--duration", json.loads(scenario.read_text())["duration"],
+                    "--record", self.again,
+                    *(word for slot in slots
+                      for word in ("--slot", f"{slot}=replay:{self.file}#{slot}")))
+                self.assertEqual((status, err), (0, []))
+                for slot in slots:
+                    def of_slot(entries, slot=slot):
+                        return [entry for entry in entries if entry["slot"] == slot]
+                    self.assertEqual(told(of_slot(lines_of(again.decode(), "supply"))),
+                                     told(of_slot(lines_of(out.decode(), "supply"))))
+                    self.assertEqual(of_slot(lines_of(self.again.read_text(), "transaction")),
+                                     of_slot(recorded))
+
+    def test_identify_and_simulate_take_them(self):
+        told = run("identify", "--record", self.file, DS2900)
+        self.assertEqual(run("identify", f"replay:{self.file}"), told)
+        scenario = self.file.with_name("scenario.json")
+        scenario.write_text(json.dumps({"duration": 5, "slots": [
+            {"name": "B", "supply": {"replay": f"{self.file.name}#PowerSupply1"}}]}))
+        status, out, err = run("simulate", scenario)
+        self.assertEqual((status, err, len(out.splitlines())), (0, [], 1))
+        self.assertIn(b" B identified DS2900 L1330K04287", out)
+
+    def test_one_that_ends_early_holds_nobody_up(self):
+        run("identify", "--record", self.file, DS2900)
+        self.file.write_text("".join(self.file.read_text().splitlines(True)[:4]))
+        for others in ([], ["i2c:1048575"]):
+            status, out, err = run("identify", f"replay:{self.file}", *others, timeout=60)
+            self.assertEqual((status, out, err[-1]),
+                             (1, b"", f"psu-agent: replay:{self.file}: no outcome"))
+
+    def test_refusals_name_the_line(self):
+        def changed(key, value):
+            return HEADER + json.dumps(json.loads(GOOD) | {key: value}) + "\n"
+
+        for text, told in (
+                ("", ":1: "), (HEADER.replace("1}", "2}"), ":1: version: 2"),
+                (HEADER.replace(" rec", " wreck"), "format: "),
+                (HEADER, "there is no transaction"), (HEADER + GOOD[:-1], ":2: the line is cut"),
+                (HEADER + GOOD + "{\n", ":3: no JSON"), (HEADER + "x" * 70000 + "\n", ":2: longer"),
+                (changed("colour", 1), ':2: the document: unknown key "colour"'),
+                (changed("event", "supply"), ":2: event: "), (changed("time", -1), ":2: time: -1"),
+                (changed("device", 128), ":2: device: 128"),
+                (changed("command", 256), ":2: command: 256"),
+                (changed("readLength", 0), ":2: readLength: 0"),
+                (changed("readLength", 4), ":2: read: "), (changed("read", None), ":2: read: "),
+                (changed("read", "0"), ":2: read: "), (changed("read", "0x"), ":2: read: "),
+                (changed("status", 1), ":2: status: 1"), (changed("failure", 1), ":2: failure: 1"),
+                (changed("command", 152),
+                 ":2: the recorded request (device 0x58, command 0x98, nothing written, 8 bytes "
+                 "read) is not the one that is asked for (device 0x58, command 0x99, "),
+                (HEADER + GOOD + GOOD.replace("0.5", "0.4"), ":3: time: "),
+                (HEADER + GOOD + GOOD.replace("A", "B", 1), "name one of its slots as FILE#SLOT: A, B")):
+            with self.subTest(text[:200]):
+                self.file.write_text(text)
+                status, out, err = run("identify", f"replay:{self.file}")
+                self.assertEqual((status, out), (1, b""))
+                self.assertIn(told, err[0])
+        self.assertIn("no slot C in it, only A, B", run("identify", f"replay:{self.file}#C")[2][0])
+
+
+if __name__ == "__main__":
+    unittest.main()
