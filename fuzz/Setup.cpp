@@ -14,17 +14,16 @@ namespace Fuzz {
 namespace {
 
 std::array<Kex::U8, 48> makeImage() {
-  constexpr std::string_view kText{
+  constexpr char kText[] =
       "\x01\x00\x00\x00\x01\x00\x00\xfe"
       "\x01\x05\x00\xc4"
       "MAKE\xc2"
       "PS\xc8"
       "DS2900-3\xc2"
       "R1\xc6"
-      "S12345\xc0\xc0\xc1",
-      43};
+      "S12345\xc0\xc0\xc1";
   std::array<Kex::U8, 48> image{};
-  std::ranges::copy(kText, image.begin());
+  std::copy_n(kText, sizeof kText - 1, image.begin());
   // The area ends with its zero checksum.
   image.back() = static_cast<Kex::U8>(-std::accumulate(image.begin() + 8, image.end(), 0U));
   return image;

@@ -4,7 +4,7 @@
 #include "host/ipmi/ProductInfoArea.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  auto const buffer = Kex::make<Hal::Buf>(0);
+  auto const buffer = Kex::make<Hal::Buf>(0U);
   // Grown to exactly its contents, so that the sanitizer sees a byte too many.
   buffer->doAppend({data, size});
 
