@@ -89,6 +89,7 @@ class Recordings(unittest.TestCase):
                 (changed("readLength", 0), ":2: readLength: 0"),
                 (changed("readLength", 4), ":2: read: "), (changed("read", None), ":2: read: "),
                 (changed("read", "0"), ":2: read: "), (changed("read", "0x"), ":2: read: "),
+                (changed("write", "0x10"), ":2: write: "), (changed("slot", 7), ":2: slot: 7"),
                 (changed("status", 1), ":2: status: 1"), (changed("failure", 1), ":2: failure: 1"),
                 (changed("command", 152),
                  ":2: the recorded request (device 0x58, command 0x98, nothing written, 8 bytes "
@@ -100,6 +101,7 @@ class Recordings(unittest.TestCase):
                 status, out, err = run("identify", f"replay:{self.file}")
                 self.assertEqual((status, out), (1, b""))
                 self.assertIn(told, err[0])
+        self.assertEqual(run("identify", "--record", "/dev/full", DS2900)[0], 1)
         self.assertIn("no slot C in it, only A, B", run("identify", f"replay:{self.file}#C")[2][0])
 
 
