@@ -92,7 +92,7 @@ consteval bool reversedNamesBlowBackToFront() {
   });
 }
 
-static_assert(kModels.size() == kModelCount && kModelCount == 30);
+static_assert(kModels.size() == kModelCount && kModelCount == 30, "as many models as are promised");
 static_assert(inDeclaredOrder(), "the rows stand in the order of the list of types");
 static_assert(keysReachable(), "each row has a key, and each key a text that it accepts");
 static_assert(keysUnique(), "no text is accepted by two keys of one field");
