@@ -29,7 +29,13 @@ Registry& registry() {
 
 /// "doInitialize" of "virtual void Emerson::PmbusIdentifier::Identifier::doInitialize()".
 std::string_view shortFunctionName(std::string_view signature) {
-  std::string_view const name = signature.substr(0, signature.find('('));
+  std::size_t end = signature.find('(');
+  // clang++ writes "(anonymous namespace)" where arguments do not begin.
+  while (end != std::string_view::npos &&
+         (end == 0 || signature[end - 1] == ' ' || signature[end - 1] == ':')) {
+    end = signature.find('(', end + 1);
+  }
+  std::string_view const name = signature.substr(0, end);
   std::size_t const start = name.find_last_of(": *&");
   return start == std::string_view::npos ? name : name.substr(start + 1);
 }
