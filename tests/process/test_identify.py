@@ -54,7 +54,7 @@ class Output(unittest.TestCase):
                 ([faulty("area-version")], ["0x08", "format version", "2"]),
                 ([faulty("area-checksum")], ["checksum", "stored", "computed"]),
                 ([faulty("area-length-zero")], ["0x09", "length", "0"]),
-                ([faulty("unrecognised")], ["none of the 30"])):
+                ([faulty("unrecognised")], ["none of the"])):
             with self.subTest(arguments):
                 _, out, _ = run("identify", "--explain", *arguments)
                 title, *lines = out.decode("ascii").splitlines()
@@ -73,11 +73,10 @@ class Output(unittest.TestCase):
             self.assertIn(part, out)
 
     def test_traces(self):
-        for option, count in (("=3", 0), ("=4", 0), ("=3,4", 0)):
-            _, _, err = run("--trace", "EmersonPmbusIdentifier" + option, "identify", DS2900)
-            levels = {line.split()[0] for line in err}
-            self.assertEqual(levels, {f"EmersonPmbusIdentifier/{level}"
-                                      for level in option[1:].split(",")}, count)
+        for levels in ("3", "4", "3,4"):
+            _, _, err = run("--trace", f"EmersonPmbusIdentifier={levels}", "identify", DS2900)
+            self.assertEqual({line.split()[0] for line in err},
+                             {f"EmersonPmbusIdentifier/{level}" for level in levels.split(",")})
 
 
 class ExitStatus(unittest.TestCase):

@@ -8,14 +8,9 @@ import subprocess
 import tempfile
 import unittest
 
-AGENT = os.environ["PSU_AGENT"]
-SAMPLES = pathlib.Path(os.environ["PSU_SAMPLES"])
-DS2900 = str(SAMPLES / "ds2900.fru")
-DS3000 = str(SAMPLES / "ds3000.fru")
+from agent import DS2900, SAMPLES, faulty, run
 
-
-def run(*words):
-    return subprocess.run([AGENT, *words], capture_output=True, text=True, timeout=120, check=False)
+DS3000 = SAMPLES / "ds3000.fru"
 
 
 class Folder(unittest.TestCase):
@@ -24,15 +19,15 @@ class Folder(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
 
-    def scenario(self, text):
+    def simulate(self, scenario, *options):
         file = self.folder / "scenario.json"
-        file.write_text(text if isinstance(text, str) else json.dumps(text))
-        return str(file)
+        file.write_text(scenario if isinstance(scenario, str) else json.dumps(scenario))
+        return run("simulate", *options, file)
 
 
 class Simulate(Folder):
     def test_refusals_name_the_place(self):
-        supply = {"image": DS2900}
+        supply = {"image": str(DS2900)}
         slot = {"name": "A", "supply": supply}
 
         def events(*entries, **more):
@@ -69,17 +64,16 @@ class Simulate(Folder):
         ]
         for document, message in table:
             with self.subTest(message):
-                ran = run("simulate", self.scenario(document))
-                self.assertEqual((ran.returncode, ran.stdout), (2, ""))
-                self.assertIn(message, ran.stderr)
-                self.assertEqual(ran.stderr.count("\n"), 1)
-        self.assertEqual(run("simulate", str(self.folder / "none.json")).returncode, 1)
+                status, out, err = self.simulate(document)
+                self.assertEqual((status, out, len(err)), (2, b"", 1))
+                self.assertIn(message, err[0])
+        self.assertEqual(run("simulate", self.folder / "none.json")[0], 1)
 
     def test_json_lines_and_transcript(self):
-        ran = run("simulate", "--json", "--transcript", self.scenario(
-            {"duration": 0.5, "slots": [{"name": "A", "supply": {"image": DS2900}},
-                                        {"name": "B", "supply": None}]}))
-        lines = [json.loads(line) for line in ran.stdout.splitlines()]
+        _, out, _ = self.simulate(
+            {"duration": 0.5, "slots": [{"name": "A", "supply": {"image": str(DS2900)}},
+                                        {"name": "B", "supply": None}]}, "--json", "--transcript")
+        lines = [json.loads(line) for line in out.splitlines()]
         supplies = {line["slot"]: line for line in lines if line["event"] == "supply"}
         self.assertEqual(supplies["A"]["descriptor"], "DS2900")
         self.assertEqual((supplies["B"]["verdict"], supplies["B"]["source"]), ("absent", None))
@@ -95,46 +89,43 @@ class Simulate(Folder):
 
 class Monitor(Folder):
     def test_prints_edges_only(self):
-        ran = run("monitor", "--slot", f"A={DS2900}", "--slot", f"B={DS3000}", "--duration", "60")
-        self.assertEqual((ran.returncode, ran.stderr), (0, ""))
-        self.assertEqual([line.split()[1:4] for line in ran.stdout.splitlines()],
+        status, out, err = run("monitor", "--slot", f"A={DS2900}", "--slot", f"B={DS3000}",
+                               "--duration", "60")
+        self.assertEqual((status, err), (0, []))
+        self.assertEqual([line.split()[1:4] for line in out.decode().splitlines()],
                          [["A", "identified", "DS2900"], ["B", "identified", "DS3000"]])
 
     def test_publishes_until_it_is_stopped(self):
-        stale = self.folder / "B.fdl"
-        stale.write_text("left by an earlier run")
-        unrecognised = SAMPLES / "faulty" / "unrecognised.fru"
-        fdl = run("identify", DS2900).stdout
+        (self.folder / "B.fdl").write_text("left by an earlier run")
+        fdl = run("identify", DS2900)[1]
         for stop in (signal.SIGTERM, signal.SIGINT):
-            with subprocess.Popen([AGENT, "monitor", "--slot", f"A={DS2900}", "--slot",
-                                   f"B={unrecognised}", "--publish", str(self.folder)],
+            with subprocess.Popen([os.environ["PSU_AGENT"], "monitor", "--publish", self.folder,
+                                   "--slot", f"A={DS2900}", "--slot", f"B={faulty('unrecognised')}"],
                                   stdout=subprocess.PIPE, text=True) as agent:
                 lines = [agent.stdout.readline().split()[1:3] for _ in range(2)]
                 self.assertCountEqual(lines, [["A", "identified"], ["B", "unrecognised"]])
                 self.assertEqual([file.name for file in self.folder.iterdir()], ["A.fdl"])
-                self.assertEqual((self.folder / "A.fdl").read_text(), fdl)
+                self.assertEqual((self.folder / "A.fdl").read_bytes(), fdl)
                 agent.send_signal(stop)
                 self.assertEqual(agent.wait(timeout=60), 0)
             self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_exit_status(self):
         slot = ("--slot", f"A={DS2900}", "--duration", "1")
-        table = [
-            (2, "--slot", ("--slot", "A")),
-            (2, "--slot", ("--slot", f"a/b={DS2900}")),
-            (2, "named twice", (*slot, "--slot", f"A={DS3000}")),
-            (2, "standard input", (*slot, "--slot", "B=-", "--slot", "C=-")),
-            (2, "poll-interval", (*slot, "--poll-interval", "0")),
-            (2, "duration", ("--slot", f"A={DS2900}", "--duration", "-1")),
-            (1, "none.fru", (*slot, "--slot", "B=none.fru")),
-            (1, "not a folder", (*slot, "--publish", DS2900)),
-            (1, "nowhere", (*slot, "--publish", str(self.folder / "nowhere"))),
-        ]
-        for status, message, words in table:
+        for status, told, words in (
+                (2, "--slot", ("--slot", "A")),
+                (2, "--slot", ("--slot", f"a/b={DS2900}")),
+                (2, "named twice", (*slot, "--slot", f"A={DS3000}")),
+                (2, "standard input", (*slot, "--slot", "B=-", "--slot", "C=-")),
+                (2, "poll-interval", (*slot, "--poll-interval", "0")),
+                (2, "duration", ("--slot", f"A={DS2900}", "--duration", "-1")),
+                (1, "none.fru", (*slot, "--slot", "B=none.fru")),
+                (1, "not a folder", (*slot, "--publish", DS2900)),
+                (1, "nowhere", (*slot, "--publish", self.folder / "nowhere"))):
             with self.subTest(words):
-                ran = run("monitor", *words)
-                self.assertEqual(ran.returncode, status, ran.stderr)
-                self.assertIn(message, ran.stderr)
+                got, _, err = run("monitor", *words)
+                self.assertEqual(got, status, err)
+                self.assertIn(told, " ".join(err))
 
 
 if __name__ == "__main__":

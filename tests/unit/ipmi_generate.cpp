@@ -2,12 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "host/kex/ActivityManager.h"
-#include "host/kex/Exception.h"
 #include "host/kex/Trace.h"
 #include "ipmi/Trim.h"
 #include "tests/unit/ipmi_support.h"
@@ -85,42 +83,25 @@ TEST(IpmiGenerate, writesFieldsAsStoredUpToTheirNul) {
   }
 }
 
-TEST(IpmiGenerate, needsProductInfo) {
-  auto const descriptor = dS3000Factory(Kex::Name("ds3000"));
-  try {
-    descriptor->doGenerateFdl(Kex::make<Ipmi::IdpromContents>());
-    FAIL() << "nothing thrown";
-  } catch (Kex::RangeException const& error) {
-    EXPECT_STREQ(error.what(), "null ValidPtr");
+/// What is traced, "LEVEL TEXT" a message, while every descriptor examines `fields`.
+Lines traced(unsigned levels, ipmiTest::Fields const& fields) {
+  Lines lines;
+  Kex::TraceHandle::levelsIs("EmersonIpmiIdentifier", levels);
+  Kex::traceSinkIs([&](Kex::TraceRecord const& record) {
+    EXPECT_EQ(record.function, "doGenerateFdl");
+    EXPECT_STREQ(record.source, "EmersonIpmiIdentifier");
+    EXPECT_STREQ(record.context, "<unknown>");
+    lines.push_back(std::to_string(record.level) + " " + record.text.charPtr());
+  });
+  for (auto const& descriptor : ipmiTest::oneOfEach()) {
+    descriptor->doGenerateFdl(idpromOf(fields));
   }
+  Kex::traceSinkIs({});
+  Kex::TraceHandle::levelsIs("EmersonIpmiIdentifier", 0);
+  return lines;
 }
 
-class IpmiTraces : public testing::Test {
- protected:
-  void TearDown() override {
-    Kex::coverageStream_ = nullptr;
-    Kex::TraceHandle::levelsIs("EmersonIpmiIdentifier", 0);
-    Kex::traceSinkIs({});
-  }
-
-  /// What is traced, "LEVEL TEXT" a message, while every descriptor examines `fields`.
-  Lines traced(unsigned levels, ipmiTest::Fields const& fields) {
-    Lines lines;
-    Kex::TraceHandle::levelsIs("EmersonIpmiIdentifier", levels);
-    Kex::traceSinkIs([&](Kex::TraceRecord const& record) {
-      EXPECT_EQ(record.function, "doGenerateFdl");
-      EXPECT_STREQ(record.source, "EmersonIpmiIdentifier");
-      EXPECT_STREQ(record.context, "<unknown>");
-      lines.push_back(std::to_string(record.level) + " " + record.text.charPtr());
-    });
-    for (auto const& descriptor : ipmiTest::oneOfEach()) {
-      descriptor->doGenerateFdl(idpromOf(fields));
-    }
-    return lines;
-  }
-};
-
-TEST_F(IpmiTraces, tellTypeAndKey) {
+TEST(IpmiTraces, tellTypeAndKey) {
   ipmiTest::Fields const fields{.productName = " DS460SDC-3 \t", .partNumber = "P"};
   Lines generating{"0 Generating Fdl for Emerson 760"};
   for (auto const* type :
@@ -141,14 +122,6 @@ TEST_F(IpmiTraces, tellTypeAndKey) {
   auto const both = traced(3, fields);
   EXPECT_EQ(both.size(), generating.size() + keys.size());
   EXPECT_EQ((Lines{both.end() - 2, both.end()}), (Lines{generating.back(), keys.back()}));
-}
-
-TEST_F(IpmiTraces, goToTheCoverageStreamAloneWhenOff) {
-  EXPECT_EQ(traced(0, {}), Lines{});
-  std::ostringstream coverage;
-  Kex::coverageStream_ = &coverage;
-  EXPECT_EQ(traced(0, {.productName = "DS1600SPE-3-402 "}), Lines{});
-  EXPECT_NE(coverage.str().find("pName=DS1600SPE-3-402\n"), std::string::npos) << coverage.str();
 }
 
 template <class Base>

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -109,35 +110,36 @@ TEST(KexNotifications, ofOneKindAreCoalescedAndNeverNested) {
 }
 
 TEST(KexNotifications, surviveWhatAReactionDeletes) {
-  using LampPtr = Ptr<Lamp>;
-  using WatcherPtr = Ptr<Watcher>;
+  struct Two : Scene {
+    Ptr<Watcher> other = Kex::make<Watcher>(lamp);
+  };
   struct {
     char const* name;
-    void (*deletes)(LampPtr&, WatcherPtr& self, WatcherPtr& other);
+    void (*does)(Two&);     ///< what the watcher's reaction does
     std::size_t toldOther;  ///< reactions of the other reactor
   } const rows[] = {
-      {"itself", [](LampPtr&, WatcherPtr& self, WatcherPtr&) { self = nullptr; }, 2},
-      {"the other", [](LampPtr&, WatcherPtr&, WatcherPtr& other) { other = nullptr; }, 0},
-      {"the notifier's last references",
-       [](LampPtr& lamp, WatcherPtr& self, WatcherPtr& other) {
-         lamp = nullptr;
-         other->notifierIs(nullptr);
-         self->notifierIs(nullptr);
+      {"deletes itself", [](Two& s) { s.watcher = nullptr; }, 2},
+      {"deletes the other", [](Two& s) { s.other = nullptr; }, 0},
+      {"releases the notifier",
+       [](Two& s) {
+         s.lamp = nullptr;
+         s.other->notifierIs(nullptr);
+         s.watcher->notifierIs(nullptr);
        },
        0},
-      {"a notifier that holds the reactor",
-       [](LampPtr& lamp, WatcherPtr& self, WatcherPtr& other) {
-         other->notifierIs(nullptr);
-         Watcher& reactor = *self;
-         lamp->owned = self;
-         lamp = nullptr;
-         self = nullptr;
+      {"releases a notifier that holds the reactor",
+       [](Two& s) {
+         s.other->notifierIs(nullptr);
+         Watcher& reactor = *s.watcher;
+         s.lamp->owned = s.watcher;
+         s.lamp = nullptr;
+         s.watcher = nullptr;
          reactor.notifierIs(nullptr);
        },
        0},
-      {"nothing, but throws",
-       [](LampPtr&, WatcherPtr& self, WatcherPtr&) {
-         self->then = nullptr;
+      {"throws",
+       [](Two& s) {
+         s.watcher->then = nullptr;
          throw std::runtime_error("trouble");
        },
        2},
@@ -145,20 +147,19 @@ TEST(KexNotifications, surviveWhatAReactionDeletes) {
   Kex::activityManager();  // its clock is made on first use
   std::size_t const before = Kex::VFPtrInterface::liveObjects();
   for (auto const& row : rows) {
-    Scene scene;
-    auto other = Kex::make<Watcher>(scene.lamp);
-    scene.watcher->isRegisteredNotifieeIs(true);
-    scene.watcher->notifierIs(scene.lamp);
-    scene.watcher->then = [&] { row.deletes(scene.lamp, scene.watcher, other); };
-    scene.lamp->flash();
-    try {
-      runPending();
-    } catch (std::runtime_error const&) {
-      runPending();  // the others are still pending
+    {
+      Two scene;
+      scene.watcher->isRegisteredNotifieeIs(true);
+      scene.watcher->notifierIs(scene.lamp);
+      scene.watcher->then = [&] { row.does(scene); };
+      scene.lamp->flash();
+      try {
+        runPending();
+      } catch (std::runtime_error const&) {
+        runPending();  // the others are still pending
+      }
+      EXPECT_EQ(scene.other ? scene.other->told.size() : 0, row.toldOther) << row.name;
     }
-    EXPECT_EQ(other ? other->told.size() : 0, row.toldOther) << row.name;
-    scene = {nullptr, nullptr};
-    other = nullptr;
     EXPECT_EQ(Kex::VFPtrInterface::liveObjects(), before) << row.name;
   }
 }
@@ -195,6 +196,11 @@ TEST(KexClock, runsEachDeadlineOnceInOrder) {
       b->timeMinIs(timeOfB);
       a->timeMinIs(timeOfA);
     }
+    /// The first reaction, which is b's, moves the other alarm.
+    void setBoth(double movedTo) const {
+      b->then = [this, movedTo] { a->timeMinIs(movedTo); };
+      set(1, 1);
+    }
     void to(double time) {
       clock->timeIs(time);
       runPending();
@@ -203,7 +209,7 @@ TEST(KexClock, runsEachDeadlineOnceInOrder) {
   };
   struct {
     char const* name;
-    std::function<void(Alarms&)> steps;
+    void (*steps)(Alarms&);
     char const* log;
   } const rows[] = {
       {"at its time, once", [](auto& s) { s.set(2), s.to(1.9), s.to(2), s.to(3); }, ".a.."},
@@ -213,20 +219,10 @@ TEST(KexClock, runsEachDeadlineOnceInOrder) {
       {"the last one set", [](auto& s) { s.set(1), s.set(3), s.to(2), s.to(3); }, ".a."},
       {"not when cancelled", [](auto& s) { s.set(1), s.set(kNever), s.to(2); }, "."},
       {"not for no number", [](auto& s) { s.set(1), s.set(kNever - kNever), s.to(2); }, "."},
-      {"not when moved before its turn",
-       [](auto& s) {
-         s.b->then = [&s] { s.a->timeMinIs(5); };
-         s.set(1, 1), s.to(2), s.to(5);
-       },
-       "b.a."},
-      {"not when cancelled before its turn",
-       [](auto& s) {
-         s.b->then = [&s] { s.a->timeMinIs(kNever); };
-         s.set(1, 1), s.to(2), s.to(9);
-       },
-       "b.."},
-      {"not when unregistered",
-       [](auto& s) { s.set(1), s.a->isRegisteredNotifieeIs(false), s.to(2); }, "."},
+      {"later when moved in its turn", [](auto& s) { s.setBoth(5), s.to(2), s.to(5); }, "b.a."},
+      {"not when cancelled in its turn", [](auto& s) { s.setBoth(kNever), s.to(9); }, "b."},
+      {"not unregistered", [](auto& s) { s.set(1), s.a->isRegisteredNotifieeIs(false), s.to(2); },
+       "."},
       {"not when it is gone",
        [](auto& s) {
          s.set(1);
@@ -249,24 +245,18 @@ TEST(KexClock, keepsManyMovingDeadlinesInOrder) {
   std::string log;
   std::vector<double> fired;
   std::vector<Ptr<Alarm>> alarms(100);
-  unsigned state = 1;
-  auto const random = [&state](unsigned below) {
-    state = state * 1664525U + 1013904223U;
-    return (state >> 16) % below;
-  };
+  std::minstd_rand random(1);
   for (int i = 0; i < 2000; ++i) {
-    auto& alarm = alarms[random(100)];
-    if (!alarm || random(5) == 0) {
+    auto& alarm = alarms[random() % alarms.size()];
+    if (!alarm || random() % 5 == 0) {
       alarm = Kex::make<Alarm>(clock, "x", log);
     }
-    double const time = random(50);
-    alarm->timeMinIs(time);
-    alarm->then = [time, &fired] { fired.push_back(time); };
+    alarm->timeMinIs(static_cast<double>(random() % 50));
+    alarm->then = [time = alarm->timeMin(), &fired] { fired.push_back(time); };
   }
   std::vector<double> expected;
-  for (auto const& alarm : alarms) {
-    expected.push_back(alarm->timeMin());
-  }
+  std::ranges::transform(alarms, std::back_inserter(expected),
+                         [](auto& a) { return a->timeMin(); });
   std::ranges::sort(expected);
   EXPECT_EQ(clock->nextDeadline(), expected.front());
   clock->timeIs(100);

@@ -1,6 +1,7 @@
 // Requests: every terminal status reaches its handler exactly once, no late answer does harm.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -108,23 +109,22 @@ TEST_F(HardwareVornRequest, deliversEachTerminalStatusExactlyOnce) {
 
 TEST_F(HardwareVornRequest, equalStatusesInARowAreEachDelivered) {
   then = [&] {
-    if (delivered.size() < 4) {
+    if (delivered.size() < 3) {
       request->activeIs(true);
-      EXPECT_EQ(request->status(), Kex::Request::kRunning);
     }
   };
   request->activeIs(true);
-  for (std::size_t i = 0; i < 4; ++i) {
-    ASSERT_EQ(asked.size(), i + 1);
-    asked[i].answer(false);
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(request->status(), Kex::Request::kRunning);
+    asked.at(i).answer(false);
     EXPECT_EQ(delivered.size(), i) << "delivered before its turn";
     EXPECT_EQ(request->status(), Kex::Request::kFailed);
     runPending();
   }
-  EXPECT_EQ(delivered, (Statuses{2, 2, 2, 2}));
+  EXPECT_EQ(delivered, (Statuses{2, 2, 2}));
   EXPECT_EQ(request->status(), Kex::Request::kIdle);
   EXPECT_FALSE(request->active());
-  EXPECT_EQ(request->started(), 4U);
+  EXPECT_EQ(request->started(), 3U);
 }
 
 TEST_F(HardwareVornRequest, writesTheWholeReadLengthAndNoMore) {
@@ -152,19 +152,18 @@ TEST_F(HardwareVornRequest, writesTheWholeReadLengthAndNoMore) {
 
 TEST_F(HardwareVornRequest, operationsAreReplacedOnlyAfterItWasWithdrawn) {
   auto const opcodes = [&] {
-    std::string text;
-    for (auto const& op : request->operations()) {
-      text += op.opcode == VornOp::kWrite ? 'w' : 'r';
-    }
-    return text;
+    std::vector<VornOp::Opcode> made;
+    std::ranges::transform(request->operations(), std::back_inserter(made), &VornOp::opcode);
+    return made;
   };
+  using Opcodes = std::vector<VornOp::Opcode>;
   auto const make = [&](VornOp::Opcode opcode, U32 length = 2) {
     request->doMakeOp(opcode, 0x58, buffer->data(), length, 1, 1, 1);
   };
   request->activeIs(false);
-  EXPECT_EQ(opcodes(), "r");  // kept until something takes their place
+  EXPECT_EQ(opcodes(), Opcodes{VornOp::kRead});  // kept until something takes their place
   make(VornOp::kWrite), make(VornOp::kRead);
-  EXPECT_EQ(opcodes(), "wr");
+  EXPECT_EQ(opcodes(), (Opcodes{VornOp::kWrite, VornOp::kRead}));
   buffer->byteIs(0, 0xEE);  // a write is copied when it is made
   request->activeIs(true);
   ASSERT_EQ(asked.size(), 1U);

@@ -144,46 +144,37 @@ std::ostream& operator<<(std::ostream& out, Formatted const& part) {
 
 TEST(KexTrace, isFormattedOnlyForLevelsThatAreOnOrForCoverage) {
   constexpr unsigned kLevel = 3;
-  struct {
-    U32 levels;
-    bool isCovered;
-    bool isHanded;  ///< to the sink
-  } const rows[] = {
-      {0, false, false},
-      {1U << kLevel, false, true},
-      {~(1U << kLevel), false, false},
-      {~U32{0}, false, true},
-      {0, true, false},
-      {1U << kLevel, true, true},
-  };
-  for (auto const& row : rows) {
-    Kex::TraceHandle const early("KexTraceTest", true);
-    Kex::TraceHandle const other("KexTraceTes", false);
-    Kex::TraceHandle::levelsIs("KexTraceTest", row.levels);
-    Kex::TraceHandle const handle("KexTraceTest", false);  // what was set holds for later ones too
-    std::vector<Kex::TraceRecord> handed;
-    Kex::traceSinkIs([&](Kex::TraceRecord const& record) { handed.push_back(record); });
-    std::ostringstream coverage;
-    Kex::coverageStream_ = row.isCovered ? &coverage : nullptr;
-    int times = 0;
-    unsigned const line = __LINE__ + 1;
-    Kex::trace({handle, kLevel}, Formatted{times}, 1.0 / 3, ' ', 123456789012.0);
-    Kex::coverageStream_ = nullptr;
-    Kex::traceSinkIs({});
-    auto const name = testing::Message() << row.levels << ' ' << row.isCovered;
-    EXPECT_EQ(early.isOn(kLevel), handle.isOn(kLevel)) << name;
-    EXPECT_FALSE(other.isOn(kLevel)) << name;
-    EXPECT_EQ(times, row.isHanded || row.isCovered ? 1 : 0) << name;
-    EXPECT_EQ(coverage.str().find("f0.333333333333") != std::string::npos, row.isCovered) << name;
-    ASSERT_EQ(handed.size(), row.isHanded ? 1U : 0U) << name;
-    for (auto const& record : handed) {
-      EXPECT_EQ(record.text, "f0.333333333333 123456789012");  // precision 12
-      EXPECT_STREQ(record.context, "<unknown>");
-      EXPECT_STREQ(record.source, "KexTraceTest");
-      EXPECT_EQ(record.function, "TestBody");
-      EXPECT_EQ(record.line, line);
-      EXPECT_EQ(record.level, kLevel);
-      EXPECT_TRUE(record.isEnabled);
+  for (U32 const levels : {0U, 1U << kLevel, ~(1U << kLevel), ~0U}) {
+    for (bool const isCovered : {false, true}) {
+      bool const isOn = (levels >> kLevel & 1) != 0;
+      Kex::TraceHandle const early("KexTraceTest", true);
+      Kex::TraceHandle const other("KexTraceTes", false);
+      Kex::TraceHandle::levelsIs("KexTraceTest", levels);
+      Kex::TraceHandle const handle("KexTraceTest", false);  // what was set holds for later ones
+      std::vector<Kex::TraceRecord> handed;
+      Kex::traceSinkIs([&](Kex::TraceRecord const& record) { handed.push_back(record); });
+      std::ostringstream coverage;
+      Kex::coverageStream_ = isCovered ? &coverage : nullptr;
+      int times = 0;
+      unsigned const line = __LINE__ + 1;
+      Kex::trace({handle, kLevel}, Formatted{times}, 1.0 / 3, ' ', 123456789012.0);
+      Kex::coverageStream_ = nullptr;
+      Kex::traceSinkIs({});
+      SCOPED_TRACE(testing::Message() << levels << ' ' << isCovered);
+      EXPECT_EQ(early.isOn(kLevel), isOn);
+      EXPECT_FALSE(other.isOn(kLevel));
+      EXPECT_EQ(times, isOn || isCovered ? 1 : 0);
+      EXPECT_EQ(coverage.str().find("f0.333333333333") != std::string::npos, isCovered);
+      ASSERT_EQ(handed.size(), isOn ? 1U : 0U);
+      for (auto const& record : handed) {
+        EXPECT_EQ(record.text, "f0.333333333333 123456789012");  // precision 12
+        EXPECT_STREQ(record.context, "<unknown>");
+        EXPECT_STREQ(record.source, "KexTraceTest");
+        EXPECT_EQ(record.function, "TestBody");
+        EXPECT_EQ(record.line, line);
+        EXPECT_EQ(record.level, kLevel);
+        EXPECT_TRUE(record.isEnabled);
+      }
     }
   }
 }
