@@ -3,10 +3,13 @@
 
 #include <algorithm>
 #include <functional>
-#include <span>
+#include <map>
+#include <set>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "host/kex/Directory.h"
@@ -16,17 +19,16 @@
 
 namespace {
 
-using DescriptorBase = Ipmi::SupportedPowerSupplyDescriptorBase;
-using FactoryBase = PowerSupplyDetector::IdentifierFactoryBase;
 using Emerson::PmbusIdentifier::Identifier;
-using Emerson::PmbusIdentifier::IdentifierFactory;
 using Hardware::PowerSupplySlot::SlotConfig;
+using Hardware::PowerSupplySlot::SlotStatus;
 using Kex::holderOf;
 using Kex::KexType;
 using Kex::Ptr;
 using Kex::String8;
 using Kex::U32;
 using Kex::U8;
+using PowerSupplyDetector::SlotDriver;
 using Value = Ptr<Kex::GenericIf>;
 
 /// What came of something: "= " and the answer's text, "done" without an answer, or the class of
@@ -61,306 +63,245 @@ Value listOf(std::vector<Value> const& elements) {
   return list;
 }
 
+/// A request, and what must come of it.
+struct Step {
+  Kex::AttributeId id;
+  U8 code;
+  Value value;
+  std::string outcome;
+  Value index = {};
+};
+Step read(Kex::AttributeId id, std::string outcome, Value index = {}) {
+  return {id, 0, {}, std::move(outcome), std::move(index)};
+}
+Step write(Kex::AttributeId id, Value value, std::string outcome, Value index = {}) {
+  return {id, 128, std::move(value), std::move(outcome), std::move(index)};
+}
+Step del(Kex::AttributeId id, std::string outcome, Value index = {}) {
+  return {id, 129, {}, std::move(outcome), std::move(index)};
+}
+Step call(Kex::AttributeId id, std::vector<Value> const& arguments, std::string outcome) {
+  return {id, 0, listOf(arguments), std::move(outcome)};
+}
+
+std::string outcomeOf(Value const& adapter, Step const& step) {
+  auto const& [id, code, value, expected, index] = step;
+  Kex::AttributeRequest const request{id, code, index.ptr(), value.ptr()};
+  return outcome([&] { return adapter->access(request); });
+}
+void expectEach(Value const& adapter, std::vector<Step> const& steps) {
+  for (auto const& step : steps) {
+    EXPECT_EQ(outcomeOf(adapter, step), step.outcome) << step.id << ", " << &step - steps.data();
+  }
+}
+
 struct SilentTransport final : Smbus::Transport {
   void start(Smbus::Transaction const&, Kex::U64, Smbus::AnswerSink&) override {}
 };
 
 /// A slot with an identifier that waits for the answer to its first poll.
-struct Slot {
+struct Introspection : testing::Test {
   Ptr<Smbus::Bus> bus = Kex::make<Smbus::Bus>(std::make_unique<SilentTransport>());
   Ptr<SlotConfig> config =
       Kex::make<SlotConfig>("slot", Kex::make<SmbusVorn::VornDesc>(Kex::make<Hardware::Vorn>(bus)));
-  Ptr<Hardware::PowerSupplySlot::SlotStatus> status =
-      Kex::make<Hardware::PowerSupplySlot::SlotStatus>("status");
-  Ptr<PowerSupplyDetector::SlotDriver> driver =
-      Kex::make<PowerSupplyDetector::SlotDriver>("driver");
-  Ptr<IdentifierFactory> factory = Emerson::PmbusIdentifier::identifierFactoryFactory("factory");
+  Ptr<SlotStatus> status = Kex::make<SlotStatus>("status");
+  Ptr<SlotDriver> driver = Kex::make<SlotDriver>("driver");
+  Ptr<Emerson::PmbusIdentifier::IdentifierFactory> factory =
+      Emerson::PmbusIdentifier::identifierFactoryFactory("factory");
   Ptr<Identifier> identifier = [this] {
     factory->doAddIdentifierToDriver(driver, config, nullptr, status);
     return Kex::dynamicCast<Identifier>(driver->identifier("EmersonPmbus"));
   }();
+  Value const none = nullptr;
+  Value const text = holderOf(String8("x"));
 };
 
-enum class Kind { function, fixed, written, buffer, table };
-
-/// What a request with neither index nor value is answered; "=" stands for any answer.
-std::string expected(Kind kind, std::string const& name, unsigned code, bool isConst) {
-  if (isConst && code >= 128) {
-    return "const: attempting to modify a const instance";
-  }
-  bool const isWrite = code == 128;
+TEST_F(Introspection, answersEveryCodeAtEveryKindOfAttribute) {
+  // What a request with neither index nor value is answered; "=" stands for any answer.
   std::string const noList = "type: Kex::GenericIf::List_";
-  std::string const notSupported = "not supported: " + name;
-  switch (kind) {
-    case Kind::function: return code == 0 ? noList : notSupported;
-    case Kind::fixed: return code == 0 ? "=" : notSupported;
-    case Kind::written: return code == 0 ? "=" : isWrite ? "type: " + name : notSupported;
-    case Kind::buffer: return code == 0 || code == 129 ? "=" : isWrite ? noList : notSupported;
-    case Kind::table: break;
-  }
-  return code == 0 || isWrite || code == 129 ? "type: kex_index"
-         : code == 1 || code == 2            ? "= 2"
-                                             : notSupported;
-}
-
-TEST(IntrospectionAccess, everyCodeAtEveryKindOfAttribute) {
+  std::string const noKey = "type: kex_index";
   struct {
-    Kind kind;
-    std::vector<std::pair<Kex::AttributeId, char const*>> attributes;
-  } const groups[] = {
-      {Kind::function,
-       {{0x11b, "doInitialize"},
-        {0x11d, "handlePollForInsertionRequest"},
-        {0x11e, "handleIdentifySupplyRequest"},
-        {0x11f, "handleCheckSupplyRequest"},
-        {0x120, "doResetIdentifier"},
-        {0x216, "doSetupCheckSupplyRequest"},
-        {0x218, "handleConstructed"}}},
-      {Kind::fixed,
-       {{0x206, "clockInput"},
-        {0x208, "deviceId"},
-        {0x209, "fruInfoCommand"},
-        {0x20c, "maxBytesReadInProcessCall"}}},
-      {Kind::written,
-       {{0x207, "notifier"},
-        {0x20a, "vornAddr"},
-        {0x20b, "fruInfoAddr"},
-        {0x20d, "mfrIdAddr"},
-        {0x20e, "mfrId"},
-        {0x217, "derivedConstructed"}}},
-      {Kind::buffer,
-       {{0x210, "pollForInsertionWriteBuf"},
-        {0x211, "identifySupplyWriteBuf"},
-        {0x212, "checkSupplyWriteBuf"},
-        {0x213, "pollForInsertionReadBuf"},
-        {0x214, "identifySupplyReadBuf"},
-        {0x215, "checkSupplyReadBuf"}}},
-      {Kind::table, {{0x20f, "mfrIdSupported"}}},
-  };
-  Value const index = holderOf(U8{1});
+    std::map<unsigned, std::string> answers;  ///< by code; no other is supported
+    char const* attributes;
+  } const kinds[] = {
+      {{{0, noList}},
+       "11b doInitialize 11d handlePollForInsertionRequest 11e handleIdentifySupplyRequest "
+       "11f handleCheckSupplyRequest 120 doResetIdentifier 216 doSetupCheckSupplyRequest "
+       "218 handleConstructed"},
+      {{{0, "="}},
+       "104 state 206 clockInput 208 deviceId 209 fruInfoCommand 20c maxBytesReadInProcessCall"},
+      {{{0, "="}, {128, "type: "}},
+       "207 notifier 20a vornAddr 20b fruInfoAddr 20d mfrIdAddr 20e mfrId 217 derivedConstructed"},
+      {{{0, "="}, {128, noList}, {129, "="}},
+       "210 pollForInsertionWriteBuf 211 identifySupplyWriteBuf 212 checkSupplyWriteBuf "
+       "213 pollForInsertionReadBuf 214 identifySupplyReadBuf 215 checkSupplyReadBuf"},
+      {{{0, noKey}, {1, "= 2"}, {2, "= 2"}, {128, noKey}, {129, noKey}}, "20f mfrIdSupported"}};
   for (unsigned n = 0; n < 512; ++n) {
-    U8 const code = n & 0xff;
-    bool const isConst = n > 0xff;
-    Slot const slot;
-    Value const adapter = KexType::genericIf(slot.identifier, isConst);
-    auto const ask = [&](Kex::AttributeId id, Kex::GenericIf const* at) {
-      return outcome(
-          [&] { return adapter->access({.id = id, .code = code, .index = at, .value = nullptr}); });
+    bool const isConst = n < 256;
+    U8 const code = n % 256;
+    Value const adapter = KexType::genericIf(identifier, isConst);
+    bool const isRefused = isConst && code >= 128;
+    auto const unlessRefused = [&](std::string const& answer) {
+      return isRefused ? "const: attempting to modify a const instance" : answer;
     };
-    for (auto const& [kind, attributes] : groups) {
-      for (auto const& [id, name] : attributes) {
-        auto const plain = expected(kind, name, code, isConst);
-        auto const answer = ask(id, nullptr);
-        EXPECT_EQ(plain == "=" ? answer.substr(0, 1) : answer, plain) << name << n;
-        if (kind != Kind::function && kind != Kind::table && !plain.starts_with("const")) {
-          EXPECT_EQ(ask(id, index.ptr()), std::string("index: ") + name) << n;
+    for (auto const& [answers, attributes] : kinds) {
+      std::istringstream in(attributes);
+      std::string name;
+      for (Kex::AttributeId id = 0; in >> std::hex >> id >> name;) {
+        auto const found = answers.find(code);
+        std::string answer = found == answers.end() ? "not supported: " : found->second;
+        auto const expected = unlessRefused(answer + (answer.ends_with(": ") ? name : ""));
+        answer = outcomeOf(adapter, {id, code, none, ""});
+        EXPECT_EQ(expected == "=" ? answer.substr(0, 1) : answer, expected) << name << n;
+        if (answers.at(0) == "=") {  // what is read without an index takes none
+          EXPECT_EQ(outcomeOf(adapter, {id, code, none, "", text}),
+                    unlessRefused("index: " + name));
         }
       }
     }
-    // What the type does not declare itself is its base's to answer, or nobody's.
-    EXPECT_EQ(ask(0x104, nullptr),
-              code == 0 ? "= 2" : expected(Kind::fixed, "state", code, isConst));
     for (Kex::AttributeId const id : {0x0U, 0x11cU, 0x205U, 0x219U, 0xffffffffU}) {
-      EXPECT_EQ(ask(id, nullptr).substr(0, 6), isConst && code >= 128 ? "const:" : "range:") << id;
+      EXPECT_EQ(outcomeOf(adapter, {id, code, none, ""}).substr(0, 6),
+                isRefused ? "const:" : "range:")
+          << id;
     }
   }
 }
 
-struct Request {
-  Kex::AttributeId id;
-  unsigned code;
-  Value value;
-  std::string outcome;
-  Value index = {};
-};
-void expectEach(Value const& adapter, std::vector<Request> const& rows) {
-  for (auto const& row : rows) {
-    Kex::AttributeRequest const request{.id = row.id,
-                                        .code = static_cast<U8>(row.code),
-                                        .index = row.index.ptr(),
-                                        .value = row.value.ptr()};
-    EXPECT_EQ(outcome([&] { return adapter->access(request); }), row.outcome)
-        << std::hex << row.id << ", row " << std::dec << &row - rows.data();
-  }
-}
-
-TEST(IntrospectionAccess, readsAndWritesWhatFits) {
-  Slot const slot;
-  Value const text = holderOf(String8("x"));
+TEST_F(Introspection, readsAndWritesWhatFits) {
+  Value const adapter = KexType::genericIf(identifier, false);
+  Value const yes = holderOf(true);
+  Value const no = holderOf(false);
+  identifier->idprom()->headerIs(Kex::make<Ipmi::CommonAreaHeader>(*Kex::make<Hal::Buf>(0U)));
+  Value const nine = holderOf(U32{9});
   Value const key = holderOf(String8("EMERSON"));
-  Value const none = nullptr;
-  auto const address = [](Kex::U64 encoded) { return holderOf(Smbus::VornAddress(encoded)); };
-  slot.identifier->idprom()->headerIs(Kex::make<Ipmi::CommonAreaHeader>(*Kex::make<Hal::Buf>(0U)));
-  expectEach(KexType::genericIf(slot.identifier, false),
-             {
-                 {0x206, 0, none, "= clock"},
-                 {0x207, 128, holderOf(Kex::make<Kex::Clock>("another")), "done"},
-                 {0x207, 0, none, "= another"},
-                 {0x207, 128, holderOf(slot.config), "type: notifier"},
-                 {0x208, 0, none, "= 0x58"},
-                 {0x209, 0, none, "= 176"},
-                 {0x20a, 0, none, "= 0x3e8b058"},
-                 {0x20b, 0, none, "= 65581144"},
-                 {0x20c, 0, none, "= 16"},
-                 {0x20d, 0, none, "= 0x3e89958"},
-                 {0x20a, 128, text, "type: vornAddr"},
-                 {0x20a, 128, address(0x12), "done"},
-                 {0x20b, 0, none, "= 18"},
-                 {0x20b, 128, holderOf(true), "type: fruInfoAddr"},
-                 {0x20b, 128, holderOf(Kex::U64{0x34}), "done"},
-                 {0x20a, 0, none, "= 0x34"},
-                 {0x20e, 128, text, "done"},
-                 {0x20e, 0, none, "= x"},
-                 {0x217, 128, holderOf(U8{0}), "type: derivedConstructed"},
-                 {0x217, 128, holderOf(false), "done"},
-                 {0x10b, 0, none, "= false"},
-                 // Buffers
-                 {0x213, 129, none, "= <Hal::Buf>"},
-                 {0x213, 129, none, "done"},
-                 {0x213, 128, listOf({}), "type: size"},
-                 {0x213, 128, listOf({text}), "type: size"},
-                 {0x213, 128, listOf({holderOf(Kex::U64{1} << 32)}), "type: size"},
-                 {0x213, 128, listOf({holderOf(U32{9}), none}), "unknown: pollForInsertionReadBuf"},
-                 {0x213, 0, none, "done"},
-                 {0x213, 128, listOf({holderOf(U32{9})}), "= <Hal::Buf>"},
-                 // The table of manufacturers
-                 {0x20f, 0, none, "= true", key},
-                 {0x20f, 0, none, "= false", text},
-                 {0x20f, 0, none, "type: kex_index", holderOf(U8{1})},
-                 {0x20f, 128, none, "type: mfrIdSupported", key},
-                 {0x20f, 128, holderOf(false), "done", key},
-                 {0x20f, 0, none, "= false", key},
-                 {0x20f, 128, holderOf(true), "done", text},
-                 {0x20f, 1, none, "= 3"},
-                 {0x20f, 129, none, "done", text},
-                 {0x20f, 129, none, "done", text},
-                 {0x20f, 1, none, "= 2"},
-                 // Functions
-                 {0x11b, 0, text, "type: Kex::GenericIf::List_"},
-                 {0x11b, 0, listOf({text}), "unknown: doInitialize"},
-                 {0x120, 0, listOf({}), "done"},
-                 {0x20e, 0, none, "= "},
-                 {0x216, 0, listOf({}), "type: supported"},
-                 {0x216, 0, listOf({holderOf(true), none}), "unknown: doSetupCheckSupplyRequest"},
-                 {0x216, 0, listOf({holderOf(true)}), "done"},
-             });
-  EXPECT_EQ(slot.identifier->pollForInsertionReadBuf()->size(), 9U);
-  EXPECT_EQ(slot.identifier->checkSupplyRequest()->operations().size(), 2U);
+  expectEach(adapter, {read(0x104, "= 2"), read(0x206, "= clock"), read(0x208, "= 0x58"),
+                       read(0x209, "= 176"), read(0x20c, "= 16"), read(0x20d, "= 0x3e89958"),
+                       write(0x207, holderOf(Kex::make<Kex::Clock>("another")), "done"),
+                       read(0x207, "= another"), write(0x207, holderOf(config), "type: notifier")});
+  expectEach(
+      adapter,
+      {read(0x20a, "= 0x3e8b058"), read(0x20b, "= 65581144"), write(0x20a, text, "type: vornAddr"),
+       write(0x20a, holderOf(Smbus::VornAddress(0x12)), "done"), read(0x20b, "= 18"),
+       write(0x20b, yes, "type: fruInfoAddr"), write(0x20b, holderOf(Kex::U64{0x34}), "done"),
+       read(0x20a, "= 0x34"), write(0x20e, text, "done"), read(0x20e, "= x"),
+       write(0x217, holderOf(U8{0}), "type: derivedConstructed"), write(0x217, no, "done"),
+       read(0x10b, "= false")});
+  expectEach(adapter,
+             {del(0x213, "= <Hal::Buf>"), del(0x213, "done"),
+              write(0x213, listOf({}), "type: size"), write(0x213, listOf({text}), "type: size"),
+              write(0x213, listOf({holderOf(Kex::U64{1} << 32)}), "type: size"),
+              write(0x213, listOf({nine, none}), "unknown: pollForInsertionReadBuf"),
+              read(0x213, "done"), write(0x213, listOf({nine}), "= <Hal::Buf>")});
+  expectEach(adapter,
+             {read(0x20f, "= true", key), read(0x20f, "= false", text),
+              read(0x20f, "type: kex_index", nine), write(0x20f, none, "type: mfrIdSupported", key),
+              write(0x20f, no, "done", key), read(0x20f, "= false", key),
+              write(0x20f, yes, "done", text), Step{0x20f, 1, none, "= 3"},
+              del(0x20f, "done", text), del(0x20f, "done", text), Step{0x20f, 1, none, "= 2"}});
+  expectEach(adapter, {Step{0x11b, 0, text, "type: Kex::GenericIf::List_"},
+                       call(0x11b, {text}, "unknown: doInitialize"), call(0x120, {}, "done"),
+                       read(0x20e, "= "), call(0x216, {}, "type: supported"),
+                       call(0x216, {yes, none}, "unknown: doSetupCheckSupplyRequest"),
+                       call(0x216, {yes}, "done")});
+  EXPECT_EQ(identifier->pollForInsertionReadBuf()->size(), 9U);
+  EXPECT_EQ(identifier->checkSupplyRequest()->operations().size(), 2U);
 }
 
-TEST(IntrospectionAccess, walksTheTableOfManufacturers) {
-  Slot const slot;
-  Value const adapter = KexType::genericIf(slot.identifier, true);
-  slot.identifier->mfrIdSupportedIs("ARTESYN", false);
+TEST_F(Introspection, walksTheTableOfManufacturers) {
+  Value const adapter = KexType::genericIf(identifier, true);
+  identifier->mfrIdSupportedIs("ARTESYN", false);
   std::string met;
   for (auto const walk = adapter->iterator(0x20f); !walk->isAtEnd(); walk->advance()) {
-    slot.identifier->mfrIdSupportedDel(walk->key()->text());
+    identifier->mfrIdSupportedDel(walk->key()->text());
     met = met + walk->key()->text().charPtr() + walk->value()->text().charPtr();
   }
   EXPECT_TRUE(met == "ARTESYNfalseEMERSONtrue" || met == "EMERSONtrueARTESYNfalse") << met;
   EXPECT_EQ(outcome([&] { return adapter->iterator(0x208)->key(); }).substr(0, 6), "range:");
 }
 
-TEST(IntrospectionAccess, functionsTakeTheirDeclaredArguments) {
+TEST_F(Introspection, takesTheDeclaredArgumentsOfAFunction) {
   auto const descriptor = Emerson::IpmiIdentifier::dS2900Factory("d");
   Value const good = holderOf(ipmiTest::idpromOf({.partNumber = "DS2900-3"}));
-  Value const empty = holderOf(Kex::make<Ipmi::IdpromContents>());
-  Value const noIdprom = holderOf(Ptr<Ipmi::IdpromContents>());
   Value const noConfig = holderOf(Ptr<SlotConfig>());
   expectEach(KexType::genericIf(descriptor, true),
-             {{0x102, 0, listOf({}), "type: idpromContents"},
-              {0x102, 0, listOf({nullptr}), "type: idpromContents"},
-              {0x102, 0, listOf({holderOf(descriptor)}), "type: idpromContents"},
-              {0x102, 0, listOf({noConfig}), "type: idpromContents"},
-              {0x102, 0, listOf({noIdprom}), "range: null ValidPtr"},
-              {0x102, 0, listOf({empty}), "range: null ValidPtr"},
-              {0x102, 0, listOf({good, good}), "unknown: doGenerateFdl"},
-              {0x100, 0, nullptr, "= false"},
-              {0x102, 0, listOf({good}), "done"},
-              {0x100, 0, nullptr, "= true"},
-              {0x102, 1, listOf({good}), "not supported: doGenerateFdl"},
-              {0x102, 129, nullptr, "const: attempting to modify a const instance"}});
-  Slot const slot;
-  slot.driver->identifierDel("EmersonPmbus");
-  Value const factory = KexType::genericIf(slot.factory, false);
-  Value const driver = KexType::genericIf(slot.driver, true);
-  Value const config = KexType::genericIf(slot.config, true);
+             {call(0x102, {}, "type: idpromContents"), call(0x102, {none}, "type: idpromContents"),
+              call(0x102, {holderOf(descriptor)}, "type: idpromContents"),
+              call(0x102, {noConfig}, "type: idpromContents"),
+              call(0x102, {holderOf(Ptr<Ipmi::IdpromContents>())}, "range: null ValidPtr"),
+              call(0x102, {holderOf(Kex::make<Ipmi::IdpromContents>())}, "range: null ValidPtr"),
+              call(0x102, {good, good}, "unknown: doGenerateFdl"),
+              Step{0x102, 1, listOf({good}), "not supported: doGenerateFdl"},
+              read(0x100, "= false"), call(0x102, {good}, "done"), read(0x100, "= true"),
+              del(0x102, "const: attempting to modify a const instance")});
+
+  driver->identifierDel("EmersonPmbus");
+  Value const d = holderOf(driver);
+  Value const c = holderOf(config);
   Value const cell = holderOf(Ptr<Hardware::PowerSupply::CellConfig>());
-  Value const status = holderOf(slot.status);
-  Value const noStatus = holderOf(Ptr<Hardware::PowerSupplySlot::SlotStatus>());
-  Value const noDriver = holderOf(Ptr<PowerSupplyDetector::SlotDriver>());
-  expectEach(factory, {{0x102, 0, listOf({}), "type: driver"},
-                       {0x102, 0, listOf({driver}), "type: config"},
-                       {0x102, 0, listOf({driver, config}), "type: cellConfig"},
-                       {0x102, 0, listOf({driver, config, cell}), "type: status"},
-                       {0x102, 0, listOf({driver, noConfig, cell, status}), "range: null ValidPtr"},
-                       {0x102, 0, listOf({noDriver, config, cell, status}), "range: null ValidPtr"},
-                       {0x102, 0, listOf({driver, config, cell, noStatus}), "range: null ValidPtr"},
-                       {0x102, 0, listOf({driver, config, cell, status, cell}),
-                        "unknown: doAddIdentifierToDriver"}});
-  EXPECT_EQ(slot.driver->identifier("EmersonPmbus"), nullptr);
-  expectEach(factory, {{0x102, 0, listOf({driver, config, cell, status}), "done"}});
-  EXPECT_NE(slot.driver->identifier("EmersonPmbus"), nullptr);
+  Value const s = holderOf(status);
+  Value const adapter = KexType::genericIf(factory, false);
+  expectEach(adapter,
+             {call(0x102, {}, "type: driver"), call(0x102, {d}, "type: config"),
+              call(0x102, {d, c}, "type: cellConfig"), call(0x102, {d, c, cell}, "type: status"),
+              call(0x102, {holderOf(Ptr<SlotDriver>()), c, cell, s}, "range: null ValidPtr"),
+              call(0x102, {d, noConfig, cell, s}, "range: null ValidPtr"),
+              call(0x102, {d, c, cell, holderOf(Ptr<SlotStatus>())}, "range: null ValidPtr"),
+              call(0x102, {d, c, cell, s, cell}, "unknown: doAddIdentifierToDriver")});
+  EXPECT_EQ(driver->identifier("EmersonPmbus"), nullptr);
+  expectEach(adapter, {call(0x102, {d, c, cell, s}, "done")});
+  EXPECT_NE(driver->identifier("EmersonPmbus"), nullptr);
 }
 
-TEST(IntrospectionTypes, areConstructedCastAndReadAsTheirChainSays) {
-  Slot const slot;
-  KexType* const identifierChain[] = {
-      &Ipmi::IdentifierBase::_fwkType(), &PowerSupplyDetector::IdentifierBase::_fwkType(),
-      &Kex::Entity::NotifieeConst::_fwkType(), &Kex::PtrInterface::NotifieeConst::_fwkType()};
-  KexType* const factoryChain[] = {&FactoryBase::_fwkType(), &Kex::Entity::_fwkType()};
-  KexType* const descriptorChain[] = {&DescriptorBase::_fwkType(), &Kex::Entity::_fwkType()};
-  std::vector<std::pair<Ptr<Kex::PtrInterface>, std::span<KexType* const>>> objects{
-      {slot.identifier, identifierChain}, {slot.factory, factoryChain}};
-  for (auto const& descriptor : ipmiTest::oneOfEach()) {
-    objects.emplace_back(descriptor, descriptorChain);
-  }
-  std::vector<KexType*> types{&Kex::PtrInterface::_fwkType(), &Kex::Clock::_fwkType()};
-  for (auto const& [object, chain] : objects) {
-    types.push_back(&object->fwkType());
-    std::ranges::copy(chain, std::back_inserter(types));
+TEST_F(Introspection, constructsCastsAndReadsWhatTheChainOfATypeSays) {
+  std::vector<Ptr<Kex::PtrInterface>> objects{identifier, factory};
+  std::ranges::copy(ipmiTest::oneOfEach(), std::back_inserter(objects));
+  std::set<KexType const*> types{&Kex::Clock::_fwkType()};
+  auto const chainOf = [](auto const& object) {
+    std::set<KexType const*> chain;
+    for (KexType const* type = &object->fwkType(); type != nullptr; type = type->base()) {
+      chain.insert(type);
+    }
+    return chain;
+  };
+  for (auto const& object : objects) {
+    types.merge(chainOf(object));
   }
   Value const name = holderOf(Kex::Name("n"));
-  for (auto const& [object, chain] : objects) {
+  for (auto const& object : objects) {
+    auto const chain = chainOf(object);
     KexType const& own = object->fwkType();
     std::string const shortName = own.name().charPtr();
+    std::string const path = Kex::valueToStrep(object).charPtr();
     Value const adapter = KexType::genericIf(object, true);
     for (KexType const* const type : types) {
-      bool const isGranted =
-          type == &own || type == types[0] || std::ranges::find(chain, type) != chain.end();
+      bool const isGranted = chain.contains(type);
       EXPECT_EQ(outcome([&] { return holderOf(adapter->castTo(*type)); }),
-                isGranted ? "= " + std::string(Kex::valueToStrep(object).charPtr())
-                          : "type: " + shortName)
+                isGranted ? "= " + path : "type: " + shortName)
           << type->fullName();
       EXPECT_EQ(type->valueFromPtr(object.ptr())->object(), isGranted ? object : nullptr);
       EXPECT_EQ(type->valueFromPtr(nullptr)->object(), nullptr);
     }
-    struct {
-      Value arguments;
-      std::string outcome;
-    } const rows[] = {
-        {nullptr, "type: Kex::GenericIf::List_"},
-        {name, "type: Kex::GenericIf::List_"},
+    std::pair<Value, std::string> const rows[] = {
+        {none, "type: Kex::GenericIf::List_"},
         {listOf({}), "type: name"},
-        {listOf({nullptr}), "type: name"},
         {listOf({listOf({})}), "type: name"},
         {listOf({name, name}), "unknown: " + shortName},
-        {listOf({name, {}}), "unknown: " + shortName},
         {listOf({name}), "= n"},
     };
-    for (auto const& row : rows) {
-      EXPECT_EQ(outcome([&] { return own.genericIf(row.arguments.ptr(), true); }),
-                object == slot.identifier ? "type: " + shortName : row.outcome);
+    for (auto const& [arguments, made] : rows) {
+      EXPECT_EQ(outcome([&] { return own.genericIf(arguments.ptr(), true); }),
+                object == identifier ? "type: " + shortName : made);
     }
     EXPECT_EQ(outcome([&] { return own.valueFromText("null"); }), "= null");
     EXPECT_EQ(outcome([&] { return own.valueFromText("/ "); }),
               "conversion: cannot convert '/' to " + std::string(own.fullName().charPtr()));
   }
-  Kex::root().memberIs(slot.driver);
-  KexType const& type = Identifier::_fwkType();
-  EXPECT_EQ(outcome([&] { return type.valueFromText("/driver/EmersonPmbus"); }),
-            "= /driver/EmersonPmbus");
-  EXPECT_EQ(outcome([&] { return type.valueFromText("/driver/EmersonPmbus]"); }),
+  Kex::root().memberIs(driver);
+  auto const fromText = [](char const* path) {
+    return outcome([&] { return Identifier::_fwkType().valueFromText(path); });
+  };
+  EXPECT_EQ(fromText("/driver/EmersonPmbus"), "= /driver/EmersonPmbus");
+  EXPECT_EQ(fromText("/driver/EmersonPmbus]"),
             "conversion: junk at column 20 deserializing /driver/EmersonPmbus]");
   Kex::root().memberDel("driver");
 }
