@@ -138,7 +138,7 @@ TEST_F(Introspection, answersEveryCodeAtEveryKindOfAttribute) {
       {{{0, noKey}, {1, "= 2"}, {2, "= 2"}, {128, noKey}, {129, noKey}}, "20f mfrIdSupported"}};
   for (unsigned n = 0; n < 512; ++n) {
     bool const isConst = n < 256;
-    U8 const code = n % 256;
+    auto const code = static_cast<U8>(n % 256);
     Value const adapter = KexType::genericIf(identifier, isConst);
     bool const isRefused = isConst && code >= 128;
     auto const unlessRefused = [&](std::string const& answer) {
