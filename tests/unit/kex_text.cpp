@@ -1,7 +1,7 @@
 // Values and references as text, both ways; bus addresses.
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <span>
 #include <string>
 
 #include "host/hal/Buf.h"
@@ -12,95 +12,60 @@
 
 namespace {
 
-using Kex::Directory;
 using Kex::Ptr;
 using Kex::String8;
-using Any = Ptr<Kex::PtrInterface>;
 
-class KexText : public testing::Test {
- protected:
-  KexText() {
-    Kex::root().memberIs(top);
-    top->memberIs(odd);
-    odd->memberIs(leaf);
-  }
-  ~KexText() override { Kex::root().memberDel("top"); }
+/// Reads a text and writes the value again.
+using Read = String8 (*)(String8 const& text);
 
-  Ptr<Directory> top = Kex::make<Directory>("top");
-  Ptr<Directory> odd = Kex::make<Directory>("a/b [c],(d){e} \\f\tg");
-  Ptr<Kex::Clock> leaf = Kex::make<Kex::Clock>("leaf");
+/// Both ways to read a `T`: as a value, and by the record of its type.
+template <class T>
+constexpr Read kReaders[] = {
+    [](String8 const& text) { return Kex::holderOf(Kex::strepToValue<T>(text))->text(); },
+    [](String8 const& text) { return Kex::typeOf<T>().valueFromText(text)->text(); },
 };
 
-TEST_F(KexText, referencesAreReadAsTheyAreWritten) {
-  std::string const oddPath = "/top/a\\/b\\ \\[c\\]\\,\\(d\\)\\{e\\}\\ \\\\f\\\tg";
-  Any const root(&Kex::root());
-  struct {
-    std::string text;
-    Any object;
-    std::string refused;
-    bool isWritten = false;  ///< the text is also what the object is written as
-    bool isForClock = false;
-  } const rows[] = {
-      {"/", root, "", true},
-      {"/top", top, "", true},
-      {oddPath, odd, "", true},
-      {oddPath + "/leaf", leaf, "", true},
-      {"null", nullptr, "", true},
-      {"/to\\p", top, ""},
-      {"", nullptr, ""},
-      {"/nowhere/else", nullptr, ""},
-      {"/top/", nullptr, ""},
-      {"//top", nullptr, ""},
-      {"/top ", nullptr, "junk at column 4 deserializing /top "},
-      {"/top,/top", nullptr, "junk at column 4 deserializing /top,/top"},
-      {"/top\\", nullptr, "junk at column 4 deserializing /top\\"},
-      {"/ top", nullptr, "junk at column 1 deserializing / top"},
-      {"nullx", nullptr, "junk at column 4 deserializing nullx"},
-      {"top", nullptr, "junk at column 0 deserializing top"},
-      {"/top", nullptr, "cannot convert '/top' to Kex::Clock", false, true},
-      {"/top junk", nullptr, "cannot convert '/top' to Kex::Clock", false, true},
-      {oddPath + "/leaf", leaf, "", false, true},
-  };
-  for (auto const& row : rows) {
-    std::string refused;
-    try {
-      EXPECT_EQ(row.isForClock ? Any(Kex::strepToValue<Ptr<Kex::Clock>>(String8(row.text)))
-                               : Kex::strepToValue<Any>(String8(row.text)),
-                row.object)
-          << row.text;
-    } catch (Kex::Exception const& error) {
-      refused = error.what();
-      EXPECT_EQ(error.id(), 12U) << row.text;
-      EXPECT_TRUE(error.isUserError()) << row.text;
-    }
-    EXPECT_EQ(refused, row.refused) << row.text;
-    if (row.isWritten) {
-      EXPECT_EQ(Kex::valueToStrep(row.object).view(), row.text);
-    }
-  }
-  EXPECT_EQ(Kex::valueToStrep(Kex::make<Hal::Buf>(1U)), "<Hal::Buf>");
-  odd->memberIs(Kex::make<Kex::Clock>("leaf"));  // in place of the one that was there
-  EXPECT_EQ(leaf->parent(), nullptr);
-  EXPECT_EQ(odd->memberNames().size(), 1U);
-}
-
 TEST(KexValues, areReadByTheirType) {
-  using Read = std::string (*)(String8 const& text);
-  auto const as = []<class T>(T) -> Read {
-    return [](String8 const& text) {
-      return std::string(Kex::typeOf<T>().valueFromText(text)->text().view());
-    };
-  };
-  Read const u8 = as(Kex::U8{});
-  Read const address = as(Smbus::VornAddress());
+  auto const top = Kex::make<Kex::Directory>("top");
+  auto const odd = Kex::make<Kex::Directory>("a/b [c],(d){e} \\f\tg");
+  auto const leaf = Kex::make<Kex::Clock>("leaf");
+  Kex::root().memberIs(top), top->memberIs(odd), odd->memberIs(leaf);
+  std::string const oddPath = "/top/a\\/b\\ \\[c\\]\\,\\(d\\)\\{e\\}\\ \\\\f\\\tg";
+  std::string const leafPath = oddPath + "/leaf";
+  EXPECT_EQ(Kex::strepToValue<Ptr<Kex::Clock>>(String8(leafPath)), leaf);
+
+  std::span<Read const> const object = kReaders<Ptr<Kex::PtrInterface>>;
+  std::span<Read const> const clock = kReaders<Ptr<Kex::Clock>>;
+  std::span<Read const> const boolean = kReaders<bool>;
+  std::span<Read const> const u8 = kReaders<Kex::U8>;
+  std::span<Read const> const number = kReaders<double>;
   struct {
-    Read read;
-    char const* text;
-    char const* value;  ///< as written again, or what the refusal says
+    std::span<Read const> readers;
+    std::string text;
+    std::string value;  ///< as written again, or what the refusal says
   } const rows[] = {
-      {as(true), "true", "true"},
-      {as(true), "0", "false"},
-      {as(true), "yes", "cannot convert 'yes' to bool"},
+      {object, "/", "/"},
+      {object, "/top", "/top"},
+      {object, "/to\\p", "/top"},
+      {object, oddPath, oddPath},
+      {object, leafPath, leafPath},
+      {object, "null", "null"},
+      {object, "", "null"},
+      {object, "/nowhere/else", "null"},
+      {object, "/top/", "null"},
+      {object, "//top", "null"},
+      {object, "/top ", "junk at column 4 deserializing /top "},
+      {object, "/top,/top", "junk at column 4 deserializing /top,/top"},
+      {object, "/top\\", "junk at column 4 deserializing /top\\"},
+      {object, "/ top", "junk at column 1 deserializing / top"},
+      {object, "nullx", "junk at column 4 deserializing nullx"},
+      {object, "top", "junk at column 0 deserializing top"},
+      {clock, "/top", "cannot convert '/top' to Kex::Clock"},
+      {clock, "/top junk", "cannot convert '/top' to Kex::Clock"},
+      {clock, leafPath, leafPath},
+      {boolean, "true", "true"},
+      {boolean, "0", "false"},
+      {boolean, "yes", "cannot convert 'yes' to bool"},
       {u8, "255", "255"},
       {u8, "0xfF", "255"},
       {u8, "256", "cannot convert '256' to U8"},
@@ -109,26 +74,32 @@ TEST(KexValues, areReadByTheirType) {
       {u8, "1 ", "cannot convert '1 ' to U8"},
       {u8, "", "cannot convert '' to U8"},
       {u8, "0x", "cannot convert '0x' to U8"},
-      {as(Kex::U32{}), "4294967296", "cannot convert '4294967296' to U32"},
-      {as(Kex::U64{}), "0xffffffffffffffff", "18446744073709551615"},
-      {as(0.0), "0.3333333333333", "0.333333333333"},
-      {as(0.0), "1e", "cannot convert '1e' to double"},
-      {as(String8()), "any [text]", "any [text]"},
-      {as(Kex::Name()), "any [text]", "any [text]"},
-      {as(Hardware::SmbusDeviceId()), "88", "0x58"},
-      {address, "0x3e8b058", "0x3e8b058"},
-      {address, "x", "cannot convert 'x' to U64"},
+      {kReaders<Kex::U32>, "4294967296", "cannot convert '4294967296' to U32"},
+      {kReaders<Kex::U64>, "0xffffffffffffffff", "18446744073709551615"},
+      {number, "0.3333333333333", "0.333333333333"},
+      {number, "1e", "cannot convert '1e' to double"},
+      {kReaders<String8>, "any [text]", "any [text]"},
+      {kReaders<Kex::Name>, "any [text]", "any [text]"},
+      {kReaders<Hardware::SmbusDeviceId>, "88", "0x58"},
+      {kReaders<Smbus::VornAddress>, "0x3e8b058", "0x3e8b058"},
+      {kReaders<Smbus::VornAddress>, "x", "cannot convert 'x' to U64"},
   };
   for (auto const& row : rows) {
-    std::string value;
-    try {
-      value = row.read(row.text);
-    } catch (Kex::Exception const& error) {
-      value = error.what();
-      EXPECT_EQ(error.id(), 12U) << row.text;
+    for (Read const read : row.readers) {
+      try {
+        EXPECT_EQ(read(String8(row.text)).view(), row.value) << row.text;
+      } catch (Kex::Exception const& error) {
+        EXPECT_EQ(error.what(), row.value);
+        EXPECT_EQ(error.id(), 12U) << row.text;
+        EXPECT_TRUE(error.isUserError()) << row.text;
+      }
     }
-    EXPECT_EQ(value, row.value) << row.text;
   }
+  EXPECT_EQ(Kex::valueToStrep(Kex::make<Hal::Buf>(1U)), "<Hal::Buf>");
+  odd->memberIs(Kex::make<Kex::Clock>("leaf"));  // in place of the one that was there
+  EXPECT_EQ(leaf->parent(), nullptr);
+  EXPECT_EQ(odd->memberNames().size(), 1U);
+  Kex::root().memberDel("top");
 }
 
 TEST(SmbusVornAddress, fieldsKeepToTheirBits) {
