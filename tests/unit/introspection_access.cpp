@@ -205,6 +205,9 @@ TEST_F(Introspection, readsAndWritesWhatFits) {
                        call(0x216, {yes}, "done")});
   EXPECT_EQ(identifier->pollForInsertionReadBuf()->size(), 9U);
   EXPECT_EQ(identifier->checkSupplyRequest()->operations().size(), 2U);
+  for (Kex::AttributeId id = 0x210; id <= 0x215; ++id) {  // each its own buffer
+    expectEach(adapter, {read(id, "= <Hal::Buf>"), del(id, "= <Hal::Buf>"), read(id, "done")});
+  }
 }
 
 TEST_F(Introspection, walksTheTableOfManufacturers) {
