@@ -2,27 +2,28 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "ipmi/Trim.h"
 #include "tests/unit/ipmi_support.h"
 
 namespace {
 
+using Emerson::IpmiIdentifier::trim;
 using Names = std::vector<std::string>;
 
 enum class Rule { trimmed, exact, prefix };
 
-struct Row {
+constexpr auto kPart = &ipmiTest::Fields::partNumber;
+constexpr auto kName = &ipmiTest::Fields::productName;
+
+struct {
   char const* type;
   std::string ipmiTest::Fields::*field;
   Rule rule;
   Names keys;
-};
-
-constexpr auto kPart = &ipmiTest::Fields::partNumber;
-constexpr auto kName = &ipmiTest::Fields::productName;
-
-Row const kRows[] = {
+} const kRows[] = {
     {"DS3000", kPart, Rule::trimmed, {"DS3000PE-3-001", "DS3000PE-3-402"}},
     {"DS3000_Reversed", kPart, Rule::trimmed, {"DS3000PE-3", "DS3000PE-3-401"}},
     {"DS3000TE", kPart, Rule::trimmed, {"DS3000TE-3-001", "DS3000TE-3-402"}},
@@ -55,37 +56,28 @@ Row const kRows[] = {
     {"DS1600_Reversed", kName, Rule::trimmed, {"DS1600SPE-3-402"}},
 };
 
-class IpmiKeys : public testing::Test {
- protected:
-  /// The types that declare a supply with `key` in `field` managed.
-  Names accepting(std::string ipmiTest::Fields::*field, std::string const& key) {
-    ipmiTest::Fields fields;
-    fields.*field = key;
-    auto const idprom = ipmiTest::idpromOf(fields);
-    Names names;
-    for (auto const& descriptor : descriptors_) {
-      descriptor->doGenerateFdl(idprom);
-      EXPECT_EQ(descriptor->managed(), !descriptor->fdl().empty());
-      if (descriptor->managed()) {
-        names.emplace_back(descriptor->name().charPtr());
-      }
+/// The types that declare a supply with `key` in `field` managed.
+Names accepting(std::string ipmiTest::Fields::*field, std::string const& key) {
+  ipmiTest::Fields fields;
+  fields.*field = key;
+  auto const idprom = ipmiTest::idpromOf(fields);
+  Names names;
+  for (auto const& descriptor : ipmiTest::oneOfEach()) {
+    descriptor->doGenerateFdl(idprom);
+    EXPECT_EQ(descriptor->managed(), !descriptor->fdl().empty());
+    if (descriptor->managed()) {
+      names.emplace_back(descriptor->name().charPtr());
     }
-    return names;
   }
+  return names;
+}
 
- private:
-  ipmiTest::Descriptors descriptors_ = ipmiTest::oneOfEach();
-};
-
-TEST_F(IpmiKeys, onlyTheRightTypeAccepts) {
+TEST(IpmiKeys, onlyTheRightTypeAccepts) {
   for (auto const& row : kRows) {
     for (auto const& key : row.keys) {
       bool const trims = row.rule == Rule::trimmed;
       bool const continues = row.rule == Rule::prefix;
-      struct {
-        std::string key;
-        bool isAccepted;
-      } const variants[] = {
+      std::pair<std::string, bool> const variants[] = {
           {key, true},
           {"d" + key.substr(1), false},
           {"Ds" + key.substr(2), false},
@@ -96,25 +88,31 @@ TEST_F(IpmiKeys, onlyTheRightTypeAccepts) {
           {key + '\0', continues},
           {key + " ", continues || trims},
           {" " + key, trims},
+          {"\n" + key, false},
+          {"\v " + key, false},
           {"\t  " + key + " \t", trims},
           {key.substr(0, 4) + " " + key.substr(4), false},
       };
-      auto const otherField = row.field == kPart ? kName : kPart;
-      for (auto const& variant : variants) {
-        EXPECT_EQ(accepting(row.field, variant.key), variant.isAccepted ? Names{row.type} : Names{})
-            << "'" << variant.key << "'";
+      for (auto const& [variant, isAccepted] : variants) {
+        EXPECT_EQ(accepting(row.field, variant), isAccepted ? Names{row.type} : Names{})
+            << "'" << variant << "'";
+        if (trims) {
+          EXPECT_EQ(trim(Kex::String8(variant)).view() == key, isAccepted) << "'" << variant << "'";
+        }
       }
-      EXPECT_EQ(accepting(otherField, key), Names{}) << key << " in the other field";
+      EXPECT_EQ(accepting(row.field == kPart ? kName : kPart, key), Names{})
+          << key << " in the other field";
     }
   }
 }
 
-TEST_F(IpmiKeys, noTypeAcceptsTheKeysBetween) {
+TEST(IpmiKeys, noTypeAcceptsTheKeysBetween) {
   for (auto const* key : {"", " ", " \t \t", "DS460S-3", "DS460S-3  ", "DS460SDC-3",
                           "DS1600SPE-3-401", "DS2700PE-3-402", "DS1100PED-3-001", "DS460S-3-004"}) {
     EXPECT_EQ(accepting(kName, key), Names{}) << key;
     EXPECT_EQ(accepting(kPart, key), Names{}) << key;
   }
+  EXPECT_EQ(trim(" \t "), "");
 }
 
 }  // namespace
