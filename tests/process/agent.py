@@ -2,7 +2,10 @@
 import os
 import pathlib
 import subprocess
+import tempfile
+import unittest
 
+SOURCE = pathlib.Path(os.environ["PSU_SOURCE_DIR"])
 SAMPLES = pathlib.Path(os.environ["PSU_SAMPLES"])
 DS2900 = SAMPLES / "ds2900.fru"
 
@@ -17,3 +20,19 @@ def run(*arguments, stdin=b"", **options):
                           stderr=subprocess.PIPE, check=False,
                           **{"stdout": subprocess.PIPE} | options)
     return done.returncode, done.stdout, done.stderr.decode("utf-8", "replace").splitlines()
+
+
+class Case(unittest.TestCase):
+    """Tests with a folder for each."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def refused(self, status, told, *arguments):
+        """psu-agent ends with `status` and one line on stderr, which has `told` in it."""
+        with self.subTest(arguments, told=told):
+            got, out, err = run(*arguments)
+            self.assertEqual((got, out, len(err)), (status, b"", 1), err)
+            self.assertIn(told, err[0])

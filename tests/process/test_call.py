@@ -1,7 +1,5 @@
 # psu-agent call: requests to attributes by path and name, and how refused ones are told.
-import unittest
-
-from agent import DS2900, run
+from agent import DS2900, Case, run
 
 IDENTIFIER = "/PowerSupply1/EmersonPmbus"
 REGISTRY = "/Ipmi::SupportedPowerSupplyRegistry"
@@ -9,7 +7,7 @@ FUNCTIONS = ["doInitialize", "handlePollForInsertionRequest", "handleIdentifySup
              "handleCheckSupplyRequest", "doResetIdentifier", "handleConstructed"]
 
 
-class Call(unittest.TestCase):
+class Call(Case):
     def test_answers(self):
         slot = [f"/{kind}PowerSupply1" for kind in ("", "config/", "cell/", "status/")]
         for arguments, answer in (
@@ -42,10 +40,7 @@ class Call(unittest.TestCase):
                 ([IDENTIFIER], 2, "needs an ATTRIBUTE"),
                 ([IDENTIFIER, "mfrId", "--arg", "1"], 2, "--arg: 1"),
                 ([IDENTIFIER, "mfrId", "--code", "256"], 2, "--code: 256")):
-            with self.subTest(arguments):
-                got, out, err = run("call", DS2900, *arguments)
-                self.assertEqual((got, out, len(err)), (status, b"", 1), err)
-                self.assertIn(told, err[0])
+            self.refused(status, told, "call", DS2900, *arguments)
         self.assertEqual(run("call", "nowhere")[0], 1)
 
     def test_paths_can_be_called(self):
@@ -62,7 +57,3 @@ class Call(unittest.TestCase):
             for function in FUNCTIONS:
                 with self.subTest((source, function)):
                     self.assertEqual(run("call", *source, IDENTIFIER, function), (0, b"", []))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,13 +1,13 @@
 """What README and docs/ show in `console` blocks is what the commands print."""
 
 import os
-import pathlib
 import re
 import shlex
 import subprocess
 import unittest
 
-ROOT = pathlib.Path(os.environ["PSU_SOURCE_DIR"])
+from agent import SOURCE
+
 AGENT = os.environ["PSU_AGENT"]
 # `$ psu-agent ...`, then what it prints; a line `...` stands for any lines.
 COMMAND = re.compile(r"^\$ (.*)$")
@@ -36,12 +36,12 @@ def matches(shown, printed):
 class Docs(unittest.TestCase):
     def test_console_blocks(self):
         count = 0
-        for page in [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md"))]:
+        for page in [SOURCE / "README.md", *sorted((SOURCE / "docs").glob("*.md"))]:
             for command, shown in commands(page.read_text()):
                 words = shlex.split(command)
                 with self.subTest(page=page.name, command=command):
                     self.assertEqual(words[0], "psu-agent")
-                    ran = subprocess.run([AGENT, *words[1:]], cwd=ROOT, text=True, timeout=60,
+                    ran = subprocess.run([AGENT, *words[1:]], cwd=SOURCE, text=True, timeout=60,
                                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                          check=False)
                     self.assertTrue(matches(shown, ran.stdout.splitlines()), ran.stdout)
@@ -49,10 +49,6 @@ class Docs(unittest.TestCase):
         self.assertGreater(count, 0)
 
     def test_every_scenario_is_shown(self):
-        page = (ROOT / "docs" / "scenarios.md").read_text()
-        for scenario in sorted((ROOT / "samples" / "scenarios").glob("*.json")):
+        page = (SOURCE / "docs" / "scenarios.md").read_text()
+        for scenario in sorted((SOURCE / "samples" / "scenarios").glob("*.json")):
             self.assertIn(f"$ psu-agent simulate samples/scenarios/{scenario.name}\n", page)
-
-
-if __name__ == "__main__":
-    unittest.main()

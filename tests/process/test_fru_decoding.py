@@ -1,16 +1,11 @@
 # The fields that psu-agent decodes are those that FreeIPMI's ipmi-fru does.
 import json
-import os
-import pathlib
 import re
 import subprocess
 import sys
-import tempfile
-import unittest
 
-from agent import SAMPLES, run
+from agent import SAMPLES, SOURCE, Case, run
 
-MAKE_FRU = pathlib.Path(os.environ["PSU_SOURCE_DIR"]) / "tools" / "make-fru"
 FIELDS = {"Manufacturer Name": "manufacturerName", "Name": "productName",
           "Part/Model Number": "partNumber", "Version": "productVersion",
           "Serial Number": "serialNumber"}
@@ -43,30 +38,24 @@ def reference(image):
             yield FIELDS[label], value
 
 
-class FruDecoding(unittest.TestCase):
+class FruDecoding(Case):
     def test_fields(self):
-        with tempfile.TemporaryDirectory() as folder:
-            entries = [{"file": f"{at}.fru", "image": image} for at, image in enumerate(IMAGES)]
-            made = pathlib.Path(folder, "list.json")
-            made.write_text(json.dumps(entries), encoding="utf-8")
-            subprocess.run([sys.executable, "-B", MAKE_FRU, "--all", made, "-o", folder],
-                           check=True, stderr=subprocess.DEVNULL)
-            images = sorted(pathlib.Path(folder).glob("*.fru"))
-            for entry in json.loads((SAMPLES / "fru.json").read_text(encoding="utf-8")):
-                if not entry["file"].startswith("faulty/") and "bcd-plus" not in str(entry):
-                    images.append(SAMPLES / entry["file"])
-            self.assertGreater(len(images), 30)
-            supplies = run("identify", "--json", *images)[1].splitlines()
-            self.assertEqual(len(supplies), len(images))
-            for image, supply in zip(images, map(json.loads, supplies)):
-                with self.subTest(image.name):
-                    expected = dict.fromkeys(FIELDS.values(), "") | dict(reference(image))
-                    decoded = {name: supply[name] for name in FIELDS.values()}
-                    for name, value in expected.items():
-                        if "\0" not in value:
-                            decoded[name] = decoded[name].partition("\0")[0]
-                    self.assertEqual(decoded, expected)
-
-
-if __name__ == "__main__":
-    unittest.main()
+        entries = [{"file": f"{at}.fru", "image": image} for at, image in enumerate(IMAGES)]
+        made = self.folder / "list.json"
+        made.write_text(json.dumps(entries), encoding="utf-8")
+        subprocess.run([sys.executable, "-B", SOURCE / "tools" / "make-fru", "--all", made,
+                        "-o", self.folder], check=True, stderr=subprocess.DEVNULL)
+        images = sorted(self.folder.glob("*.fru"))
+        for entry in json.loads((SAMPLES / "fru.json").read_text(encoding="utf-8")):
+            if not entry["file"].startswith("faulty/") and "bcd-plus" not in str(entry):
+                images.append(SAMPLES / entry["file"])
+        self.assertGreater(len(images), 30)
+        supplies = run("identify", "--json", *images)[1].splitlines()
+        for image, supply in zip(images, map(json.loads, supplies), strict=True):
+            with self.subTest(image.name):
+                expected = dict.fromkeys(FIELDS.values(), "") | dict(reference(image))
+                decoded = {name: supply[name] for name in FIELDS.values()}
+                for name, value in expected.items():
+                    if "\0" not in value:
+                        decoded[name] = decoded[name].partition("\0")[0]
+                self.assertEqual(decoded, expected)

@@ -2,17 +2,11 @@
 import json
 import os
 import pathlib
-import tempfile
-import unittest
 
-from agent import DS2900, SAMPLES, faulty, run
-
-KEYS = ["source", "slot", "verdict", "reason", "mfrId", "descriptor", "manufacturerName",
-        "productName", "partNumber", "productVersion", "serialNumber", "hwError", "suspect",
-        "transactions", "fdl"]
+from agent import DS2900, SAMPLES, Case, faulty, run
 
 
-class Output(unittest.TestCase):
+class Output(Case):
     def test_prints_each_fdl_in_order(self):
         models = ["ds2900", "ds500dc", "ds2900", "emerson760"]
         alone = {model: run("identify", SAMPLES / f"{model}.fru")[1] for model in models}
@@ -25,25 +19,21 @@ class Output(unittest.TestCase):
                                faulty("area-version"))
         identified, other = map(json.loads, out.splitlines())
         self.assertEqual((status, len(err)), (4, 1))
-        self.assertEqual((list(identified), list(other)), (KEYS, KEYS))
-        self.assertEqual([identified[key] for key in KEYS[:-1]], [
+        self.assertEqual(list(identified)[:3], ["source", "slot", "verdict"])
+        self.assertEqual(list(identified.values())[:-1], [
             str(DS2900), "PowerSupply1", "identified", None, "EMERSON", "DS2900", "EMERSON   ",
             "2900W AC POWER SUPPLY", "DS2900-3-001", "R03", "L1330K04287", False, [],
             # MFR_ID, header, area header, 70 more bytes of the area in chunks of 16, check
             1 + 1 + 1 + 5 + 1])
-        self.assertEqual([other[key] for key in KEYS[1:]], [
+        self.assertEqual(list(other.values())[1:], [
             "PowerSupply2", "unsupportedVersion",
             "the product info area has format version 2, not 1", "EMERSON", None, None, None, None,
             None, None, False, [], 4, None])
 
     def test_suspect_fields_are_warned_of(self):
-        for name, field in (("quote", "manufacturerName"), ("backslash", "manufacturerName"),
-                            ("newline", "serialNumber"), ("nul", "serialNumber")):
-            with self.subTest(name):
-                status, out, err = run("identify", "--json", faulty(name))
-                self.assertEqual((status, json.loads(out)["suspect"]), (0, [field]))
-                self.assertEqual(len(err), 1)
-                self.assertIn(f"{name}.fru: warning: {field}", err[0])
+        status, out, err = run("identify", "--json", faulty("nul"))
+        self.assertEqual((status, json.loads(out)["suspect"], len(err)), (0, ["serialNumber"], 1))
+        self.assertIn("nul.fru: warning: serialNumber", err[0])
 
     def test_explain_marks_the_line_that_failed(self):
         for arguments, marked in (
@@ -73,13 +63,12 @@ class Output(unittest.TestCase):
             self.assertIn(part, out)
 
     def test_traces(self):
-        for levels in ("3", "4", "3,4"):
-            _, _, err = run("--trace", f"EmersonPmbusIdentifier={levels}", "identify", DS2900)
-            self.assertEqual({line.split()[0] for line in err},
-                             {f"EmersonPmbusIdentifier/{level}" for level in levels.split(",")})
+        _, _, err = run("--trace", "EmersonPmbusIdentifier=3,4", "identify", DS2900)
+        self.assertEqual({line.split()[0] for line in err},
+                         {"EmersonPmbusIdentifier/3", "EmersonPmbusIdentifier/4"})
 
 
-class ExitStatus(unittest.TestCase):
+class ExitStatus(Case):
     def test_precedence(self):
         bad = faulty("unrecognised")
         for arguments, status, lines in (
@@ -107,36 +96,26 @@ class ExitStatus(unittest.TestCase):
                 (["--trace", "X", "identify", DS2900], "--trace: X"),
                 (["--trace", "X=1,32", "identify", DS2900], "X=1,32"),
                 (["--trace", "=1", "identify", DS2900], "=1")):
-            with self.subTest(arguments):
-                status, out, err = run(*arguments)
-                self.assertEqual((status, out, len(err)), (2, b"", 1), err)
-                self.assertIn(told, err[0])
+            self.refused(2, told, *arguments)
 
     def test_bad_files(self):
-        with tempfile.TemporaryDirectory() as folder:
-            files = {name: pathlib.Path(folder, name) for name in ("empty", "long", "elf", "text")}
-            files["empty"].write_bytes(b"")
-            files["long"].write_bytes(bytes(257))
-            files["elf"].write_bytes(pathlib.Path(os.environ["PSU_PLUGIN"]).read_bytes()[:4096])
-            files["text"].write_bytes(b"no library")
-            host = pathlib.Path(os.environ["PSU_PLUGIN"]).with_name("libpowersupplyhost.so")
-            for arguments, told in (
-                    ([files["empty"]], "empty: is empty"), ([files["long"]], "256"),
-                    ([folder], "directory"), (["/dev/zero"], "256"), (["-"], "standard input"),
-                    (["--library", "nowhere", DS2900], "nowhere: cannot open"),
-                    (["--library", files["empty"], DS2900], "not an ELF library"),
-                    (["--library", files["text"], DS2900], "not an ELF library"),
-                    (["--library", files["elf"], DS2900], "elf: "),
-                    (["--library", host, DS2900], "no section .kex.type")):
-                with self.subTest(arguments):
-                    status, out, err = run("identify", *arguments)
-                    self.assertEqual((status, out, len(err)), (1, b"", 1), err)
-                    self.assertIn(told, err[0])
+        plugin = pathlib.Path(os.environ["PSU_PLUGIN"])
+        host = plugin.with_name("libpowersupplyhost.so")
+        empty, long, elf, text = (self.folder / name for name in ("empty", "long", "elf", "text"))
+        empty.write_bytes(b"")
+        long.write_bytes(bytes(257))
+        elf.write_bytes(plugin.read_bytes()[:4096])
+        text.write_bytes(b"no library")
+        for arguments, told in (
+                ([empty], "empty: is empty"), ([long], "256"), ([self.folder], "directory"),
+                (["/dev/zero"], "256"), (["-"], "standard input"),
+                (["--library", "nowhere", DS2900], "nowhere: cannot open"),
+                (["--library", empty, DS2900], "not an ELF library"),
+                (["--library", text, DS2900], "not an ELF library"),
+                (["--library", elf, DS2900], "elf: "),
+                (["--library", host, DS2900], "no section .kex.type")):
+            self.refused(1, told, "identify", *arguments)
 
     def test_full_output(self):
         with open("/dev/full", "wb") as full:
             self.assertEqual(run("identify", DS2900, stdout=full)[0], 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

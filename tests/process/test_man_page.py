@@ -1,11 +1,11 @@
 # The man page and the completion know the commands and options that --help knows, no more, no less.
 import os
-import pathlib
 import re
 import subprocess
 import unittest
 
-SOURCE = pathlib.Path(os.environ["PSU_SOURCE_DIR"])
+from agent import SOURCE
+
 AGENT = os.environ["PSU_AGENT"]
 COMPLETE = """
 source "$1"; shift
@@ -69,7 +69,3 @@ class Completion(unittest.TestCase):
                 (["monitor", "--slot", "A", "=", "ds290"], {"ds2900.fru"})):
             with self.subTest(words):
                 self.assertEqual(completed(*words, cwd=os.environ["PSU_SAMPLES"]), offered)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,14 +1,11 @@
 # Every sample image is what its list says, and is recognised as the right model with the right FDL.
 import json
-import os
-import pathlib
 import subprocess
 import sys
-import tempfile
 import unittest
 
-SOURCE = pathlib.Path(os.environ["PSU_SOURCE_DIR"])
-SAMPLES = pathlib.Path(os.environ["PSU_SAMPLES"])
+from agent import SAMPLES, SOURCE, Case, run
+
 ENTRIES = json.loads((SAMPLES / "fru.json").read_text(encoding="utf-8"))
 FDL_FIELDS = {"fru.mfgName": "manufacturer", "fru.hardwareRev": "product-version",
               "fru.serialNum": "serial-number"}
@@ -21,10 +18,8 @@ def make_fru(*arguments):
 
 def identify(entries):
     """The objects that psu-agent prints for the entries' images, and its exit status."""
-    files = [SAMPLES / entry["file"] for entry in entries]
-    done = subprocess.run([os.environ["PSU_AGENT"], "identify", "--json", *files],
-                          capture_output=True, check=False)
-    return [json.loads(line) for line in done.stdout.splitlines()], done.returncode
+    status, out, _ = run("identify", "--json", *(SAMPLES / entry["file"] for entry in entries))
+    return [json.loads(line) for line in out.splitlines()], status
 
 
 def expected_fdl(entry):
@@ -39,26 +34,23 @@ def expected_fdl(entry):
     return fdl
 
 
-class Models(unittest.TestCase):
+class Models(Case):
     def test_images_are_those_of_the_list(self):
-        with tempfile.TemporaryDirectory() as folder:
-            done = make_fru("--all", SAMPLES / "fru.json", "-o", folder)
-            self.assertEqual(done.returncode, 0, done.stderr)
-            made, kept = ({path.relative_to(root): path.read_bytes()
-                           for path in pathlib.Path(root).rglob("*.fru")}
-                          for root in (folder, SAMPLES))
-            self.assertEqual(made.keys(), kept.keys())
-            self.assertEqual([str(name) for name in made if made[name] != kept[name]], [])
+        done = make_fru("--all", SAMPLES / "fru.json", "-o", self.folder)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        made, kept = ({path.relative_to(root): path.read_bytes() for path in root.rglob("*.fru")}
+                      for root in (self.folder, SAMPLES))
+        self.assertEqual(made.keys(), kept.keys())
+        self.assertEqual([str(name) for name in made if made[name] != kept[name]], [])
 
     def test_identified(self):
         entries = [entry for entry in ENTRIES if "descriptor" in entry]
         supplies, status = identify(entries)
-        self.assertEqual((len(supplies), status), (len(entries), 0))
-        for entry, supply in zip(entries, supplies):
+        self.assertEqual(status, 0)
+        for entry, supply in zip(entries, supplies, strict=True):
             with self.subTest(entry["file"]):
-                self.assertEqual(supply["verdict"], "identified")
-                self.assertEqual(supply["descriptor"], entry["descriptor"])
-                self.assertEqual(supply["fdl"], expected_fdl(entry))
+                self.assertEqual([supply[key] for key in ("verdict", "descriptor", "fdl")],
+                                 ["identified", entry["descriptor"], expected_fdl(entry)])
 
     def test_not_identified(self):
         entries = [entry for entry in ENTRIES if "verdict" in entry]
@@ -93,7 +85,3 @@ class MakeFru(unittest.TestCase):
                 done = make_fru(*arguments)
                 self.assertEqual((done.returncode, done.stdout), (2, b""))
                 self.assertIn(told, done.stderr.decode("utf-8"))
-
-
-if __name__ == "__main__":
-    unittest.main()
