@@ -21,8 +21,7 @@ using Reactions = std::vector<unsigned>;
 
 void runPending() { Kex::activityManager().runPending(); }
 
-class Lamp : public Kex::Entity {
- public:
+struct Lamp : Kex::Entity {
   using Entity::Entity;
   enum Reaction : unsigned { kOnRed = kReactionsEnd, kOnGreen };
   void flash(Reaction colour = kOnRed) { changed(colour); }
@@ -30,13 +29,11 @@ class Lamp : public Kex::Entity {
 };
 
 /// Notes what it is told of and then does as it was bidden.
-class Watcher : public Kex::NotifieeConstOf<Lamp, Kex::Entity::NotifieeConst> {
- public:
+struct Watcher : Kex::NotifieeConstOf<Lamp, Kex::Entity::NotifieeConst> {
   using NotifieeConstOf::NotifieeConstOf;
   Reactions told;
   std::function<void()> then;
 
- protected:
   void react(unsigned reaction) override {
     told.push_back(reaction);
     if (auto const todo = then) {

@@ -15,16 +15,13 @@ using Kex::Ptr;
 std::size_t live() { return Kex::VFPtrInterface::liveObjects(); }
 
 /// Refers to itself once more while it is destroyed.
-class Counted : public Kex::PtrInterface {
- public:
-  explicit Counted(int& ended) : ended_(ended) {}
+struct Counted : Kex::PtrInterface {
+  explicit Counted(int& counter) : ended(counter) {}
   ~Counted() override {
-    ++ended_;
+    ++ended;
     Ptr<Counted> const again(this);
   }
-
- private:
-  int& ended_;
+  int& ended;
 };
 
 TEST(KexReferences, disposeOfTheirObjectOnceAtTheLastRelease) {

@@ -19,28 +19,26 @@ using Kex::U8;
 
 void runPending() { Kex::activityManager().runPending(); }
 
-/// Keeps what it is asked until the test answers.
-class HeldTransport final : public Smbus::Transport {
- public:
-  struct Asked {
-    Smbus::Transaction transaction;
-    Kex::U64 ticket;
-    Smbus::AnswerSink* sink;
-    void answer(bool isOk, std::vector<U8> const& bytes = {}) const {
-      Smbus::Reply reply{.isOk = isOk, .read = {}, .failure = isOk ? "" : "no acknowledge"};
-      std::ranges::copy(bytes, reply.read.bytes.begin());
-      reply.read.length = static_cast<U8>(bytes.size());
-      sink->answerIs(ticket, reply);
-    }
-  };
-  explicit HeldTransport(std::vector<Asked>& asked) : asked_(asked) {}
-  void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
-             Smbus::AnswerSink& sink) override {
-    asked_.push_back({transaction, ticket, &sink});
+/// What a transport was asked.
+struct Asked {
+  Smbus::Transaction transaction;
+  Kex::U64 ticket;
+  Smbus::AnswerSink* sink;
+  void answer(bool isOk, std::vector<U8> const& bytes = {}) const {
+    Smbus::Reply reply{.isOk = isOk, .read = {}, .failure = isOk ? "" : "no acknowledge"};
+    std::ranges::copy(bytes, reply.read.bytes.begin());
+    reply.read.length = static_cast<U8>(bytes.size());
+    sink->answerIs(ticket, reply);
   }
+};
 
- private:
-  std::vector<Asked>& asked_;
+/// Leaves the answers to the test.
+struct HeldTransport final : Smbus::Transport {
+  explicit HeldTransport(std::vector<Asked>& to) : asked(to) {}
+  void start(Smbus::Transaction const& what, Kex::U64 ticket, Smbus::AnswerSink& sink) override {
+    asked.push_back({what, ticket, &sink});
+  }
+  std::vector<Asked>& asked;
 };
 
 /// A request with an operation to read 8 bytes; its handler writes a log.
@@ -62,7 +60,7 @@ struct Scene : VornRequest::Handler {
     }
   }
 
-  std::vector<HeldTransport::Asked> asked;
+  std::vector<Asked> asked;
   Ptr<Smbus::Bus> bus = Kex::make<Smbus::Bus>(std::make_unique<HeldTransport>(asked));
   Ptr<Hardware::Vorn> vorn = Kex::make<Hardware::Vorn>(bus);
   Ptr<VornRequest> request = vorn->newRequest();
