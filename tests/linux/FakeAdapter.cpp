@@ -1,6 +1,7 @@
 // An i2c adapter that umockdev stands in for, with a simulated supply on it.
 #include "tests/linux/FakeAdapter.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
@@ -8,7 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "agent/Text.h"
+#include "tests/unit/agent_transport.h"
 
 namespace linuxTest {
 
@@ -31,16 +32,12 @@ T valueOf(UMockdevIoctlData const& data) {
   return value;
 }
 
-std::string hexOf(Kex::U8 const* bytes, std::size_t length) { return Agent::hex({bytes, length}); }
-
-Smbus::Transaction transactionOf(Kex::U8 command, Kex::U8 const* write, std::size_t length) {
-  Smbus::Transaction transaction;
-  transaction.address.deviceIs(Smbus::U7(0x58));
-  transaction.address.offsetIs(command);
-  std::copy_n(write, length, transaction.write.bytes.begin());
-  transaction.write.length = static_cast<Kex::U8>(length);
-  transaction.readLength = Smbus::kMaxBlock;
-  return transaction;
+/// The transaction of which `sent` follows the device's address.
+Smbus::Transaction transactionOf(std::span<Kex::U8 const> sent) {
+  Smbus::Block write;
+  std::ranges::copy(sent.subspan(1), write.bytes.begin());
+  write.length = static_cast<Kex::U8>(sent.size() - 1);
+  return {agentTest::address(0x58, sent[0]), write, Smbus::kMaxBlock};
 }
 
 }  // namespace
@@ -49,46 +46,37 @@ class FakeAdapter::Line {
  public:
   explicit Line(Behaviour const& behaviour) : behaviour_(behaviour) {}
 
-  void behaviourIs(Behaviour const& behaviour);
-  std::vector<std::string> transfers();
-  void awaitHang();
-  void release();
+  void behaviourIs(Behaviour const& behaviour) {
+    std::scoped_lock const lock(mutex_);
+    behaviour_ = behaviour;
+  }
+  std::vector<std::string> transfers() {
+    std::scoped_lock const lock(mutex_);
+    return transfers_;
+  }
+  void awaitHang() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return hanging_ != nullptr; });
+  }
+  void release() {
+    std::scoped_lock const lock(mutex_);
+    umockdev_ioctl_client_complete(std::exchange(hanging_, nullptr).get(), -1, ETIMEDOUT);
+  }
   void serve(UMockdevIoctlClient* client);
 
  private:
-  /// What the supply answers, as the adapter delivers it.
-  std::optional<Smbus::Block> answer(Smbus::Transaction const& transaction) const;
   /// Each returns the ioctl's result, below 0 for an errno value.
   int transferSmbus(UMockdevIoctlData* argument);
   int transferMessages(UMockdevIoctlData* argument);
+  /// Notes a transfer and reads what the supply answers, as the adapter delivers it.
+  int transfer(std::string const& text, std::span<Kex::U8 const> sent, Smbus::Block& read);
 
   std::mutex mutex_;
   std::condition_variable changed_;
   Behaviour behaviour_;
   std::vector<std::string> transfers_;
-  UMockdevIoctlClient* hanging_ = nullptr;
+  Owned<UMockdevIoctlClient> hanging_;
 };
-
-void FakeAdapter::Line::behaviourIs(Behaviour const& behaviour) {
-  std::scoped_lock const lock(mutex_);
-  behaviour_ = behaviour;
-}
-
-std::vector<std::string> FakeAdapter::Line::transfers() {
-  std::scoped_lock const lock(mutex_);
-  return transfers_;
-}
-
-void FakeAdapter::Line::awaitHang() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return hanging_ != nullptr; });
-}
-
-void FakeAdapter::Line::release() {
-  std::scoped_lock const lock(mutex_);
-  Owned<UMockdevIoctlClient> const client(std::exchange(hanging_, nullptr));
-  umockdev_ioctl_client_complete(client.get(), -1, ETIMEDOUT);
-}
 
 void FakeAdapter::Line::serve(UMockdevIoctlClient* client) {
   std::scoped_lock const lock(mutex_);
@@ -107,18 +95,24 @@ void FakeAdapter::Line::serve(UMockdevIoctlClient* client) {
     default: break;
   }
   if (result == -EINPROGRESS) {
-    hanging_ = static_cast<UMockdevIoctlClient*>(g_object_ref(client));
+    hanging_.reset(static_cast<UMockdevIoctlClient*>(g_object_ref(client)));
     changed_.notify_all();
     return;
   }
   umockdev_ioctl_client_complete(client, result < 0 ? -1 : result, result < 0 ? -result : 0);
 }
 
-std::optional<Smbus::Block> FakeAdapter::Line::answer(Smbus::Transaction const& transaction) const {
+int FakeAdapter::Line::transfer(std::string const& text, std::span<Kex::U8 const> sent,
+                                Smbus::Block& read) {
   constexpr Kex::U8 kImage[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-  Smbus::Reply reply = Agent::SimulatedSupply(kImage, "EMERSON").answer(transaction);
-  reply.read.bytes[0] = behaviour_.count.value_or(reply.read.bytes[0]);
-  return reply.isOk ? std::optional(reply.read) : std::nullopt;
+  transfers_.push_back(text);
+  if (behaviour_.hangs || behaviour_.transferError != 0) {
+    return behaviour_.hangs ? -EINPROGRESS : -behaviour_.transferError;
+  }
+  auto const reply = Agent::SimulatedSupply(kImage, "EMERSON").answer(transactionOf(sent));
+  read = reply.read;
+  read.bytes[0] = behaviour_.count.value_or(read.bytes[0]);
+  return reply.isOk ? 0 : -ENXIO;
 }
 
 int FakeAdapter::Line::transferSmbus(UMockdevIoctlData* argument) {
@@ -127,19 +121,16 @@ int FakeAdapter::Line::transferSmbus(UMockdevIoctlData* argument) {
   auto const data =
       resolved(call.get(), offsetof(i2c_smbus_ioctl_data, data), sizeof(i2c_smbus_data));
   bool const isRead = wanted.size == I2C_SMBUS_BLOCK_DATA && wanted.read_write == I2C_SMBUS_READ;
-  std::size_t const written = isRead ? 0 : data->data[0] + 1U;
-  transfers_.push_back("smbus " + (isRead ? "read" : "call " + std::to_string(wanted.size)) + " " +
-                       hexOf(&wanted.command, 1) + " " + hexOf(data->data, written));
-  if (behaviour_.hangs || behaviour_.transferError != 0) {
-    return behaviour_.hangs ? -EINPROGRESS : -behaviour_.transferError;
+  std::vector<Kex::U8> sent(data->data, data->data + (isRead ? 0 : data->data[0] + 1));
+  sent.insert(sent.begin(), wanted.command);
+  Smbus::Block read;
+  int const result = transfer(
+      "smbus " + (isRead ? "read" : "call " + std::to_string(wanted.size)) + " " + Agent::hex(sent),
+      sent, read);
+  if (result == 0) {
+    umockdev_ioctl_data_update(data.get(), 0, read.bytes.data(), Smbus::kMaxBlock);
   }
-  auto const reply = answer(transactionOf(wanted.command, data->data, written));
-  if (!reply) {
-    return -ENXIO;
-  }
-  umockdev_ioctl_data_update(data.get(), 0, const_cast<Kex::U8*>(reply->bytes.data()),
-                             Smbus::kMaxBlock);
-  return 0;
+  return result;
 }
 
 int FakeAdapter::Line::transferMessages(UMockdevIoctlData* argument) {
@@ -154,26 +145,20 @@ int FakeAdapter::Line::transferMessages(UMockdevIoctlData* argument) {
   for (i2c_msg const& message : messages) {
     std::size_t const at = data.size() * sizeof(i2c_msg) + offsetof(i2c_msg, buf);
     data.push_back(resolved(list.get(), at, message.len));
-    auto const device = static_cast<Kex::U8>(message.addr);
-    text += (text.empty() ? "" : " ") + hexOf(&device, 1) +
-            (message.flags == 0 ? "<" + hexOf(data.back()->data, message.len)
+    Kex::U8 const device[] = {static_cast<Kex::U8>(message.addr)};
+    text += (text.empty() ? "" : " ") + Agent::hex(device) +
+            (message.flags == 0 ? "<" + Agent::hex({data.back()->data, message.len})
                                 : ">" + std::to_string(message.len)) +
             (message.flags > I2C_M_RD ? " with flags" : "");
   }
-  transfers_.push_back(text);
-  if (behaviour_.hangs || behaviour_.transferError != 0) {
-    return behaviour_.hangs ? -EINPROGRESS : -behaviour_.transferError;
-  }
-  Kex::U8 const* const sent = data[0]->data;
-  auto const reply = answer(transactionOf(sent[0], sent + 1, messages[0].len - 1U));
-  if (!reply) {
-    return -ENXIO;
+  Smbus::Block read;
+  if (int const result = transfer(text, {data[0]->data, messages[0].len}, read); result != 0) {
+    return result;
   }
   // Nobody drives the line beyond the reply.
-  std::vector<Kex::U8> bytes(messages[1].len, 0xFF);
-  std::copy_n(reply->bytes.begin(), std::min<std::size_t>(reply->length, bytes.size()),
-              bytes.begin());
-  umockdev_ioctl_data_update(data[1].get(), 0, bytes.data(), messages[1].len);
+  std::fill(read.bytes.begin() + read.length, read.bytes.end(), Kex::U8{0xFF});
+  umockdev_ioctl_data_update(data[1].get(), 0, read.bytes.data(),
+                             std::min<__u16>(messages[1].len, Smbus::kMaxBlock));
   return behaviour_.messages;
 }
 

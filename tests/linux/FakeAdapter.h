@@ -45,7 +45,7 @@ class FakeAdapter {
   ~FakeAdapter();
 
   void behaviourIs(Behaviour const& behaviour);
-  /// The transfers so far: "smbus read 99", "smbus call B0 0158", "58<B00158 58>17".
+  /// The transfers so far: "smbus read 99", "smbus call 7 B00158", "58<B00158 58>17".
   std::vector<std::string> transfers();
   /// Waits until a transfer hangs.
   void awaitHang();

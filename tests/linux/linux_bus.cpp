@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
 #include <cstdio>
-#include <deque>
+#include <future>
 
 #include "agent/CommandLine.h"
 #include "agent/Error.h"
@@ -21,36 +23,14 @@ using agentTest::fruRead;
 using agentTest::mfrIdRead;
 using linuxTest::Behaviour;
 using linuxTest::FakeAdapter;
+using testing::_;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using testing::ThrowsMessage;
 
 constexpr unsigned long kEachWay[] = {linuxTest::kSmbusBlocks | I2C_FUNC_I2C, I2C_FUNC_I2C};
-
-/// Stands for the run loop: posted work waits until it is run.
-class Posted {
- public:
-  Agent::Post post() {
-    return [this](std::function<void()> work) {
-      std::scoped_lock const lock(mutex_);
-      work_.push_back(std::move(work));
-      changed_.notify_one();
-    };
-  }
-  /// Waits for the next piece of work and runs it.
-  void run() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return !work_.empty(); });
-    auto const work = std::move(work_.front());
-    work_.pop_front();
-    lock.unlock();
-    work();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<std::function<void()>> work_;
-};
 
 class LinuxBus : public testing::Test {
  protected:
@@ -60,15 +40,21 @@ class LinuxBus : public testing::Test {
   }
   /// What bus 7 answers.
   std::string answer(Smbus::Transaction const& transaction) {
-    LinuxTransport transport(7, posted_.post());
+    LinuxTransport transport(7, post());
     transport.start(transaction, 1, answers_);
-    posted_.run();
+    loop_.run_one();
     return answers_.texts.back();
+  }
+
+  Agent::Post post() {
+    return [this](std::function<void()> work) { asio::post(loop_, std::move(work)); };
   }
 
   linuxTest::Owned<UMockdevTestbed> bed_{umockdev_testbed_new()};
   std::vector<std::unique_ptr<FakeAdapter>> adapters_;
-  Posted posted_;
+  /// Stands for the run loop; `run_one` waits for the next piece of work that is posted.
+  asio::io_context loop_;
+  asio::executor_work_guard<asio::io_context::executor_type> guard_ = make_work_guard(loop_);
   Answers answers_;
 };
 
@@ -86,16 +72,15 @@ TEST_F(LinuxBus, AsksForTheSameInBothWays) {
     EXPECT_EQ(answer(cut), "1 1005060708");
   }
   EXPECT_THAT(fake.transfers(),
-              ElementsAre("smbus read 99 ", "smbus call 7 B0 0104", "smbus call 7 B0 0104",
+              ElementsAre("smbus read 99", "smbus call 7 B00104", "smbus call 7 B00104",
                           "58<99 58>33", "58<B00104 58>17", "58<B00104 58>5"));
 }
 
 TEST_F(LinuxBus, KeepsErrorsApart) {
-  struct Row {
+  struct {
     Behaviour behaviour;
     std::string text;
-  };
-  Row const rows[] = {
+  } const rows[] = {
       {{.slaveError = EBUSY}, "the address is held by a kernel driver (EBUSY)"},
       {{.slaveError = EINVAL}, "Invalid argument (EINVAL)"},
       {{.transferError = ENXIO}, "no acknowledge (ENXIO)"},
@@ -107,9 +92,7 @@ TEST_F(LinuxBus, KeepsErrorsApart) {
       {{.transferError = EBADMSG}, "wrong packet error code (EBADMSG)"},
       {{.transferError = EOPNOTSUPP}, "unsupported by the adapter (EOPNOTSUPP)"},
       {{.transferError = ESHUTDOWN}, "the adapter is suspended (ESHUTDOWN)"},
-      {{.transferError = EIO}, "Input/output error (EIO)"},
       {{.count = 33}, "bad count byte: 33, where 32 is the most"},
-      {{.count = 255}, "bad count byte: 255, where 32 is the most"},
   };
   FakeAdapter& fake = adapter();
   for (unsigned long const functions : kEachWay) {
@@ -127,33 +110,23 @@ TEST_F(LinuxBus, KeepsErrorsApart) {
 
 TEST_F(LinuxBus, RefusesAdaptersThatCannotServe) {
   adapter({.functions = I2C_FUNC_SMBUS_READ_BLOCK_DATA | I2C_FUNC_SMBUS_EMUL});
-  adapter({.functions = 0});
-  auto const refusal = [this](unsigned number) {
-    try {
-      LinuxTransport const transport(number, posted_.post());
-    } catch (Agent::Failure const& failure) {
-      return std::string(failure.what());
-    }
-    return std::string();
-  };
-  std::string const lacks = ": the adapter cannot serve: it lacks ";
-  EXPECT_EQ(refusal(7), "i2c-7" + lacks + "SMBus block process call, plain I2C");
-  EXPECT_EQ(refusal(8), "i2c-8" + lacks + "SMBus block read, SMBus block process call, plain I2C");
-  EXPECT_EQ(refusal(9), "i2c-9: cannot open /dev/i2c-9: No such file or directory");
+  EXPECT_THAT([&] { LinuxTransport(7, post()); },
+              ThrowsMessage<Agent::Failure>("i2c-7: the adapter cannot serve: it lacks SMBus block "
+                                            "process call, plain I2C"));
+  EXPECT_THAT(
+      [&] { LinuxTransport(8, post()); },
+      ThrowsMessage<Agent::Failure>("i2c-8: cannot open /dev/i2c-8: No such file or directory"));
 }
 
 TEST_F(LinuxBus, AHangDelaysNobodyElse) {
   FakeAdapter& hung = adapter({.hangs = true});
   adapter();
-  LinuxTransport transport(7, posted_.post());
+  LinuxTransport transport(7, post());
   transport.start(mfrIdRead(), 1, answers_);
   hung.awaitHang();
-  Answers others;
-  LinuxTransport other(8, posted_.post());
-  other.start(mfrIdRead(), 1, others);
-  posted_.run();
-  EXPECT_EQ(others.texts.size(), 1U);
-
+  LinuxTransport other(8, post());
+  other.start(fruRead(4), 0, answers_);
+  loop_.run_one();
   // The second one waits for the first, which the kernel keeps, and is never sent.
   agentTest::pass(1);
   transport.start(fruRead(0), 2, answers_);
@@ -162,55 +135,51 @@ TEST_F(LinuxBus, AHangDelaysNobodyElse) {
   std::string const timeout = " within the bus timeout of 1000 ms";
   EXPECT_THAT(
       answers_.texts,
-      ElementsAre("1 " + device + "return" + timeout,
+      ElementsAre(StartsWith("0 100506"), "1 " + device + "return" + timeout,
                   "2 " + device + "give the bus back from an earlier transaction" + timeout));
 
   // Once the kernel returns the bus goes on, and the late answer is nobody's.
   transport.start(fruRead(4), 3, answers_);
   hung.behaviourIs({});
   hung.release();
-  posted_.run();
-  posted_.run();
-  EXPECT_EQ(answers_.texts.size(), 3U);
-  EXPECT_EQ(answers_.texts.back().substr(0, 8), "3 100506");
-  EXPECT_THAT(hung.transfers(), ElementsAre("smbus read 99 ", "smbus call 7 B0 0104"));
+  loop_.run_one();
+  loop_.run_one();
+  EXPECT_THAT(answers_.texts, ElementsAre(_, _, _, StartsWith("3 100506")));
+  EXPECT_THAT(hung.transfers(), ElementsAre("smbus read 99", "smbus call 7 B00104"));
 }
 
 TEST_F(LinuxBus, EndsWhileTheKernelKeepsATransaction) {
   FakeAdapter& hung = adapter({.hangs = true});
   {
-    LinuxTransport transport(7, posted_.post());
+    LinuxTransport transport(7, post());
     transport.start(mfrIdRead(), 1, answers_);
     hung.awaitHang();
   }
   hung.release();
   hung.behaviourIs({});
-  EXPECT_EQ(answer(mfrIdRead()), "1 07454D4552534F4E");
-  EXPECT_EQ(answers_.texts.size(), 1U);
+  answer(mfrIdRead());
+  EXPECT_THAT(answers_.texts, ElementsAre("1 07454D4552534F4E"));
 }
 
 TEST_F(LinuxBus, AnswersPostedBeforeTheEndAreDropped) {
   adapter();
+  std::promise<std::function<void()>> posted;
+  std::function<void()> answer;
   {
-    LinuxTransport transport(7, posted_.post());
+    LinuxTransport transport(7, [&](auto work) { posted.set_value(std::move(work)); });
     transport.start(mfrIdRead(), 1, answers_);
-    LinuxTransport other(7, posted_.post());
-    other.start(mfrIdRead(), 2, answers_);
-    posted_.run();
-    posted_.run();
-    transport.start(mfrIdRead(), 3, answers_);
-    other.start(mfrIdRead(), 4, answers_);
-    posted_.run();
+    answer = posted.get_future().get();
   }
-  EXPECT_EQ(answers_.texts.size(), 3U);
+  answer();
+  EXPECT_THAT(answers_.texts, IsEmpty());
 }
 
 TEST_F(LinuxBus, AnAdapterThatReturnsIsFoundAgain) {
   FakeAdapter& fake = adapter();
-  LinuxTransport transport(7, posted_.post());
+  LinuxTransport transport(7, post());
   auto const ask = [&](Kex::U64 ticket) {
     transport.start(mfrIdRead(), ticket, answers_);
-    posted_.run();
+    loop_.run_one();
     return answers_.texts.back();
   };
   std::unique_ptr<gchar, decltype(&g_free)> const root(umockdev_testbed_get_root_dir(bed_.get()),
@@ -228,25 +197,19 @@ TEST_F(LinuxBus, AnAdapterThatReturnsIsFoundAgain) {
   EXPECT_EQ(ask(4), "4 07454D4552534F4E");
 }
 
-TEST_F(LinuxBus, SixteenBusesAtOnce) {
-  constexpr std::size_t kBuses = 16;
-  std::array<Answers, kBuses> answers;
+TEST_F(LinuxBus, SixteenBusesAtOnceKeepTheirAnswersApart) {
+  std::array<Answers, 16> answers;
   std::vector<std::unique_ptr<LinuxTransport>> transports;
-  for (unsigned i = 0; i < kBuses; ++i) {
+  for (Kex::U8 i = 0; i < answers.size(); ++i) {
     adapter({.functions = kEachWay[i % 2]});
-    transports.push_back(std::make_unique<LinuxTransport>(i + 7, posted_.post()));
+    transports.push_back(std::make_unique<LinuxTransport>(i + 7, post()));
+    transports[i]->start(fruRead(i), i, answers[i]);
   }
-  for (Kex::U8 round = 1; round <= 10; ++round) {
-    for (std::size_t i = 0; i < kBuses; ++i) {
-      transports[i]->start(fruRead(round), round, answers[i]);
-    }
-    for (std::size_t i = 0; i < kBuses; ++i) {
-      posted_.run();
-    }
-  }
-  for (Answers const& each : answers) {
-    ASSERT_EQ(each.texts.size(), 10U);
-    EXPECT_EQ(each.texts.back().substr(0, 9), "10 100B0C");
+  std::ranges::for_each(answers, [this](auto const&) { loop_.run_one(); });
+  for (Kex::U8 i = 0; i < answers.size(); ++i) {
+    Kex::U8 const start[] = {16, static_cast<Kex::U8>(i + 1)};
+    EXPECT_THAT(answers[i].texts,
+                ElementsAre(StartsWith(std::to_string(i) + ' ' + Agent::hex(start))));
   }
 }
 
