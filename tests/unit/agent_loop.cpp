@@ -1,5 +1,5 @@
 // The loop on both clocks: what ends it, and what reaches it from other threads and from signals.
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <csignal>
 #include <thread>
@@ -35,14 +35,12 @@ TEST(Loop, VirtualClockGoesFromDeadlineToDeadline) {
 class AnyLoop : public testing::TestWithParam<ClockKind> {};
 
 TEST_P(AnyLoop, EndsOnASignal) {
-  for (int const number : {SIGINT, SIGTERM}) {
-    Loop loop(GetParam());
-    Timer ticker([&] { ticker.startIn(1e-3); });
-    ticker.startIn(0);
-    std::raise(number);
-    loop.run(Loop::kForever, kNever);
-    EXPECT_TRUE(loop.isStopped());
-  }
+  Loop loop(GetParam());
+  Timer ticker([&] { ticker.startIn(1e-3); });
+  ticker.startIn(0);
+  std::raise(SIGTERM);
+  loop.run(Loop::kForever, kNever);
+  EXPECT_TRUE(loop.isStopped());
 }
 
 TEST_P(AnyLoop, RunsWhatAnotherThreadPosts) {

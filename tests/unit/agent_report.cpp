@@ -20,34 +20,30 @@ using testing::ElementsAre;
 String8 bytes(std::string const& text) { return String8(std::string_view(text)); }
 
 TEST(Text, BytesOutsideAscii) {
-  struct Row {
+  struct {
     std::string bytes, forPeople, json, message;
-  };
-  Row const rows[] = {
+  } const rows[] = {
       {"a ~", "a ~", "a ~", "a ~"},
       {"\x1F\x7F", R"(\x1F\x7F)", "\x1F\x7F", R"(\x1F\x7F)"},
       {"\0\n"s, R"(\x00\x0A)", "\0\n"s, R"(\x00\x0A)"},
       {"\x80\xBF\xC0\xFF", R"(\x80\xBF\xC0\xFF)", "\xC2\x80\xC2\xBF\xC3\x80\xC3\xBF",
        "\x80\xBF\xC0\xFF"},
   };
-  for (Row const& row : rows) {
+  for (auto const& row : rows) {
     EXPECT_EQ(Agent::escaped(row.bytes), row.forPeople);
     EXPECT_EQ(Agent::latin1ToUtf8(row.bytes), row.json);
     EXPECT_EQ(Agent::oneLine(row.bytes), row.message);
   }
 }
 
-/// The fields in their order.
-ProductTexts texts(std::array<std::string, 5> const& fields) {
-  return {bytes(fields[0]), bytes(fields[1]), bytes(fields[2]), bytes(fields[3]), bytes(fields[4])};
-}
-
-Supply identified(ProductTexts const& product, std::string const& fdl) {
+/// `texts`: the product's fields in their order.
+Supply identified(std::array<std::string, 5> const& texts, std::string const& fdl) {
   Supply supply;
   supply.verdict = Verdict::identified;
   supply.mfrId = bytes("EMER\0\0\0"s);
   supply.descriptor = "DS2900";
-  supply.product = product;
+  supply.product = ProductTexts{bytes(texts[0]), bytes(texts[1]), bytes(texts[2]), bytes(texts[3]),
+                                bytes(texts[4])};
   supply.hwError = false;
   supply.transactions = 9;
   supply.fdl = bytes(fdl);
@@ -60,13 +56,13 @@ TEST(Report, JsonHasEveryKey) {
             R"("manufacturerName":null,"productName":null,"partNumber":null,)"
             R"("productVersion":null,"serialNumber":null,"hwError":null,"suspect":[],)"
             R"("transactions":0,"fdl":null})");
-  EXPECT_EQ(Agent::jsonLine(
-                Agent::supplyJson(identified(texts({"\xE9", "", "", "", "a'\n"}), "\xE9 a'\n"))),
-            R"({"verdict":"identified","reason":null,"mfrId":"EMER","descriptor":"DS2900",)"
-            "\"manufacturerName\":\"\xC3\xA9\","
-            R"("productName":"","partNumber":"","productVersion":"","serialNumber":"a'\n",)"
-            R"("hwError":false,"suspect":["serialNumber"],"transactions":9,)"
-            "\"fdl\":\"\xC3\xA9 a'\\n\"}");
+  EXPECT_EQ(
+      Agent::jsonLine(Agent::supplyJson(identified({"\xE9", "", "", "", "a'\n"}, "\xE9 a'\n"))),
+      R"({"verdict":"identified","reason":null,"mfrId":"EMER","descriptor":"DS2900",)"
+      "\"manufacturerName\":\"\xC3\xA9\","
+      R"("productName":"","partNumber":"","productVersion":"","serialNumber":"a'\n",)"
+      R"("hwError":false,"suspect":["serialNumber"],"transactions":9,)"
+      "\"fdl\":\"\xC3\xA9 a'\\n\"}");
   EXPECT_EQ(Agent::jsonLine("\xFF"), "\"\xEF\xBF\xBD\"");
 }
 
@@ -74,7 +70,7 @@ TEST(Report, SuspectFields) {
   for (char const byte : "'\"\\\n\r"s + '\0') {
     std::string const text = "x"s + byte;
     std::string const written = byte == '\0' ? "x" : text;
-    ProductTexts const all = texts({text, text, text, text, text});
+    std::array const all{text, text, text, text, text};
     std::vector<std::string> names;
     for (Agent::Suspect const& suspect : Agent::suspects(identified(all, written))) {
       names.push_back(suspect.field);
@@ -82,15 +78,15 @@ TEST(Report, SuspectFields) {
     EXPECT_THAT(names, ElementsAre("manufacturerName", "productVersion", "serialNumber"));
     EXPECT_THAT(Agent::suspects(identified(all, "not written")), testing::IsEmpty());
   }
-  EXPECT_THAT(Agent::suspects(identified(texts({"", "", "", "", "a\tb \x80"}), "a\tb \x80")),
+  EXPECT_THAT(Agent::suspects(identified({"", "", "", "", "a\tb \x80"}, "a\tb \x80")),
               testing::IsEmpty());
 }
 
 TEST(Report, LinesForPeople) {
-  EXPECT_EQ(Agent::supplyLine(1.23456, "PS1", identified(texts({"", "", "", "", "a\n"}), "fdl")),
+  EXPECT_EQ(Agent::supplyLine(1.23456, "PS1", identified({"", "", "", "", "a\n"}, "fdl")),
             "1.235 PS1 identified DS2900 a\\x0A");
   EXPECT_EQ(Agent::supplyLine(0, "PS1", identified({}, "fdl")), "0.000 PS1 identified DS2900 -");
-  Supply supply = identified(texts({"", "A", "", "", "\n"}), "");
+  Supply supply = identified({"", "A", "", "", "\n"}, "");
   supply.verdict = Verdict::unrecognised;
   supply.reason = "nobody knows \"A\"";
   EXPECT_EQ(Agent::supplyLine(10, "PS1", supply), "10.000 PS1 unrecognised nobody knows \"A\"");

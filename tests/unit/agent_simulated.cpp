@@ -23,12 +23,11 @@ SimulatedSupply countingSupply(std::size_t length, std::string_view mfrId = "EME
 
 TEST(SimulatedSupply, Answers) {
   SimulatedSupply const supply = countingSupply(250);
-  struct Row {
+  struct {
     char const* what;
     Smbus::Transaction transaction;
     char const* reply;
-  };
-  Row const rows[] = {
+  } const rows[] = {
       {"MFR_ID", mfrIdRead(), "07454D4552534F4E"},
       {"start of the image", fruRead(0), "10000102030405060708090A0B0C0D0E0F"},
       {"beyond the image, then from its start", fruRead(248), "10F8F9FFFFFFFFFFFF0001020304050607"},
@@ -38,7 +37,7 @@ TEST(SimulatedSupply, Answers) {
       {"FRU data without an offset", {address(0x58, 0xB0), {}, 17}, ""},
       {"FRU data with a wrong count", fruRead(0, 2), ""},
   };
-  for (Row const& row : rows) {
+  for (auto const& row : rows) {
     Smbus::Reply const reply = supply.answer(row.transaction);
     EXPECT_EQ(Agent::hex(reply.read.view()), row.reply) << row.what;
     EXPECT_EQ(reply.isOk, !reply.failure.view().starts_with("no ack")) << row.what;
@@ -47,25 +46,22 @@ TEST(SimulatedSupply, Answers) {
 }
 
 TEST(SimulatedBus, TakesTheTimeOfItsBytes) {
-  struct Row {
+  SimulatedSupply const supply = countingSupply(256);
+  struct {
+    std::optional<SimulatedSupply> supply;
     Smbus::Transaction transaction;
-    bool hasSupply;
     double bits;
-  };
-  Row const rows[] = {
+  } const rows[] = {
       // address, command, address, count, 7 data bytes; start, repeated start, stop
-      {mfrIdRead(), true, 9 * 11 + 3},
+      {supply, mfrIdRead(), 9 * 11 + 3},
       // address, command, count, offset, address, count, 16 data bytes
-      {fruRead(0), true, 9 * 22 + 3},
-      {{address(0x58, 0x42), {}, 8}, true, 9 * 2 + 2},
-      {{address(0x22, 0x99), {}, 8}, true, 9 + 2},
-      {mfrIdRead(), false, 9 + 2},
+      {supply, fruRead(0), 9 * 22 + 3},
+      {supply, {address(0x58, 0x42), {}, 8}, 9 * 2 + 2},
+      {supply, {address(0x22, 0x99), {}, 8}, 9 + 2},
+      {{}, mfrIdRead(), 9 + 2},
   };
-  for (Row const& row : rows) {
-    SimulatedBus bus;
-    if (row.hasSupply) {
-      bus.supplyIs(countingSupply(256));
-    }
+  for (auto const& row : rows) {
+    SimulatedBus bus(row.supply);
     Answers answers;
     bus.start(row.transaction, 1, answers);
     EXPECT_THAT(answers.texts, IsEmpty());
@@ -81,8 +77,6 @@ TEST(SimulatedBus, SupplyComesAndGoesDuringATransaction) {
   pass(0.0005);
   bus.supplyIs({});
   pass(0);
-  EXPECT_THAT(answers.texts, ElementsAre("1 no acknowledge"));
-
   bus.start(mfrIdRead(), 2, answers);
   bus.supplyIs(countingSupply(256, "AB"));
   pass(1);
