@@ -58,7 +58,7 @@ TEST(DetectorSlots, forgetTheSupplyBeforeTheNextPoll) {
 
 TEST(DetectorSlots, bearAnExceptionOfTheirOwn) {
   Slot slot("*");
-  slot.descriptorIs("stub", "P");
+  Slot::descriptorIs("stub", "P");
   slot.run(0.5);
   slot.identifier->pollForInsertionReadBufDel();
   slot.identifier->identifySupplyReadBufDel();

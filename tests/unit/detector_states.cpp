@@ -41,7 +41,7 @@ std::vector<Event> events(Events const&... all) {
 std::string timelineOf(std::string const& script, Fru const& fru, double until,
                        std::vector<Event> const& events) {
   Slot slot(script, fru);
-  slot.descriptorIs("stub", "P");
+  Slot::descriptorIs("stub", "P");
   for (Event const& event : events) {
     if (event.at >= 0) {
       slot.run(event.at);
@@ -104,7 +104,7 @@ TEST(DetectorStates, neverDescribeAMixtureOfTwoSupplies) {
   Fru const first{.serial = "12AAAAAAAAAAAA34"};
   Fru const second{.serial = "21AAAAAAAAAAAA43"};
   Slot slot("....*", first);
-  slot.descriptorIs("stub", "P");
+  Slot::descriptorIs("stub", "P");
   slot.bus->onAnswer = [&] {
     if (slot.bus->script == "*") {
       slot.bus->supply = second.supply();
@@ -186,7 +186,7 @@ TEST(DetectorStates, giveVerdictsWithReasons) {
   for (auto const& row : rows) {
     SCOPED_TRACE(row.script + std::string(" ") + row.verdict);
     Slot slot(row.script, row.fru);
-    slot.descriptorIs("stub", "P");
+    Slot::descriptorIs("stub", "P");
     auto const& supply = slot.run(3).supply();
     std::string found;
     for (auto const* key : {"mfrId", "hwError", "serialNumber", "descriptor", "fdl"}) {

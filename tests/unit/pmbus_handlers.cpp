@@ -25,7 +25,7 @@ void expectRows(std::string const& handler, Row const (&rows)[n]) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.what);
     Slot slot(row.script, row.fru);
-    slot.descriptorIs("stub", "P");
+    Slot::descriptorIs("stub", "P");
     slot.run(0.95);
     std::string const mfrId(slot.identifier->mfrId().view());
     bool const hasFailed = std::string(row.script).ends_with('x');
@@ -182,17 +182,17 @@ TEST(PmbusIdentify, asksDescriptorsInOrderUpToTheFirstThatManages) {
   for (int managing = 0; managing < 4; ++managing) {
     Slot slot(".....");
     for (auto const* name : {"alpha", "beta", "gamma"}) {
-      slot.descriptorIs(name, "other");
+      Slot::descriptorIs(name, "other");
     }
     // Those after the one that manages the supply would manage it as well.
     int place = 0;
-    for (auto const& name : slot.registry().memberNames()) {
-      slot.descriptorIs(name.charPtr(), place++ < managing ? "other" : "P");
+    for (auto const& name : Slot::registry().memberNames()) {
+      Slot::descriptorIs(name.charPtr(), place++ < managing ? "other" : "P");
     }
     slot.run(0.2);
     std::string chosen;
     place = 0;
-    for (auto walk = slot.registry().powerSupplyDescriptorIterator(); walk; ++walk, ++place) {
+    for (auto walk = Slot::registry().powerSupplyDescriptorIterator(); walk; ++walk, ++place) {
       std::string const own =
           place < managing ? "" : std::string("fdl of ") + walk->name().charPtr();
       EXPECT_EQ(walk->fdl().view(), place > managing ? "not asked" : own);
