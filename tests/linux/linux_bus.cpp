@@ -198,18 +198,21 @@ TEST_F(LinuxBus, AnAdapterThatReturnsIsFoundAgain) {
 }
 
 TEST_F(LinuxBus, SixteenBusesAtOnceKeepTheirAnswersApart) {
-  std::array<Answers, 16> answers;
+  constexpr Kex::U8 kBuses = 16;
+  std::array<Answers, kBuses> answers;
   std::vector<std::unique_ptr<LinuxTransport>> transports;
-  for (Kex::U8 i = 0; i < answers.size(); ++i) {
+  for (Kex::U8 i = 0; i < kBuses; ++i) {
     adapter({.functions = kEachWay[i % 2]});
     transports.push_back(std::make_unique<LinuxTransport>(i + 7, post()));
     transports[i]->start(fruRead(i), i, answers[i]);
   }
-  std::ranges::for_each(answers, [this](auto const&) { loop_.run_one(); });
-  for (Kex::U8 i = 0; i < answers.size(); ++i) {
+  for (Kex::U8 i = 0; i < kBuses; ++i) {
+    loop_.run_one();
+  }
+  for (Kex::U8 i = 0; i < kBuses; ++i) {
     Kex::U8 const start[] = {16, static_cast<Kex::U8>(i + 1)};
-    EXPECT_THAT(answers[i].texts,
-                ElementsAre(StartsWith(std::to_string(i) + ' ' + Agent::hex(start))));
+    auto const text = std::to_string(i) + ' ' + Agent::hex(start);
+    EXPECT_THAT(answers[i].texts, ElementsAre(StartsWith(text)));
   }
 }
 

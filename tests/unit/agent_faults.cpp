@@ -43,6 +43,7 @@ TEST(FaultTransport, EachKind) {
       {{.kind = Fault::Kind::count, .value = 255}, "1 FF4142", kWire},
       {{.kind = Fault::Kind::flip, .byte = 2, .value = 255}, "1 0241BD", kWire},
       {{.kind = Fault::Kind::flip, .byte = 3, .value = 255}, "1 024142", kWire},
+      {{.kind = Fault::Kind::late}, "1 timeout", 1},
   };
   for (auto const& row : rows) {
     Answers const answers = answersBehind({row.fault}, 1);
