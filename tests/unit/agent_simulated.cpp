@@ -28,8 +28,6 @@ TEST(SimulatedSupply, Answers) {
     Smbus::Transaction transaction;
     char const* reply;
   } const rows[] = {
-      {"MFR_ID", mfrIdRead(), "07454D4552534F4E"},
-      {"start of the image", fruRead(0), "10000102030405060708090A0B0C0D0E0F"},
       {"beyond the image, then from its start", fruRead(248), "10F8F9FFFFFFFFFFFF0001020304050607"},
       {"command that it has not", {address(0x58, 0x9A), {}, 8}, ""},
       {"other device", {address(0x59, 0x99), {}, 8}, ""},

@@ -7,6 +7,11 @@ using busTest::Fru;
 using busTest::Slot;
 using Emerson::PmbusIdentifier::Identifier;
 
+Fru const kLong{.serial = "ABCDEFGHIJKLMNOPQRST"};
+Fru const kVersionA{.areaVersion = 'A'};
+// The area goes on in the common header: its bytes 8 and 9 are a serial number of one NUL.
+Fru const kWrapped{.areaStart = 31, .units = 2, .language = '\xAC'};
+
 std::string entered(std::string const& handler, std::string const& status) {
   return "3 PowerSupplySlot S: Identifier::handle" + handler + "Request(" + status + ")";
 }
@@ -79,17 +84,14 @@ TEST(PmbusIdentify, endsAsTheAnswerSays) {
            "; state=checkSupply; > 58:B0" +
            check;
   };
-  std::string const serial17 = "ABCDEFGHIJKLMNOPQ";
   Row const rows[] = {
       {"third failure", "..xxx", "failCount=3; > 58:B0<0108>3"},
       {"fourth failure", "..xxxx", "failCount=4; " + givenUp},
       {"failures of a chunk", "..xxx.xxxx", "failCount=4; " + givenUp},
       {"a short header", "..1",
        "4 S: incomplete read of product info header: 1 < 2; = unreadable; wait 1"},
-      {"an unknown version",
-       "...",
-       "3 PowerSupplySlot S: unsupported product info version A; " + useless("false"),
-       {.areaVersion = 'A'}},
+      {"an unknown version", "...",
+       "3 PowerSupplySlot S: unsupported product info version A; " + useless("false"), kVersionA},
       {"a header of 2 bytes", "..2", "productInfoBuf=16; " + next("14", "<010A>15")},
       {"33 units are 1", "...", "productInfoBuf=8; " + next("6", "<010A>7"), {.unitsSaid = 33}},
       {"0 units", "...", "productInfoBuf=0; " + badArea, {.unitsSaid = 0}},
@@ -102,12 +104,9 @@ TEST(PmbusIdentify, endsAsTheAnswerSays) {
       {"progress between empty chunks", "...0001000", next("13", "<010B>14")},
       {"a wrong checksum", "....", badArea, {.spoilt = 1}},
       {"a supply", "....", read("S1", "<0111>3")},
-      // The area goes on in the common header: its bytes 8 and 9 are a serial number of one NUL.
-      {"the serial number's address wraps",
-       "....",
-       read(std::string(1, '\0'), "<0101>2"),
-       {.areaStart = 31, .units = 2, .language = '\xAC'}},
-      {"a long serial number", ".....", read(serial17, "<0111>17"), {.serial = serial17}},
+      {"the serial number's address wraps", "....", read(std::string(1, '\0'), "<0101>2"),
+       kWrapped},
+      {"a long serial number", ".....", read(kLong.serial, "<0111>17"), kLong},
       {"no serial number", "....", read("", "<0108>3"), {.serial = ""}},
   };
   expectRows("IdentifySupply", rows);
@@ -121,10 +120,7 @@ TEST(PmbusCheck, endsAsTheAnswerSays) {
        "4 S: incomplete read by checkSupplyRequest: 1 < 2; = unreadable; wait 1"},
       {"the serial number", ".....", "serialNum=S1; = identified; wait 1"},
       {"another serial number", "....f", "serialNum=S0; wait 0.8"},
-      {"another long serial number",
-       ".....f",
-       "serialNum=ACCDEFGHIJKLMNOPQRST; wait 0.8",
-       {.serial = "ABCDEFGHIJKLMNOPQRST"}},
+      {"another long serial number", ".....f", "serialNum=ACCDEFGHIJKLMNOPQRST; wait 0.8", kLong},
       {"the header", ".....", "serialNum=; = identified; wait 1", {.serial = ""}},
       {"another header", "....f", "serialNum=; wait 0.8", {.serial = ""}},
       {"a wrong checksum", ".....", "serialNum=; = invalidChecksum; wait 1", {.spoilt = 1}},
