@@ -67,6 +67,9 @@ TEST(DetectorStates, followOneAnotherInTime) {
       {"nothing, and a bus that hangs", "hh", 3.5, "P0 absent P2 absent"},
       {"other settings", "x*", 1.2, "P0 absent P0.5 P0.5 I0.55 I0.55 C0.55 identified C1.05",
        events(quick)},
+      {"empty chunks in two identifications", "...000xxxx...0*", 2,
+       "P0 P0 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 unreadable P1.2 P1.2 I1.4 I1.4 I1.4 C1.4 "
+       "identified"},
       {"a supply that is pulled", ".....xxxxx*", 4.3,
        "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C1.45 C1.7 C1.95 P2.95 absent P3.95 P3.95 "
        "I4.15 I4.15 C4.15 identified"},
