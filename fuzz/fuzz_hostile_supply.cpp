@@ -77,8 +77,8 @@ void live(Fuzz::Input& input) {
   }
   loop.runUntil(loop.config().clock()->time() + kEmptyTime + kHealingTime);
   auto const& supply = slot.status->supply();
-  Fuzz::require(supply && supply->verdict == Hardware::PowerSupplySlot::Verdict::identified);
-  Fuzz::require(supply->product->serialNumber == Fuzz::kSerialNumber);
+  Fuzz::require(supply && supply->verdict == Hardware::PowerSupplySlot::Verdict::identified &&
+                supply->product && supply->product->serialNumber == Fuzz::kSerialNumber);
 }
 
 }  // namespace
