@@ -50,3 +50,11 @@ class Call(Case):
         for path in paths:
             if "idprom" not in path and path != IDENTIFIER:
                 self.assertEqual(run("call", DS2900, path, "name")[0], 0, path)
+
+    def test_no_function_does_harm_without_a_supply(self):
+        for function in ("doInitialize", "handlePollForInsertionRequest", "doResetIdentifier",
+                         "handleIdentifySupplyRequest", "handleCheckSupplyRequest",
+                         "handleConstructed"):
+            with self.subTest(function):
+                self.assertEqual(run("call", "--mfr-id", "ACME", DS2900, IDENTIFIER, function),
+                                 (0, b"", []))
