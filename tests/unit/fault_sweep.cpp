@@ -2,6 +2,7 @@
 // comes back to the right description, and tries again as often and as soon as it should.
 #include <gtest/gtest.h>
 
+#include <iostream>
 #include <set>
 
 #include "agent/FruImage.h"
@@ -182,6 +183,7 @@ TEST(FaultSweep, endsWithTheRightSupply) {
     }
   }
   EXPECT_EQ(Kex::VFPtrInterface::liveObjects(), before);
+  std::cout << "lives with faults: " << plans.size() << '\n';
   registry->powerSupplyDescriptorDel("sweep");
 }
 
