@@ -10,10 +10,10 @@ ATTRIBUTE_KEYS = ["name", "id", "kind", "type", "keyType", "args", "introspectio
 
 
 class Types(unittest.TestCase):
-    def test_json(self):
+    def test_json_and_listing(self):
         status, out, err = run("types", "--json")
         types = json.loads(out)
-        self.assertEqual((status, err, len(types)), (0, [], 32))
+        self.assertEqual((status, err), (0, []))
         for at, argument, *expected in (
                 (0, ["name", "Kex::Name"], "Emerson::IpmiIdentifier::DS3000", "DS3000",
                  "Ipmi::SupportedPowerSupplyDescriptorBase", True, True),
@@ -40,8 +40,7 @@ class Types(unittest.TestCase):
                 self.assertEqual(list(entries[expected[0]].items()),
                                  list(zip(ATTRIBUTE_KEYS, expected)))
 
-    def test_listing(self):
         listing = run("types")[1].decode()
-        self.assertEqual(listing.count("\nEmerson::"), 32)
+        self.assertEqual(listing.count("\nEmerson::"), len(types))
         self.assertIn("0x20f collection    mfrIdSupported[Kex::String8] : bool\n", listing)
         self.assertIn("doSetupCheckSupplyRequest(bool supported) : void\n", listing)
