@@ -93,7 +93,9 @@ TEST_F(LinuxBus, KeepsErrorsApart) {
       {{.transferError = EBADMSG}, "wrong packet error code (EBADMSG)"},
       {{.transferError = EOPNOTSUPP}, "unsupported by the adapter (EOPNOTSUPP)"},
       {{.transferError = ESHUTDOWN}, "the adapter is suspended (ESHUTDOWN)"},
+      {{.transferError = EIO}, "Input/output error (EIO)"},
       {{.count = 33}, "bad count byte: 33, where 32 is the most"},
+      {{.count = 255}, "bad count byte: 255, where 32 is the most"},
   };
   FakeAdapter& fake = adapter();
   for (unsigned long const functions : kEachWay) {
@@ -111,12 +113,16 @@ TEST_F(LinuxBus, KeepsErrorsApart) {
 
 TEST_F(LinuxBus, RefusesAdaptersThatCannotServe) {
   adapter({.functions = I2C_FUNC_SMBUS_READ_BLOCK_DATA | I2C_FUNC_SMBUS_EMUL});
-  EXPECT_THAT([&] { LinuxTransport(7, post()); },
-              ThrowsMessage<Agent::Failure>("i2c-7: the adapter cannot serve: it lacks SMBus block "
-                                            "process call, plain I2C"));
-  EXPECT_THAT(
-      [&] { LinuxTransport(8, post()); },
-      ThrowsMessage<Agent::Failure>("i2c-8: cannot open /dev/i2c-8: No such file or directory"));
+  adapter({.functions = 0});
+  std::string const reasons[] = {
+      "the adapter cannot serve: it lacks SMBus block process call, plain I2C",
+      "the adapter cannot serve: it lacks SMBus block read, SMBus block process call, plain I2C",
+      "cannot open /dev/i2c-9: No such file or directory"};
+  for (unsigned bus = 7; std::string const& reason : reasons) {
+    EXPECT_THAT([&] { LinuxTransport(bus, post()); },
+                ThrowsMessage<Agent::Failure>("i2c-" + std::to_string(bus) + ": " + reason));
+    ++bus;
+  }
 }
 
 TEST_F(LinuxBus, AHangDelaysNobodyElse) {

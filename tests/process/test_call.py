@@ -30,8 +30,12 @@ class Call(Case):
     def test_refusals(self):
         for arguments, status, told in (
                 ([IDENTIFIER, "mfrId", "0"], 1, "mfrId: index exception: mfrId"),
+                ([IDENTIFIER, "mfrIdSupported"], 1, "type exception: kex_index"),
                 ([IDENTIFIER, "deviceId", "--code", "128", "--arg", "1"], 1, "not supported"),
+                ([IDENTIFIER, "checkSupplyReadBuf", "--code", "128"], 1, "type exception: size"),
+                ([IDENTIFIER, "doSetupCheckSupplyRequest"], 1, "type exception: supported"),
                 ([IDENTIFIER, "doSetupCheckSupplyRequest", "--arg", "yes"], 1, "'yes' to bool"),
+                ([IDENTIFIER, "doResetIdentifier", "--arg", "1"], 1, "unknown argument"),
                 ([IDENTIFIER + "]x", "mfrId"], 1, "junk at column 26"),
                 ([IDENTIFIER, "colour"], 1, "has no attribute colour"),
                 (["/PowerSupply2", "name"], 1, "/PowerSupply2: is no path"),

@@ -31,9 +31,12 @@ class Output(Case):
             None, None, False, [], 4, None])
 
     def test_suspect_fields_are_warned_of(self):
-        status, out, err = run("identify", "--json", faulty("nul"))
-        self.assertEqual((status, json.loads(out)["suspect"], len(err)), (0, ["serialNumber"], 1))
-        self.assertIn("nul.fru: warning: serialNumber", err[0])
+        for name, field in (("quote", "manufacturerName"), ("backslash", "manufacturerName"),
+                            ("newline", "serialNumber"), ("nul", "serialNumber")):
+            with self.subTest(name):
+                status, out, err = run("identify", "--json", faulty(name))
+                self.assertEqual((status, json.loads(out)["suspect"], len(err)), (0, [field], 1))
+                self.assertIn(f"{name}.fru: warning: {field}", err[0])
 
     def test_explain_marks_the_line_that_failed(self):
         for arguments, marked in (
@@ -63,9 +66,10 @@ class Output(Case):
             self.assertIn(part, out)
 
     def test_traces(self):
-        _, _, err = run("--trace", "EmersonPmbusIdentifier=3,4", "identify", DS2900)
-        self.assertEqual({line.split()[0] for line in err},
-                         {"EmersonPmbusIdentifier/3", "EmersonPmbusIdentifier/4"})
+        for levels in ("3", "4", "3,4"):
+            _, _, err = run("--trace", f"EmersonPmbusIdentifier={levels}", "identify", DS2900)
+            self.assertEqual({line.split()[0] for line in err},
+                             {f"EmersonPmbusIdentifier/{level}" for level in levels.split(",")})
 
 
 class ExitStatus(Case):
