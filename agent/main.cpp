@@ -1,4 +1,4 @@
 // psu-agent: recognises power supplies and prints their FDL.
-#include "agent/CommandLine.h"
+#include "agent/commands/CommandLine.h"
 
 int main(int argc, char** argv) { return static_cast<int>(Agent::runCommandLine(argc, argv)); }

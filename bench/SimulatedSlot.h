@@ -4,9 +4,9 @@
 #include <string>
 #include <utility>
 
-#include "agent/Slot.h"
+#include "agent/slots/Slot.h"
 #include "bench/support/Sample.h"
-#include "host/kex/ActivityManager.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace Bench {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/Plugin.h"
+#include "agent/slots/Plugin.h"
 
 namespace Bench {
 

@@ -1,5 +1,5 @@
 // What a trace statement costs that is off.
-#include "host/kex/Trace.h"
+#include "host/kex/trace/Trace.h"
 
 #include <benchmark/benchmark.h>
 

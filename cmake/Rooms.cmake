@@ -1,6 +1,6 @@
 # Rooms: a target sees its own folder and the rooms that it names, and no other.
 #
-# Includes are written from the repository root ("host/kex/Ptr.h"). Were that root an include
+# Includes are written from the repository root ("host/kex/reference/Ptr.h"). Were that root an include
 # folder, every room would see every other one; so each room has an include folder of its own,
 # whose only entry is a link to the room.
 function(room target)

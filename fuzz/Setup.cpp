@@ -4,8 +4,8 @@
 #include <numeric>
 
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/Directory.h"
-#include "host/kex/GenericIf.h"
+#include "host/kex/entity/Directory.h"
+#include "host/kex/generic/GenericIf.h"
 #include "ipmi/DescriptorTypes.h"
 #include "pmbus/IdentifierFactory.h"
 

@@ -8,9 +8,9 @@
 #include "fuzz/FuzzInput.h"
 #include "fuzz/Setup.h"
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/ActivityManager.h"
-#include "host/kex/Directory.h"
-#include "host/kex/GenericIf.h"
+#include "host/kex/entity/Directory.h"
+#include "host/kex/generic/GenericIf.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "agent/transport/Timer.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/Setup.h"
-#include "host/kex/ActivityManager.h"
+#include "host/kex/time/ActivityManager.h"
 #include "pmbus/IdentifierFactory.h"
 
 namespace {

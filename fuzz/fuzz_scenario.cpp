@@ -1,8 +1,8 @@
 // Fuzzes the scenario reader: a scenario, or a refusal that names the place.
 #include <string_view>
 
-#include "agent/Error.h"
-#include "agent/Scenario.h"
+#include "agent/base/Error.h"
+#include "agent/slots/Scenario.h"
 #include "fuzz/FuzzInput.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {

@@ -8,7 +8,7 @@
 #include <type_traits>
 
 #include "host/ipmi/ProductInfoArea.h"
-#include "host/kex/String8.h"
+#include "host/kex/base/String8.h"
 #include "ipmi/Model.h"
 
 namespace Emerson::IpmiIdentifier {

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "host/ipmi/ProductInfoArea.h"
-#include "host/kex/String8.h"
+#include "host/kex/base/String8.h"
 #include "ipmi/DescriptorTypes.h"
 
 namespace Emerson::IpmiIdentifier {

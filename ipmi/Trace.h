@@ -1,7 +1,7 @@
 // The trace handle of the descriptor module.
 #pragma once
 
-#include "host/kex/Trace.h"
+#include "host/kex/trace/Trace.h"
 
 namespace Emerson::IpmiIdentifier {
 

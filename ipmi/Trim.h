@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "host/kex/String8.h"
+#include "host/kex/base/String8.h"
 
 namespace Emerson::IpmiIdentifier {
 

@@ -1,8 +1,8 @@
 // Emerson::PmbusIdentifier::Identifier, what finds and reads the supply of one slot.
 #pragma once
 
-#include "host/ipmi/IdentifierBase.h"
-#include "host/kex/GenericIf.h"
+#include "host/detector/IpmiIdentifierBase.h"
+#include "host/kex/generic/GenericIf.h"
 #include "host/smbus/VornAddress.h"
 #include "pmbus/MfrIdSupported.h"
 #include "pmbus/TransferBuf.h"

@@ -1,7 +1,7 @@
 // Emerson::PmbusIdentifier::IdentifierFactory, what gives slots their identifiers.
 #include "pmbus/IdentifierFactory.h"
 
-#include "host/kex/ActivityManager.h"
+#include "host/kex/time/ActivityManager.h"
 #include "pmbus/Identifier.h"
 
 namespace Emerson::PmbusIdentifier {

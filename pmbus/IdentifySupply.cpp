@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/Assert.h"
+#include "host/kex/base/Assert.h"
 #include "pmbus/Identifier.h"
 #include "pmbus/Trace.h"
 

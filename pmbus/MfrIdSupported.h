@@ -3,8 +3,8 @@
 
 #include <utility>
 
-#include "host/kex/HashMap.h"
-#include "host/kex/PtrInterface.h"
+#include "host/kex/notify/PtrInterface.h"
+#include "host/kex/reference/HashMap.h"
 
 namespace Emerson::PmbusIdentifier {
 

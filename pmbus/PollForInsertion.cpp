@@ -1,7 +1,7 @@
 // The poll: is a supply there that this module can identify?
 #include "pmbus/Identifier.h"
 
-#include "host/kex/Assert.h"
+#include "host/kex/base/Assert.h"
 #include "pmbus/Trace.h"
 
 namespace Emerson::PmbusIdentifier {

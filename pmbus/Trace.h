@@ -1,7 +1,7 @@
 // The module's trace handle.
 #pragma once
 
-#include "host/kex/Trace.h"
+#include "host/kex/trace/Trace.h"
 
 namespace Emerson::PmbusIdentifier {
 

@@ -1,7 +1,7 @@
 // The attributes of Emerson::PmbusIdentifier::Identifier, one row each.
 #pragma once
 
-#include "host/kex/Access.h"
+#include "host/tables/Access.h"
 #include "pmbus/Identifier.h"
 
 namespace Emerson::PmbusIdentifier {

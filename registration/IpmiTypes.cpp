@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <array>
 
-#include "host/kex/Access.h"
-#include "host/kex/EntityTable.h"
+#include "host/tables/Access.h"
+#include "host/tables/EntityTable.h"
 #include "ipmi/Descriptors.h"
 #include "registration/Module.h"
 

@@ -1,7 +1,7 @@
 // A module's types: their records, the declaration of their schemas, their registration.
 #include "registration/Module.h"
 
-#include "host/kex/Introspection.h"
+#include "host/kex/type/Introspection.h"
 
 namespace Emerson::Registration {
 

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "host/kex/TypeTable.h"
+#include "host/tables/TypeTable.h"
 
 namespace Emerson::Registration {
 

@@ -3,8 +3,8 @@
 
 #include <array>
 
-#include "host/kex/Access.h"
-#include "host/kex/EntityTable.h"
+#include "host/tables/Access.h"
+#include "host/tables/EntityTable.h"
 #include "pmbus/Identifier.h"
 #include "pmbus/IdentifierFactory.h"
 #include "registration/IdentifierRows.h"

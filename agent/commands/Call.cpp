@@ -5,12 +5,12 @@
 #include <memory>
 #include <optional>
 
-#include "agent/Candidate.h"
-#include "agent/Error.h"
-#include "agent/Text.h"
+#include "agent/base/Error.h"
+#include "agent/base/Text.h"
 #include "agent/commands/Identify.h"
-#include "host/kex/Directory.h"
-#include "host/kex/Holder.h"
+#include "agent/slots/Candidate.h"
+#include "host/kex/entity/Directory.h"
+#include "host/kex/generic/Holder.h"
 
 namespace Agent {
 

@@ -1,7 +1,7 @@
 // psu-agent call: one request to an attribute, through the generic interface.
 #pragma once
 
-#include "agent/Command.h"
+#include "agent/commands/Command.h"
 
 namespace Agent {
 

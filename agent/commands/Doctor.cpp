@@ -7,10 +7,10 @@
 #include <memory>
 #include <vector>
 
-#include "agent/Error.h"
-#include "agent/Text.h"
+#include "agent/base/Error.h"
+#include "agent/base/Text.h"
 #include "agent/transport/LinuxAdapter.h"
-#include "host/kex/Format.h"
+#include "host/kex/base/Format.h"
 
 namespace Agent {
 

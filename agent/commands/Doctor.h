@@ -1,7 +1,7 @@
 // psu-agent doctor: whether an i2c adapter can serve.
 #pragma once
 
-#include "agent/Command.h"
+#include "agent/commands/Command.h"
 
 namespace Agent {
 

@@ -6,14 +6,14 @@
 #include <memory>
 #include <optional>
 
-#include "agent/Candidate.h"
-#include "agent/Error.h"
-#include "agent/Explain.h"
-#include "agent/Report.h"
-#include "agent/Text.h"
-#include "agent/transport/Recorder.h"
+#include "agent/base/Error.h"
+#include "agent/base/Text.h"
+#include "agent/recording/Recorder.h"
+#include "agent/report/Explain.h"
+#include "agent/report/Report.h"
+#include "agent/slots/Candidate.h"
 #include "agent/transport/SimulatedSupply.h"
-#include "host/kex/Format.h"
+#include "host/kex/base/Format.h"
 
 namespace Agent {
 

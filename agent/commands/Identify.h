@@ -1,8 +1,8 @@
 // psu-agent identify: prints the FDL of each source's supply.
 #pragma once
 
-#include "agent/Command.h"
-#include "agent/Source.h"
+#include "agent/commands/Command.h"
+#include "agent/slots/Source.h"
 
 namespace Agent {
 

@@ -6,11 +6,11 @@
 #include <set>
 #include <vector>
 
-#include "agent/Error.h"
-#include "agent/Loop.h"
-#include "agent/Source.h"
-#include "agent/Text.h"
-#include "agent/WatchedSlot.h"
+#include "agent/base/Error.h"
+#include "agent/base/Text.h"
+#include "agent/slots/Loop.h"
+#include "agent/slots/Source.h"
+#include "agent/slots/WatchedSlot.h"
 
 namespace Agent {
 

@@ -1,7 +1,7 @@
 // psu-agent monitor: slots that are watched until told otherwise.
 #pragma once
 
-#include "agent/Command.h"
+#include "agent/commands/Command.h"
 
 namespace Agent {
 

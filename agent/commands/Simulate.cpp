@@ -4,10 +4,10 @@
 #include <memory>
 #include <vector>
 
-#include "agent/Loop.h"
-#include "agent/Scenario.h"
-#include "agent/Source.h"
-#include "agent/WatchedSlot.h"
+#include "agent/slots/Loop.h"
+#include "agent/slots/Scenario.h"
+#include "agent/slots/Source.h"
+#include "agent/slots/WatchedSlot.h"
 #include "agent/transport/SimulatedBus.h"
 #include "agent/transport/Timer.h"
 

@@ -1,7 +1,7 @@
 // psu-agent simulate: a scenario on virtual time.
 #pragma once
 
-#include "agent/Command.h"
+#include "agent/commands/Command.h"
 
 namespace Agent {
 

@@ -4,10 +4,10 @@
 #include <iostream>
 #include <memory>
 
-#include "agent/Plugin.h"
-#include "agent/Report.h"
-#include "host/kex/Format.h"
-#include "host/kex/KexType.h"
+#include "agent/report/Report.h"
+#include "agent/slots/Plugin.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/type/KexType.h"
 
 namespace Agent {
 

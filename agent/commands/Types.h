@@ -1,7 +1,7 @@
 // psu-agent types: prints the types that the plug-in brings.
 #pragma once
 
-#include "agent/Command.h"
+#include "agent/commands/Command.h"
 
 namespace Agent {
 

@@ -13,9 +13,9 @@
 #include <charconv>
 #include <cstring>
 
-#include "agent/Error.h"
-#include "agent/Text.h"
-#include "host/kex/Format.h"
+#include "agent/base/Error.h"
+#include "agent/base/Text.h"
+#include "host/kex/base/Format.h"
 
 namespace Agent {
 

@@ -7,9 +7,9 @@
 #include <thread>
 #include <utility>
 
-#include "agent/Error.h"
+#include "agent/base/Error.h"
 #include "agent/transport/LinuxAdapter.h"
-#include "host/kex/Format.h"
+#include "host/kex/base/Format.h"
 
 namespace Agent {
 

@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "host/kex/ActivityManager.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace Agent {
 

@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "host/kex/Clock.h"
+#include "host/kex/time/Clock.h"
 
 namespace Agent {
 

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <cstdio>
 
-#include "host/kex/Introspection.h"
-#include "host/kex/KexType.h"
+#include "host/kex/type/Introspection.h"
+#include "host/kex/type/KexType.h"
 
 namespace {
 

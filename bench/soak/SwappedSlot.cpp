@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/kex/ActivityManager.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace Bench {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "agent/Slot.h"
+#include "agent/slots/Slot.h"
 #include "agent/transport/SimulatedBus.h"
 #include "bench/support/Sample.h"
 

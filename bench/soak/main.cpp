@@ -7,7 +7,7 @@
 #include <iterator>
 #include <vector>
 
-#include "agent/Plugin.h"
+#include "agent/slots/Plugin.h"
 #include "bench/soak/SwappedSlot.h"
 #include "bench/support/Heap.h"
 

@@ -5,8 +5,8 @@
 #include <numeric>
 #include <span>
 
-#include "agent/Error.h"
-#include "agent/FruImage.h"
+#include "agent/base/Error.h"
+#include "agent/slots/FruImage.h"
 
 namespace Bench {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "host/kex/Format.h"
+#include "host/kex/base/Format.h"
 
 namespace PowerSupplyDetector {
 

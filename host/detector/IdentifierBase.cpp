@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <ostream>
 
-#include "host/kex/Directory.h"
-#include "host/kex/Exception.h"
-#include "host/kex/Format.h"
+#include "host/kex/base/Exception.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/entity/Directory.h"
 
 namespace PowerSupplyDetector {
 

@@ -4,8 +4,8 @@
 #include "host/detector/Detection.h"
 #include "host/fru/Controls.h"
 #include "host/hardware/PowerSupplySlot.h"
-#include "host/kex/Clock.h"
-#include "host/kex/FileDescriptor.h"
+#include "host/kex/entity/FileDescriptor.h"
+#include "host/kex/time/Clock.h"
 
 namespace PowerSupplyDetector {
 

@@ -1,8 +1,8 @@
 // Base of the factories that attach identifiers to slot drivers.
 #include "host/detector/IdentifierFactoryBase.h"
 
-#include "host/kex/Access.h"
-#include "host/kex/EntityTable.h"
+#include "host/tables/Access.h"
+#include "host/tables/EntityTable.h"
 
 namespace PowerSupplyDetector {
 

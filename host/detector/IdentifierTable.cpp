@@ -1,7 +1,7 @@
 // The tables of the identifier base and of its framework bases.
 #include "host/detector/IdentifierBase.h"
-#include "host/kex/Access.h"
-#include "host/kex/TypeTable.h"
+#include "host/tables/Access.h"
+#include "host/tables/TypeTable.h"
 
 namespace PowerSupplyDetector {
 

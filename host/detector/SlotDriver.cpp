@@ -1,7 +1,7 @@
 // PowerSupplyDetector::SlotDriver, what holds and drives the identifiers of a slot.
 #include "host/detector/SlotDriver.h"
 
-#include "host/kex/KexType.h"
+#include "host/kex/type/KexType.h"
 
 namespace PowerSupplyDetector {
 

@@ -1,7 +1,7 @@
 // Presence lines of a slot: an interrupt controller and a general-purpose output.
 #include "host/fru/Controls.h"
 
-#include "host/kex/KexType.h"
+#include "host/kex/type/KexType.h"
 
 namespace Fru {
 

@@ -1,7 +1,7 @@
 // Presence lines of a slot: an interrupt controller and a general-purpose output.
 #pragma once
 
-#include "host/kex/Entity.h"
+#include "host/kex/entity/Entity.h"
 
 namespace Fru {
 

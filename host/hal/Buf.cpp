@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "host/kex/Exception.h"
-#include "host/kex/Format.h"
-#include "host/kex/KexType.h"
+#include "host/kex/base/Exception.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/type/KexType.h"
 
 namespace Hal {
 

@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
-#include "host/kex/Export.h"
-#include "host/kex/PtrInterface.h"
+#include "host/kex/base/Export.h"
+#include "host/kex/notify/PtrInterface.h"
 
 namespace Hal {
 

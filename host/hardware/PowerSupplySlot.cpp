@@ -1,7 +1,7 @@
 // Configuration and status of a power-supply slot.
 #include "host/hardware/PowerSupplySlot.h"
 
-#include "host/kex/KexType.h"
+#include "host/kex/type/KexType.h"
 
 namespace Hardware::PowerSupplySlot {
 

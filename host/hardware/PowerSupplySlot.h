@@ -5,7 +5,7 @@
 
 #include "host/hardware/Supply.h"
 #include "host/hardware/Vorn.h"
-#include "host/kex/Entity.h"
+#include "host/kex/entity/Entity.h"
 
 namespace Hardware::PowerSupplySlot {
 

@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "host/kex/Export.h"
-#include "host/kex/String8.h"
+#include "host/kex/base/Export.h"
+#include "host/kex/base/String8.h"
 
 namespace Hardware::PowerSupplySlot {
 

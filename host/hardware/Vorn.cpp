@@ -1,7 +1,7 @@
 // A slot's access to its bus, and how it is described.
 #include "host/hardware/Vorn.h"
 
-#include "host/kex/KexType.h"
+#include "host/kex/type/KexType.h"
 
 namespace Hardware {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/hardware/VornRequest.h"
-#include "host/kex/PtrInterface.h"
+#include "host/kex/notify/PtrInterface.h"
 
 namespace Hardware {
 

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "host/hal/Buf.h"
-#include "host/kex/Activity.h"
-#include "host/kex/Name.h"
-#include "host/kex/PtrInterface.h"
+#include "host/kex/base/Name.h"
+#include "host/kex/notify/Activity.h"
+#include "host/kex/notify/PtrInterface.h"
 #include "host/smbus/Bus.h"
 
 namespace Kex {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "host/kex/KexType.h"
+#include "host/kex/type/KexType.h"
 
 namespace Ipmi {
 

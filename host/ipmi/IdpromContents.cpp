@@ -1,8 +1,8 @@
 // Ipmi::IdpromContents, what was parsed of one supply's FRU data.
 #include "host/ipmi/IdpromContents.h"
 
-#include "host/kex/Directory.h"
-#include "host/kex/KexType.h"
+#include "host/kex/entity/Directory.h"
+#include "host/kex/type/KexType.h"
 
 namespace Ipmi {
 

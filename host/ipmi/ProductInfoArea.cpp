@@ -4,7 +4,7 @@
 #include <string>
 
 #include "host/ipmi/CommonAreaHeader.h"
-#include "host/kex/KexType.h"
+#include "host/kex/type/KexType.h"
 
 namespace Ipmi {
 

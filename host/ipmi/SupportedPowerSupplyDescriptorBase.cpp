@@ -1,9 +1,9 @@
 // Base of the descriptors of supported power supplies.
 #include "host/ipmi/SupportedPowerSupplyDescriptorBase.h"
 
-#include "host/kex/Access.h"
-#include "host/kex/EntityTable.h"
-#include "host/kex/TypeTable.h"
+#include "host/tables/Access.h"
+#include "host/tables/EntityTable.h"
+#include "host/tables/TypeTable.h"
 
 namespace Ipmi {
 

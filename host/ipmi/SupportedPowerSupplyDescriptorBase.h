@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/ipmi/IdpromContents.h"
-#include "host/kex/Entity.h"
+#include "host/kex/entity/Entity.h"
 
 namespace Ipmi {
 

@@ -1,7 +1,7 @@
 // The registry of supported power supplies.
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 
-#include "host/kex/EntityTable.h"
+#include "host/tables/EntityTable.h"
 
 namespace Ipmi {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/ipmi/SupportedPowerSupplyDescriptorBase.h"
-#include "host/kex/HashMap.h"
+#include "host/kex/reference/HashMap.h"
 
 namespace Ipmi {
 

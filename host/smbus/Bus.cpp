@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "host/hardware/VornRequest.h"
-#include "host/kex/KexType.h"
+#include "host/kex/type/KexType.h"
 
 namespace Smbus {
 

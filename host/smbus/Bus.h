@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "host/kex/PtrInterface.h"
+#include "host/kex/notify/PtrInterface.h"
 #include "host/smbus/Transport.h"
 
 namespace Hardware {

@@ -4,7 +4,7 @@
 #include <array>
 #include <span>
 
-#include "host/kex/String8.h"
+#include "host/kex/base/String8.h"
 #include "host/smbus/VornAddress.h"
 
 namespace Smbus {

@@ -1,9 +1,9 @@
 // Smbus::VornAddress, where on a bus an operation goes.
 #include "host/smbus/VornAddress.h"
 
-#include "host/kex/Exception.h"
-#include "host/kex/Format.h"
-#include "host/kex/ValueType.h"
+#include "host/kex/base/Exception.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/generic/ValueType.h"
 
 namespace Hardware {
 

@@ -1,10 +1,10 @@
 // Smbus::VornAddress, where on a bus an operation goes.
 #pragma once
 
-#include "host/kex/Export.h"
-#include "host/kex/String8.h"
-#include "host/kex/TextConversion.h"
-#include "host/kex/Types.h"
+#include "host/kex/base/Export.h"
+#include "host/kex/base/String8.h"
+#include "host/kex/base/Types.h"
+#include "host/kex/generic/TextConversion.h"
 
 namespace Hardware {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/ipmi/ProductInfoArea.h"
-#include "host/kex/String8.h"
+#include "host/kex/base/String8.h"
 #include "ipmi/Filling.h"
 #include "ipmi/Model.h"
 

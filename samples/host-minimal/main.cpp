@@ -8,8 +8,8 @@
 
 #include "host/detector/IdentifierFactoryBase.h"
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/ActivityManager.h"
-#include "host/kex/Holder.h"
+#include "host/kex/generic/Holder.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace {
 

@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "host/kex/Entity.h"
-#include "host/kex/Format.h"
-#include "host/kex/GenericIf.h"
-#include "host/kex/Introspection.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/entity/Entity.h"
+#include "host/kex/generic/GenericIf.h"
+#include "host/kex/type/Introspection.h"
 
 namespace {
 

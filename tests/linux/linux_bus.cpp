@@ -8,11 +8,11 @@
 #include <cstdio>
 #include <future>
 
-#include "agent/CommandLine.h"
-#include "agent/Error.h"
+#include "agent/base/Error.h"
+#include "agent/commands/CommandLine.h"
 #include "agent/transport/LinuxAdapter.h"
 #include "agent/transport/LinuxTransport.h"
-#include "host/kex/Format.h"
+#include "host/kex/base/Format.h"
 #include "tests/linux/FakeAdapter.h"
 #include "tests/unit/agent_transport.h"
 

@@ -11,14 +11,14 @@
 #include <string>
 #include <vector>
 
-#include "agent/Text.h"
+#include "agent/base/Text.h"
 #include "agent/transport/SimulatedSupply.h"
 #include "agent/transport/Timer.h"
 #include "host/detector/SlotDriver.h"
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/ActivityManager.h"
-#include "host/kex/Format.h"
-#include "host/kex/Trace.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/time/ActivityManager.h"
+#include "host/kex/trace/Trace.h"
 #include "pmbus/Identifier.h"
 
 namespace busTest {

@@ -4,7 +4,7 @@
 #include <csignal>
 #include <thread>
 
-#include "agent/Loop.h"
+#include "agent/slots/Loop.h"
 #include "agent/transport/Timer.h"
 
 namespace {

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 
-#include "agent/Report.h"
-#include "agent/Text.h"
+#include "agent/base/Text.h"
+#include "agent/report/Report.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "agent/Text.h"
+#include "agent/base/Text.h"
 #include "agent/transport/SimulatedBus.h"
-#include "host/kex/ActivityManager.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace agentTest {
 

@@ -1,5 +1,5 @@
 // What holds the identifiers of a slot: none is left running, none is hurt by what comes late.
-#include "host/kex/Exception.h"
+#include "host/kex/base/Exception.h"
 #include "tests/support/ScriptedBus.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // The slot's state machine on virtual time: what follows what, when, and with which verdict.
 #include <sstream>
 
-#include "agent/Report.h"
+#include "agent/report/Report.h"
 #include "tests/support/ScriptedBus.h"
 
 namespace {

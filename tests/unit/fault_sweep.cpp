@@ -5,12 +5,12 @@
 #include <iostream>
 #include <set>
 
-#include "agent/FruImage.h"
+#include "agent/slots/FruImage.h"
 #include "agent/transport/FaultTransport.h"
 #include "agent/transport/SimulatedBus.h"
 #include "host/detector/SlotDriver.h"
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/ActivityManager.h"
+#include "host/kex/time/ActivityManager.h"
 #include "ipmi/Descriptors.h"
 #include "pmbus/Identifier.h"
 

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/kex/Directory.h"
+#include "host/kex/entity/Directory.h"
 #include "pmbus/Identifier.h"
 #include "pmbus/IdentifierFactory.h"
 #include "tests/unit/ipmi_support.h"

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "host/kex/ActivityManager.h"
-#include "host/kex/Trace.h"
+#include "host/kex/time/ActivityManager.h"
+#include "host/kex/trace/Trace.h"
 #include "tests/unit/ipmi_support.h"
 
 namespace {

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "host/kex/ActivityManager.h"
-#include "host/kex/Entity.h"
+#include "host/kex/entity/Entity.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/hal/Buf.h"
-#include "host/kex/Exception.h"
+#include "host/kex/base/Exception.h"
 
 namespace {
 

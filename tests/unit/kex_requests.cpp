@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "host/hardware/Vorn.h"
-#include "host/kex/ActivityManager.h"
-#include "host/kex/Exception.h"
+#include "host/kex/base/Exception.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "host/hal/Buf.h"
-#include "host/kex/Clock.h"
-#include "host/kex/Directory.h"
-#include "host/kex/GenericIf.h"
+#include "host/kex/entity/Directory.h"
+#include "host/kex/generic/GenericIf.h"
+#include "host/kex/time/Clock.h"
 #include "host/smbus/VornAddress.h"
 
 namespace {

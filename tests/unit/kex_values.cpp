@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "host/kex/Exception.h"
-#include "host/kex/Format.h"
-#include "host/kex/HashMap.h"
-#include "host/kex/KexAttr.h"
-#include "host/kex/Trace.h"
+#include "host/kex/base/Exception.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/reference/HashMap.h"
+#include "host/kex/trace/Trace.h"
+#include "host/kex/type/KexAttr.h"
 
 namespace {
 

@@ -1,0 +1,101 @@
+// A value in a JSON document, with the path that names it in messages.
+#include "agent/base/JsonPlace.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "agent/base/Text.h"
+
+namespace Agent {
+
+namespace {
+
+/// `value` as it stands in the document, cut where it is long.
+std::string shown(JsonPlace::Json const& value) {
+  constexpr std::size_t kMost = 60;
+  std::string text = value.dump(-1, ' ', true, JsonPlace::Json::error_handler_t::replace);
+  return text.size() <= kMost ? text : text.substr(0, kMost) + "...";
+}
+
+std::string numberText(double number) { return JsonPlace::Json(number).dump(); }
+
+}  // namespace
+
+void JsonPlace::refuse(std::string const& why) const {
+  throw UsageError((path_.empty() ? "the document" : path_) + ": " + why);
+}
+
+void JsonPlace::checkKeys(std::initializer_list<std::string_view> allowed) const {
+  if (!value_->is_object()) {
+    refuse(shown(*value_) + " is no object");
+  }
+  for (auto const& [key, value] : value_->items()) {
+    if (std::ranges::find(allowed, key) == allowed.end()) {
+      refuse("unknown key " + inQuotes(key));
+    }
+  }
+}
+
+JsonPlace JsonPlace::at(char const* key) const {
+  if (!has(key)) {
+    refuse("the key \"" + std::string(key) + "\" is missing");
+  }
+  return {(*value_)[key], path_.empty() ? key : path_ + "." + key};
+}
+
+std::vector<JsonPlace> JsonPlace::elements() const {
+  if (!value_->is_array()) {
+    refuse(shown(*value_) + " is no array");
+  }
+  std::vector<JsonPlace> places;
+  for (Json const& element : *value_) {
+    places.emplace_back(element, path_ + "[" + std::to_string(places.size()) + "]");
+  }
+  return places;
+}
+
+std::string JsonPlace::string() const {
+  if (!value_->is_string()) {
+    refuse(shown(*value_) + " is no string");
+  }
+  return value_->get<std::string>();
+}
+
+std::string JsonPlace::bytes() const {
+  std::string const text = string();
+  std::string bytes;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    auto const first = static_cast<unsigned char>(text[i]);
+    if (first < 0x80) {
+      bytes += text[i];
+    } else if (first <= 0xC3 && i + 1 < text.size()) {
+      // Two bytes of UTF-8: the code points 0x80 to 0xFF.
+      bytes +=
+          static_cast<char>((first & 0x03U) << 6 | (static_cast<unsigned char>(text[++i]) & 0x3FU));
+    } else {
+      refuse(shown(*value_) + " has a character above U+00FF");
+    }
+  }
+  return bytes;
+}
+
+double JsonPlace::number(double least, double most) const {
+  double const number = value_->is_number() ? value_->get<double>() : std::nan("");
+  bool const isWithin = number >= least && number <= most;  // false for what is no number
+  if (!isWithin) {
+    refuse(shown(*value_) + " is no number from " + numberText(least) + " to " + numberText(most));
+  }
+  return number;
+}
+
+unsigned JsonPlace::integer(unsigned least, unsigned most) const {
+  double const value = value_->is_number() ? value_->get<double>() : std::nan("");
+  bool const isWithin = value >= least && value <= most;
+  if (!isWithin || value != std::floor(value)) {
+    refuse(shown(*value_) + " is no whole number from " + std::to_string(least) + " to " +
+           std::to_string(most));
+  }
+  return static_cast<unsigned>(value);
+}
+
+}  // namespace Agent

@@ -1,0 +1,45 @@
+// A value in a JSON document, with the path that names it in messages.
+#pragma once
+
+#include <initializer_list>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "agent/base/Error.h"
+
+namespace Agent {
+
+/// Reads a value by what is expected of it. Whatever does not fit throws a `UsageError` that begins
+/// with the value's path: `slots[0].events[2].at: ...`.
+class JsonPlace {
+ public:
+  using Json = nlohmann::ordered_json;
+
+  /// `value` must outlive the place; `path` is what it is called, empty for the whole document.
+  JsonPlace(Json const& value, std::string path) : value_(&value), path_(std::move(path)) {}
+
+  bool isNull() const { return value_->is_null(); }
+  /// Throws unless the value is an object whose keys are among `allowed`.
+  void checkKeys(std::initializer_list<std::string_view> allowed) const;
+  bool has(char const* key) const { return value_->contains(key); }
+  /// The member under `key`, which must be there.
+  JsonPlace at(char const* key) const;
+  /// The elements; the value must be an array.
+  std::vector<JsonPlace> elements() const;
+  std::string string() const;
+  /// A text whose code points stand for bytes (Latin-1).
+  std::string bytes() const;
+  /// A finite number of at least `least` and at most `most`.
+  double number(double least, double most) const;
+  /// A whole number within the same bounds.
+  unsigned integer(unsigned least, unsigned most) const;
+  [[noreturn]] void refuse(std::string const& why) const;
+
+ private:
+  Json const* value_;
+  std::string path_;
+};
+
+}  // namespace Agent

@@ -1,0 +1,128 @@
+// The command line of psu-agent.
+#include "agent/commands/CommandLine.h"
+
+#include <cerrno>
+#include <charconv>
+#include <exception>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "agent/base/Error.h"
+#include "agent/commands/Call.h"
+#include "agent/commands/Command.h"
+#include "agent/commands/Doctor.h"
+#include "agent/commands/Identify.h"
+#include "agent/commands/Monitor.h"
+#include "agent/commands/Simulate.h"
+#include "agent/commands/Types.h"
+#include "agent/slots/Plugin.h"
+#include "host/kex/trace/Trace.h"
+
+namespace Agent {
+
+namespace {
+
+constexpr AddCommand kCommands[] = {&addIdentify, &addMonitor, &addSimulate,
+                                    &addDoctor,   &addCall,    &addTypes};
+
+constexpr unsigned kTraceLevels = 32;
+
+/// The bits of `LEVEL,LEVEL...`; none when that does not make sense.
+std::optional<Kex::U32> levelsOf(std::string_view text) {
+  Kex::U32 bits = 0;
+  for (bool isLast = false; !isLast;) {
+    std::size_t const comma = text.find(',');
+    isLast = comma == std::string_view::npos;
+    unsigned level = kTraceLevels;
+    std::string_view const number = text.substr(0, comma);
+    auto const [end, error] = std::from_chars(number.begin(), number.end(), level);
+    if (error != std::errc() || end != number.end() || level >= kTraceLevels) {
+      return std::nullopt;
+    }
+    bits |= Kex::U32{1} << level;
+    text.remove_prefix(isLast ? 0 : comma + 1);
+  }
+  return bits;
+}
+
+/// Turns trace levels on, from `HANDLE=LEVEL,LEVEL...`.
+void turnTracesOn(std::vector<std::string> const& settings) {
+  std::map<std::string, Kex::U32> handles;
+  for (std::string const& setting : settings) {
+    std::size_t const equals = setting.find('=');
+    std::optional<Kex::U32> const levels =
+        equals == std::string::npos ? std::nullopt : levelsOf(setting.substr(equals + 1));
+    if (!levels || equals == 0) {
+      throw UsageError("--trace: " + setting + " is not HANDLE=LEVELS with levels from 0 to 31");
+    }
+    handles[setting.substr(0, equals)] |= *levels;
+  }
+  for (auto const& [handle, levels] : handles) {
+    Kex::TraceHandle::levelsIs(Kex::String8(std::string_view(handle)), levels);
+  }
+}
+
+/// Runs `work` and tells of what ended it.
+template <class Work>
+Status guarded(Work work) {
+  try {
+    return work();
+  } catch (UsageError const& error) {
+    complain(error.what());
+    return Status::usage;
+  } catch (Kex::Exception const& error) {
+    complain(std::string(error.kind()) + " exception: " + error.what());
+  } catch (std::exception const& error) {
+    complain(error.what());
+  }
+  return Status::failed;
+}
+
+Status flushed(Status status) {
+  errno = 0;
+  if (!std::cout.flush()) {
+    complain("standard output: cannot write" + (errno == 0 ? "" : ": " + systemError(errno)));
+    return worse(status, Status::failed);
+  }
+  return status;
+}
+
+}  // namespace
+
+Status runCommandLine(int argc, char const* const* argv) {
+  CLI::App program("Recognises power supplies on SMBus and prints their FDL.", "psu-agent");
+  program.set_version_flag("--version", "psu-agent " PSU_VERSION);
+  program.require_subcommand(0, 1);
+  program.fallthrough();
+  Globals globals{.library = Plugin::defaultFile()};
+  std::vector<std::string> traces;
+  Action action;
+  program.add_option("--library", globals.library, "The plug-in's file")->option_text("FILE");
+  program.add_option("--trace", traces, "Show trace messages on stderr, e.g. Handle=3,4")
+      ->option_text("HANDLE=LEVELS ...")
+      ->expected(1)
+      ->take_all();
+  for (AddCommand const add : kCommands) {
+    add(program, action);
+  }
+  return flushed(guarded([&] {
+    try {
+      program.parse(argc, argv);
+    } catch (CLI::Success const& success) {
+      program.exit(success, std::cout, std::cerr);
+      return Status::ok;
+    } catch (CLI::ParseError const& error) {
+      throw UsageError(error.what());
+    }
+    if (!action) {
+      throw UsageError("a command is needed: see psu-agent --help");
+    }
+    turnTracesOn(traces);
+    return action(globals);
+  }));
+}
+
+}  // namespace Agent

@@ -1,0 +1,164 @@
+// The reader of recordings.
+#include "agent/recording/Recording.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <fstream>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "agent/base/Error.h"
+#include "agent/base/JsonPlace.h"
+
+namespace Agent {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Far above what a line can need; an endless one is not read to its end.
+constexpr std::size_t kLongestLine = std::size_t{1} << 16;
+constexpr char const* kFormat = "psu-agent recording";
+constexpr unsigned kVersion = 1;
+
+/// The next line, without its end, which stands in `buffer`; none after the last. Throws a
+/// `UsageError`.
+std::optional<std::string_view> nextLine(std::istream& in, std::vector<char>& buffer) {
+  buffer.resize(kLongestLine);
+  in.getline(buffer.data(), kLongestLine);
+  auto const length = static_cast<std::size_t>(in.gcount());
+  if (in.bad()) {
+    throw UsageError("cannot read: " + systemError(errno));
+  }
+  if (in.eof()) {
+    if (length != 0) {
+      throw UsageError("the line is cut short: it has no end");
+    }
+    return std::nullopt;
+  }
+  if (in.fail()) {
+    throw UsageError("longer than " + std::to_string(kLongestLine) + " bytes");
+  }
+  return std::string_view(buffer.data(), length - 1);
+}
+
+Json parse(std::string_view line) {
+  try {
+    return Json::parse(line);
+  } catch (Json::exception const& error) {
+    throw UsageError("no JSON: " + std::string(error.what()));
+  }
+}
+
+void checkHeader(std::string_view line) {
+  Json const json = parse(line);
+  JsonPlace const header(json, "");
+  header.checkKeys({"format", "version"});
+  if (JsonPlace const format = header.at("format"); format.string() != kFormat) {
+    format.refuse("this is no " + std::string(kFormat));
+  }
+  header.at("version").integer(kVersion, kVersion);
+}
+
+/// The bytes under `key`, at most `most`; none for null.
+std::optional<Smbus::Block> block(JsonPlace const& place, std::size_t most) {
+  if (place.isNull()) {
+    return std::nullopt;
+  }
+  std::string const text = place.string();
+  Smbus::Block block;
+  if (text.empty() || text.size() % 2 != 0 || text.size() > 2 * most) {
+    place.refuse(std::to_string(text.size()) + " hexadecimal digits are not those of 1 to " +
+                 std::to_string(most) + " bytes");
+  }
+  for (std::size_t i = 0; i < text.size(); i += 2) {
+    char const* const end = text.data() + i + 2;
+    auto const [stop, error] =
+        std::from_chars(text.data() + i, end, block.bytes[block.length++], 16);
+    if (error != std::errc() || stop != end) {
+      place.refuse("\"" + text.substr(i, 2) + "\" is no byte in hexadecimal digits");
+    }
+  }
+  return block;
+}
+
+TransactionRecord recordFrom(JsonPlace const& object) {
+  object.checkKeys({"time", "slot", "event", "request", "device", "command", "write", "readLength",
+                    "read", "status", "failure"});
+  if (JsonPlace const event = object.at("event"); event.string() != "transaction") {
+    event.refuse("is not \"transaction\"");
+  }
+  TransactionRecord record;
+  record.time = object.at("time").number(0, std::numeric_limits<double>::max());
+  record.request = object.at("request").string();
+  Smbus::Transaction& transaction = record.transaction;
+  transaction.address.deviceIs(
+      Smbus::U7(static_cast<Kex::U8>(object.at("device").integer(0, 0x7F))));
+  transaction.address.offsetIs(static_cast<Kex::U8>(object.at("command").integer(0, 0xFF)));
+  transaction.write = block(object.at("write"), Smbus::kMaxBlock).value_or(Smbus::Block{});
+  transaction.readLength =
+      static_cast<Kex::U8>(object.at("readLength").integer(1, Smbus::kMaxBlock));
+  auto const read = block(object.at("read"), transaction.readLength);
+  record.isOk = object.at("status").integer(Kex::Request::kFailed, Kex::Request::kSucceeded) ==
+                Kex::Request::kSucceeded;
+  if (record.isOk != read.has_value()) {
+    object.at("read").refuse("the status says otherwise: bytes are read when it is 3");
+  }
+  record.read = read.value_or(Smbus::Block{});
+  if (JsonPlace const failure = object.at("failure"); !failure.isNull()) {
+    record.failure = failure.string();
+  }
+  return record;
+}
+
+}  // namespace
+
+Json Recording::header() { return {{"format", kFormat}, {"version", kVersion}}; }
+
+Recording::Recording(std::string const& file) : file_(file) {
+  std::ifstream in(file, std::ios::binary);
+  if (!in) {
+    throw Failure(file + ": cannot open: " + systemError(errno));
+  }
+  std::vector<char> buffer;
+  std::size_t number = 1;
+  try {
+    checkHeader(nextLine(in, buffer).value_or(""));
+    for (++number;; ++number) {
+      auto const line = nextLine(in, buffer);
+      if (!line) {
+        break;
+      }
+      Json const json = parse(*line);
+      JsonPlace const object(json, "");
+      TransactionRecord record = recordFrom(object);
+      auto& slot = slots_[object.at("slot").string()];
+      if (!slot.empty() && record.time < slot.back().record.time) {
+        object.at("time").refuse("earlier than line " + std::to_string(slot.back().line));
+      }
+      slot.push_back({.record = std::move(record), .line = number});
+    }
+  } catch (UsageError const& error) {
+    throw Failure(file + ":" + std::to_string(number) + ": " + error.what());
+  }
+}
+
+std::vector<RecordedTransaction> const& Recording::transactions(std::string const& slot) const {
+  auto const found = slot.empty() ? slots_.begin() : slots_.find(slot);
+  if (found != slots_.end() && (!slot.empty() || slots_.size() == 1)) {
+    return found->second;
+  }
+  std::string names;
+  for (auto const& [name, transactions] : slots_) {
+    names += (names.empty() ? " " : ", ") + name;
+  }
+  throw Failure(file_ + ": " +
+                (names.empty()  ? "there is no transaction in it"
+                 : slot.empty() ? "name one of its slots as FILE#SLOT:" + names
+                                : "there is no slot " + slot + " in it, only" + names));
+}
+
+}  // namespace Agent

@@ -1,0 +1,18 @@
+// The road of one supply, for a person.
+#pragma once
+
+#include <string>
+
+#include "agent/recording/TransactionLog.h"
+#include "host/hardware/Supply.h"
+
+namespace Agent {
+
+/// How `supply` was recognised, or why it was not: its transactions with their bytes, MFR_ID, FRU
+/// common header and product info area field by field, and the descriptors in the order in which
+/// they were asked. Lines have at most 80 columns (`source` aside); the line that made
+/// identification fail begins with `>>`.
+std::string explain(std::string const& source, TransactionLog const& log,
+                    Hardware::PowerSupplySlot::Supply const& supply);
+
+}  // namespace Agent

@@ -1,0 +1,44 @@
+// What is told of a supply: the JSON object, the lines for people, the exit status.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "agent/base/ExitStatus.h"
+#include "host/hardware/Supply.h"
+
+namespace Agent {
+
+using Json = nlohmann::ordered_json;
+using Hardware::PowerSupplySlot::Supply;
+
+/// The keys of a supply's JSON object from `verdict` to `fdl`, in their order. Every key is there,
+/// null where nothing is known; bytes of the supply are the code points of their values, the MFR_ID
+/// is cut at its first NUL.
+Json supplyJson(Supply const& supply);
+/// `value` as one line. Bytes that are no UTF-8 (file names) are replaced.
+std::string jsonLine(Json const& value);
+
+/// A field that would change the meaning of the FDL, by its JSON name.
+struct Suspect {
+  std::string field;
+  std::string text;
+};
+
+/// The fields that would change the meaning of the FDL, which has them in quotes as
+/// they are stored: fields written into it that hold a quote of either kind, a backslash, a line
+/// feed, a carriage return, or a NUL, at which the field is cut.
+std::vector<Suspect> suspects(Supply const& supply);
+
+/// Why the supply is not identified, with what was read of it:
+/// `unrecognised: REASON (MFR_ID "...", product name "...", ...)`.
+std::string explanation(Supply const& supply);
+/// A line for people: `SECONDS SLOT VERDICT DESCRIPTOR SERIAL` of an identified supply, with `-`
+/// for empty, and `SECONDS SLOT VERDICT reason` of another.
+std::string supplyLine(double time, std::string const& slot, Supply const& supply);
+
+/// What the supply makes of the exit status.
+Status statusOf(Supply const& supply);
+
+}  // namespace Agent

@@ -1,0 +1,102 @@
+// A SOURCE of the command line: where a supply is, and how it is reached.
+#include "agent/slots/Source.h"
+
+#include <algorithm>
+#include <set>
+
+#include "agent/base/Error.h"
+#include "agent/recording/ReplayTransport.h"
+#include "agent/slots/FruImage.h"
+#include "agent/transport/LinuxAdapter.h"
+#include "agent/transport/LinuxTransport.h"
+#include "agent/transport/SimulatedBus.h"
+
+namespace Agent {
+
+using TransportPtr = std::unique_ptr<Smbus::Transport>;
+
+struct Source::Kind {
+  /// What the text begins with; empty for a file.
+  std::string_view prefix;
+  bool isLive = false;
+  /// See `Source::exclusive`; throws a `UsageError` when `place` does not make sense.
+  std::string (*exclusive)(std::string const& place);
+  TransportPtr (*open)(std::string const& place, SourceContext const& context);
+};
+
+namespace {
+
+std::string exclusiveFile(std::string const& place) {
+  if (place.empty()) {
+    throw UsageError("a SOURCE must not be empty");
+  }
+  return place == "-" ? "standard input" : "";
+}
+
+TransportPtr openFile(std::string const& place, SourceContext const& context) {
+  return std::make_unique<SimulatedBus>(SimulatedSupply(readFruImage(place), context.mfrId));
+}
+
+std::string exclusiveBus(std::string const& place) { return linuxBusName(linuxBusNumber(place)); }
+
+TransportPtr openBus(std::string const& place, SourceContext const& context) {
+  return std::make_unique<LinuxTransport>(linuxBusNumber(place), context.post);
+}
+
+std::string exclusiveRecording(std::string const& place) {
+  if (place.empty()) {
+    throw UsageError("replay: needs the name of a FILE");
+  }
+  return "";
+}
+
+TransportPtr openRecording(std::string const& place, SourceContext const& context) {
+  return std::make_unique<ReplayTransport>(place, context.onEnd);
+}
+
+}  // namespace
+
+// The first kind whose prefix fits is taken.
+Source::Kind const Source::kKinds[] = {
+    {.prefix = "i2c:", .isLive = true, .exclusive = &exclusiveBus, .open = &openBus},
+    {.prefix = "replay:",
+     .isLive = false,
+     .exclusive = &exclusiveRecording,
+     .open = &openRecording},
+    {.prefix = "", .isLive = false, .exclusive = &exclusiveFile, .open = &openFile},
+};
+
+Source::Kind const* Source::kindOf(std::string_view text) {
+  return std::ranges::find_if(kKinds,
+                              [text](Kind const& kind) { return text.starts_with(kind.prefix); });
+}
+
+Source::Source(std::string text)
+    : text_(std::move(text)),
+      kind_(kindOf(text_)),
+      place_(text_.substr(kind_->prefix.size())),
+      exclusive_(kind_->exclusive(place_)) {}
+
+bool Source::isLive() const { return kind_->isLive; }
+
+TransportPtr Source::open(SourceContext const& context) const {
+  return kind_->open(place_, context);
+}
+
+std::vector<Source> parseSources(std::vector<std::string> const& texts) {
+  std::vector<Source> sources;
+  std::set<std::string> taken;
+  for (std::string const& text : texts) {
+    Source const& source = sources.emplace_back(text);
+    if (!source.exclusive().empty() && !taken.insert(source.exclusive()).second) {
+      throw UsageError(source.exclusive() + " is named twice: " + text);
+    }
+  }
+  return sources;
+}
+
+bool anyLive(std::vector<Source> const& sources) {
+  return std::ranges::any_of(sources, &Source::isLive);
+}
+
+}  // namespace Agent

@@ -1,0 +1,99 @@
+// A slot whose changes are printed as they happen.
+#include "agent/slots/WatchedSlot.h"
+
+#include <iostream>
+#include <utility>
+
+#include "agent/base/Error.h"
+#include "agent/recording/TransactionLog.h"
+#include "agent/recording/Transcript.h"
+#include "agent/report/Report.h"
+#include "host/kex/time/ActivityManager.h"
+
+namespace Agent {
+
+namespace {
+
+double now() { return Kex::activityManager().config().clock()->time(); }
+
+}  // namespace
+
+WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> source,
+                         std::unique_ptr<Smbus::Transport> transport, Plugin const& plugin,
+                         Reporting& reporting)
+    : source_(std::move(source)), reporting_(reporting), slot_(name, std::move(transport), plugin) {
+  slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
+  slot_.observerIs(this);
+  if (reporting_.publisher != nullptr) {
+    // What an earlier run may have left is not known to be true any more.
+    reporting_.publisher->fdlDel(name);
+  }
+}
+
+void WatchedSlot::handleSupply(Supply const& supply) {
+  Shown shown{.verdict = supply.verdict,
+              .serialNumber = supply.product ? supply.product->serialNumber : Kex::String8(),
+              .fdl = supply.fdl};
+  if (shown_ == shown) {
+    return;
+  }
+  shown_ = std::move(shown);
+  publish(supply);
+  if (!reporting_.isJson) {
+    print(supplyLine(now(), slot_.name(), supply));
+    return;
+  }
+  Json object;
+  object["time"] = now();
+  object["slot"] = slot_.name();
+  object["event"] = "supply";
+  object["source"] = source_ ? Json(*source_) : Json(nullptr);
+  object.update(supplyJson(supply));
+  print(jsonLine(object));
+}
+
+void WatchedSlot::handleTransaction(Hardware::VornRequest const& request,
+                                    Smbus::Transaction const& transaction) {
+  if (reporting_.recorder == nullptr && !reporting_.isTranscript) {
+    return;
+  }
+  TransactionRecord const record = recordOf(request, transaction);
+  if (reporting_.recorder != nullptr) {
+    guard([&] { reporting_.recorder->recordIs(slot_.name(), record); });
+  }
+  if (reporting_.isTranscript) {
+    print(reporting_.isJson ? jsonLine(transactionJson(slot_.name(), record))
+                            : transactionLine(slot_.name(), record));
+  }
+}
+
+void WatchedSlot::publish(Supply const& supply) {
+  if (reporting_.publisher == nullptr) {
+    return;
+  }
+  guard([&] {
+    if (supply.verdict == Hardware::PowerSupplySlot::Verdict::identified) {
+      reporting_.publisher->fdlIs(slot_.name(), supply.fdl.view());
+    } else {
+      reporting_.publisher->fdlDel(slot_.name());
+    }
+  });
+}
+
+void WatchedSlot::guard(std::function<void()> const& work) {
+  try {
+    work();
+  } catch (Failure const& failure) {
+    complain(failure.what());
+    reporting_.status = worse(reporting_.status, Status::failed);
+  }
+}
+
+void WatchedSlot::print(std::string const& line) const {
+  std::cout << line << '\n';
+  if (reporting_.isLive) {
+    std::cout.flush();
+  }
+}
+
+}  // namespace Agent

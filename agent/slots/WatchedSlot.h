@@ -1,0 +1,72 @@
+// A slot whose changes are printed as they happen.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "agent/base/ExitStatus.h"
+#include "agent/recording/Recorder.h"
+#include "agent/slots/Publisher.h"
+#include "agent/slots/Slot.h"
+
+namespace Agent {
+
+/// How changes are told of.
+struct Reporting {
+  bool isJson = false;
+  /// Whether every bus transaction is told of as well.
+  bool isTranscript = false;
+  /// Whether somebody waits for each line.
+  bool isLive = false;
+  /// Where FDL is published; null for nowhere.
+  Publisher* publisher = nullptr;
+  /// Where every bus transaction is recorded; null for nowhere.
+  Recorder* recorder = nullptr;
+  /// Worsened when something cannot be written.
+  Status status = Status::ok;
+};
+
+/// A slot that prints a line whenever its verdict, serial number or FDL differs from the last line
+/// printed for it.
+class WatchedSlot final : Smbus::TransactionObserver {
+ public:
+  /// `source` is what the slot's supply is called in JSON, none for an empty slot. `reporting` must
+  /// outlive the slot.
+  WatchedSlot(std::string const& name, std::optional<std::string> source,
+              std::unique_ptr<Smbus::Transport> transport, Plugin const& plugin,
+              Reporting& reporting);
+  WatchedSlot(WatchedSlot const&) = delete;
+  WatchedSlot& operator=(WatchedSlot const&) = delete;
+  ~WatchedSlot() = default;
+
+  Slot& slot() { return slot_; }
+  void sourceIs(std::optional<std::string> source) { source_ = std::move(source); }
+
+ private:
+  using Supply = Slot::Supply;
+
+  /// What a line is about: two lines of the same are printed once.
+  struct Shown {
+    Hardware::PowerSupplySlot::Verdict verdict;
+    Kex::String8 serialNumber;
+    Kex::String8 fdl;
+    bool operator==(Shown const&) const = default;
+  };
+
+  void handleSupply(Supply const& supply);
+  void handleTransaction(Hardware::VornRequest const& request,
+                         Smbus::Transaction const& transaction) override;
+  void publish(Supply const& supply);
+  /// Does `work`; a failure is told of and makes the run's status.
+  void guard(std::function<void()> const& work);
+  void print(std::string const& line) const;
+
+  std::optional<std::string> source_;
+  Reporting& reporting_;
+  std::optional<Shown> shown_;
+  Slot slot_;
+};
+
+}  // namespace Agent

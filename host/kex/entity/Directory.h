@@ -1,0 +1,37 @@
+// An entity that holds other entities by name, and the root of the tree.
+#pragma once
+
+#include <map>
+
+#include "host/kex/entity/Entity.h"
+
+namespace Kex {
+
+/// Holds entities under their names.
+class KEX_API Directory : public Entity {
+ public:
+  static KexType& _fwkType();
+
+  explicit Directory(Name name) : Entity(std::move(name)) {}
+  KexType& fwkType() const override;
+  ~Directory() override;
+
+  Ptr<PtrInterface> member(Name const& name) const override;
+  std::vector<Name> memberNames() const override;
+  /// Takes `entity` in, in place of one of the same name. Throws a range exception for one without
+  /// a name: its path would be that of the directory.
+  void memberIs(Ptr<Entity> const& entity);
+  /// Lets the entity go; null if there was none.
+  Ptr<Entity> memberDel(Name const& name);
+
+ private:
+  std::map<Name, Ptr<Entity>> members_;
+};
+
+/// The root of the tree of entities.
+KEX_API Directory& root();
+
+/// The path of what `owner` holds under `name`.
+KEX_API String8 memberPath(PtrInterface const& owner, Name const& name);
+
+}  // namespace Kex

@@ -1,0 +1,77 @@
+// The clock and its deadlines.
+#pragma once
+
+#include <vector>
+
+#include "host/kex/entity/Entity.h"
+
+namespace Kex {
+
+/// A time that somebody steps: the steady clock's in live use, a virtual one in simulation.
+class KEX_API Clock : public Entity {
+ public:
+  class NotifieeConst;
+
+  static KexType& _fwkType();
+
+  explicit Clock(Name name) : Entity(std::move(name)) {}
+  KexType& fwkType() const override;
+  ~Clock() override;
+
+  /// The current time in seconds. It never runs backwards.
+  double time() const { return time_; }
+  /// Steps to `time` (seconds) and queues `onTime()` of every reactor whose deadline is reached,
+  /// the earliest first, of two equal ones the one that was set first. An earlier time is ignored.
+  void timeIs(double time);
+  /// The earliest deadline in seconds; infinity when there is none.
+  double nextDeadline() const;
+
+ private:
+  struct Deadline {
+    double time;
+    U64 order;
+    NotifieeConst* reactor;
+    bool isBefore(Deadline const& other) const {
+      return time != other.time ? time < other.time : order < other.order;
+    }
+  };
+
+  void deadlineIs(NotifieeConst& reactor, double time) const;
+  void deadlineDel(NotifieeConst& reactor) const;
+  void placed(std::size_t index, Deadline const& deadline) const;
+  void siftUp(std::size_t index) const;
+  void siftDown(std::size_t index) const;
+
+  double time_ = 0;
+  // A binary heap in which every reactor knows its place: deadlines are moved all the time, and
+  // moving one must not allocate.
+  mutable std::vector<Deadline> deadlines_;
+  mutable U64 nextOrder_ = 0;
+};
+
+/// Reacts to a deadline of a clock.
+class KEX_API Clock::NotifieeConst : public NotifieeConstOf<Clock, Entity::NotifieeConst> {
+ public:
+  using NotifieeConstOf::NotifieeConstOf;
+  ~NotifieeConst() override;
+
+  /// The deadline in seconds; infinity when none is set.
+  double timeMin() const;
+  /// Sets the one deadline, in place of the one before, also of one that was reached but whose
+  /// `onTime()` still waits for its turn: `onTime()` runs once when the clock has reached `time`
+  /// (seconds). Infinity means none. Without an attached clock nothing happens.
+  void timeMinIs(double time);
+
+ protected:
+  virtual void onTime() {}
+  void react(unsigned reaction) override;
+  void handleAttached(bool attached) override;
+
+ private:
+  friend class Clock;
+  static constexpr std::size_t kNoDeadline = ~std::size_t{0};
+
+  std::size_t deadline_ = kNoDeadline;
+};
+
+}  // namespace Kex

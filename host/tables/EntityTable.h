@@ -1,0 +1,11 @@
+// The table of Kex::Entity: the attributes that every entity has.
+#pragma once
+
+#include "host/tables/TypeTable.h"
+
+namespace Kex {
+
+/// Constructor arguments of an entity that is made from its name alone.
+inline constexpr ConstructorArgument kNamedEntityArguments[] = {{"name", "Kex::Name"}};
+
+}  // namespace Kex
