@@ -5,12 +5,12 @@
 
 #include "host/ipmi/IdpromContents.h"
 #include "host/ipmi/SupportedPowerSupplyDescriptorBase.h"
+#include "host/kex/base/Export.h"
 #include "host/kex/base/Name.h"
 #include "host/kex/entity/Entity.h"
 #include "host/kex/notify/Notifiee.h"
 #include "host/kex/reference/Ptr.h"
 #include "ipmi/DescriptorTypes.h"
-#include "ipmi/Export.h"
 #include "ipmi/Generate.h"
 #include "ipmi/Models.h"
 
@@ -49,7 +49,7 @@ class Descriptor : public Ipmi::SupportedPowerSupplyDescriptorBase {
     static Kex::KexType& _fwkType(); /* its type record */  \
   };                                                        \
   /* A new descriptor of that type and name; never null. */ \
-  EMERSON_EXPORT Kex::Ptr<type> stem##Factory(Kex::Name name);
+  KEX_API Kex::Ptr<type> stem##Factory(Kex::Name name);
 // NOLINTEND(bugprone-macro-parentheses)
 EMERSON_DESCRIPTOR_TYPES(EMERSON_DESCRIPTOR_CLASS)
 #undef EMERSON_DESCRIPTOR_CLASS

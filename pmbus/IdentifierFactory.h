@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/detector/IdentifierFactoryBase.h"
-#include "pmbus/Export.h"
+#include "host/kex/base/Export.h"
 
 namespace Emerson::PmbusIdentifier {
 
@@ -43,6 +43,6 @@ class IdentifierFactory::Notifiee
 };
 
 /// A new factory of this name; never null.
-PMBUS_API Kex::Ptr<IdentifierFactory> identifierFactoryFactory(Kex::Name name);
+KEX_API Kex::Ptr<IdentifierFactory> identifierFactoryFactory(Kex::Name name);
 
 }  // namespace Emerson::PmbusIdentifier

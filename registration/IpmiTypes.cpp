@@ -19,15 +19,10 @@ using Registration::RecordFn;
 constexpr AttrRow kRows[] = {
     {.name = "doGenerateFdl",
      .id = 0x102,
-     .access = Kex::function<&Base::doGenerateFdl>,
-     .arguments = {"idpromContents"},
+     .access = Kex::function<&Base::doGenerateFdl>({"idpromContents"}),
      .introspection = AttrRow::Introspection::function,
      .flags = {0x20001, 0x400}},
 };
-
-template <class T>
-constexpr RecordFn kCastChain[] = {&T::_fwkType, &Base::_fwkType, &Kex::Entity::_fwkType,
-                                   &Kex::PtrInterface::_fwkType};
 
 template <class T, auto Factory>
 constexpr Kex::TypeTable tableOf(char const* shortName, char const* fullName) {
@@ -38,7 +33,6 @@ constexpr Kex::TypeTable tableOf(char const* shortName, char const* fullName) {
           .isEntity = true,
           .constructorArguments = Kex::kNamedEntityArguments,
           .rows = kRows,
-          .castChain = kCastChain<T>,
           .create = [](Kex::Name name) -> Kex::Ptr<Kex::PtrInterface> {
             return Factory(std::move(name));
           }};

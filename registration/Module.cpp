@@ -8,15 +8,6 @@ namespace Emerson::Registration {
 using Kex::AttrRow;
 using Kex::IntrospectionReactor;
 
-namespace {
-
-void report(Kex::KexAttr& attribute) {
-  IntrospectionReactor::global().handleAttr(attribute);
-  IntrospectionReactor::global().handleAttrContextExit();
-}
-
-}  // namespace
-
 void Module::define() {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
   if (isDefined_ || !reactor.isActive()) {
@@ -40,16 +31,10 @@ void Module::declare(ModuleType const& type) const {
   Kex::KexType& record = type.record();
   reactor.handleType(record, record.base());
   Kex::declareType(record, *type.table);
-  for (auto const& attribute : record.base()->attributeQ()) {
-    auto const copy = attribute->copyFor(record);
-    record.attributeQEnq(copy);
-    report(*copy);
-  }
-  for (AttrRow const& row : type.table->rows) {
-    if (row.use != AttrRow::Use::dispatchedOnly) {
-      report(Kex::declareRow(record, row));
-    }
-  }
+  Kex::declareAttributes(record, type.table->rows, [](Kex::KexAttr& attribute) {
+    IntrospectionReactor::global().handleAttr(attribute);
+    IntrospectionReactor::global().handleAttrContextExit();
+  });
   reactor.handleScopeExit();
 }
 
@@ -59,7 +44,7 @@ void Module::load() {
     Kex::KexType::typeNodeIs(record, type.table->fullName);
     std::size_t next = 0;
     for (AttrRow const& row : type.table->rows) {
-      if (row.use != AttrRow::Use::dispatchedOnly) {
+      if (row.isDeclared()) {
         type.handles[next++] = record.attr(Kex::Name(row.name));
       }
     }

@@ -7,7 +7,7 @@
 
 namespace Emerson::Registration {
 
-using RecordFn = Kex::TypeTable::RecordFn;
+using Kex::RecordFn;
 
 /// One type of a module.
 struct ModuleType {

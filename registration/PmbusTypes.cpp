@@ -2,6 +2,7 @@
 #include "registration/PmbusTypes.h"
 
 #include <array>
+#include <string_view>
 
 #include "host/tables/Access.h"
 #include "host/tables/EntityTable.h"
@@ -18,13 +19,6 @@ using Kex::AttrRow;
 using Registration::ModuleType;
 using Registration::RecordFn;
 using FactoryBase = PowerSupplyDetector::IdentifierFactoryBase;
-
-constexpr RecordFn kIdentifierCastChain[] = {&Identifier::_fwkType,
-                                             &Ipmi::IdentifierBase::_fwkType,
-                                             &PowerSupplyDetector::IdentifierBase::_fwkType,
-                                             &Kex::Entity::NotifieeConst::_fwkType,
-                                             &Kex::PtrInterface::NotifieeConst::_fwkType,
-                                             &Kex::PtrInterface::_fwkType};
 
 constexpr Kex::ConstructorArgument kIdentifierArguments[] = {
     {"notifier", "Kex::Clock"},
@@ -43,14 +37,11 @@ constexpr Kex::ConstructorArgument kIdentifierArguments[] = {
 constexpr AttrRow kFactoryRows[] = {
     {.name = "doAddIdentifierToDriver",
      .id = 0x102,
-     .access = Kex::function<&FactoryBase::doAddIdentifierToDriver>,
-     .arguments = {"driver", "config", "cellConfig", "status"},
+     .access = Kex::function<&FactoryBase::doAddIdentifierToDriver>(
+         {"driver", "config", "cellConfig", "status"}),
      .introspection = AttrRow::Introspection::function,
      .flags = {0x22001, 0x400}},
 };
-
-constexpr RecordFn kFactoryCastChain[] = {&IdentifierFactory::_fwkType, &FactoryBase::_fwkType,
-                                          &Kex::Entity::_fwkType, &Kex::PtrInterface::_fwkType};
 
 constexpr Kex::TypeTable kIdentifierTable{
     .shortName = "Identifier",
@@ -60,10 +51,9 @@ constexpr Kex::TypeTable kIdentifierTable{
     .isEntity = false,
     .constructorArguments = kIdentifierArguments,
     .rows = kIdentifierRows,
-    .castChain = kIdentifierCastChain,
 };
 
-constexpr Kex::TypeTable kFactoryTable{
+constexpr Kex::TypeTable kIdentifierFactoryTable{
     .shortName = "IdentifierFactory",
     .fullName = "Emerson::PmbusIdentifier::IdentifierFactory",
     .base = &FactoryBase::_fwkType,
@@ -71,22 +61,28 @@ constexpr Kex::TypeTable kFactoryTable{
     .isEntity = true,
     .constructorArguments = Kex::kNamedEntityArguments,
     .rows = kFactoryRows,
-    .castChain = kFactoryCastChain,
     .create = [](Kex::Name name) -> Kex::Ptr<Kex::PtrInterface> {
       return identifierFactoryFactory(std::move(name));
     },
 };
 
-constinit std::array<Kex::KexAttr*, kIdentifierRows.size()> identifierHandles{};
-constinit std::array<Kex::KexAttr*, std::size(kFactoryRows)> factoryHandles{};
+#define EMERSON_PMBUS_HANDLES(type) \
+  constinit std::array<Kex::KexAttr*, k##type##Table.rows.size()> type##Handles{};
+EMERSON_PMBUS_TYPES(EMERSON_PMBUS_HANDLES)
+#undef EMERSON_PMBUS_HANDLES
 
 constexpr ModuleType kTypes[] = {
-    {&kIdentifierTable, &Identifier::_fwkType, identifierHandles},
-    {&kFactoryTable, &IdentifierFactory::_fwkType, factoryHandles},
+#define EMERSON_PMBUS_TYPE(type) {&k##type##Table, &type::_fwkType, type##Handles},
+    EMERSON_PMBUS_TYPES(EMERSON_PMBUS_TYPE)
+#undef EMERSON_PMBUS_TYPE
 };
 
-constexpr RecordFn kFetchOrder[] = {&Identifier::_fwkType, &IdentifierFactory::_fwkType,
-                                    &Ipmi::IdentifierBase::_fwkType, &FactoryBase::_fwkType};
+constexpr RecordFn kFetchOrder[] = {
+#define EMERSON_PMBUS_RECORD(type) &type::_fwkType,
+    EMERSON_PMBUS_TYPES(EMERSON_PMBUS_RECORD)
+#undef EMERSON_PMBUS_RECORD
+        & Ipmi::IdentifierBase::_fwkType,
+    &FactoryBase::_fwkType};
 
 constinit Registration::Module module("PmbusIdentifier", kTypes, kFetchOrder);
 
@@ -95,16 +91,11 @@ constinit Registration::Module module("PmbusIdentifier", kTypes, kFetchOrder);
 
 }  // namespace
 
-Kex::KexType& Identifier::_fwkType() {
-  return Registration::recordOf<Identifier>(module, kIdentifierTable);
-}
-
-Kex::KexType& Identifier::fwkType() const { return _fwkType(); }
-
-Kex::KexType& IdentifierFactory::_fwkType() {
-  return Registration::recordOf<IdentifierFactory>(module, kFactoryTable);
-}
-
-Kex::KexType& IdentifierFactory::fwkType() const { return _fwkType(); }
+#define EMERSON_PMBUS_FWK_TYPE(type)                                                              \
+  Kex::KexType& type::_fwkType() { return Registration::recordOf<type>(module, k##type##Table); } \
+  Kex::KexType& type::fwkType() const { return type::_fwkType(); }                                \
+  static_assert(std::string_view(k##type##Table.shortName) == #type);
+EMERSON_PMBUS_TYPES(EMERSON_PMBUS_FWK_TYPE)
+#undef EMERSON_PMBUS_FWK_TYPE
 
 }  // namespace Emerson::PmbusIdentifier

@@ -7,7 +7,7 @@
 #include "agent/base/Error.h"
 #include "agent/recording/Recording.h"
 #include "agent/recording/Transcript.h"
-#include "agent/report/Report.h"
+#include "agent/base/Json.h"
 
 namespace Agent {
 

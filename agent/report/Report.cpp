@@ -70,10 +70,6 @@ Json supplyJson(Supply const& supply) {
   return json;
 }
 
-std::string jsonLine(Json const& value) {
-  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 std::vector<Suspect> suspects(Supply const& supply) {
   std::vector<Suspect> found;
   if (!supply.product || supply.fdl.empty()) {

@@ -1,24 +1,21 @@
 // What is told of a supply: the JSON object, the lines for people, the exit status.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "agent/base/ExitStatus.h"
+#include "agent/base/Json.h"
 #include "host/hardware/Supply.h"
 
 namespace Agent {
 
-using Json = nlohmann::ordered_json;
 using Hardware::PowerSupplySlot::Supply;
 
 /// The keys of a supply's JSON object from `verdict` to `fdl`, in their order. Every key is there,
 /// null where nothing is known; bytes of the supply are the code points of their values, the MFR_ID
 /// is cut at its first NUL.
 Json supplyJson(Supply const& supply);
-/// `value` as one line. Bytes that are no UTF-8 (file names) are replaced.
-std::string jsonLine(Json const& value);
 
 /// A field that would change the meaning of the FDL, by its JSON name.
 struct Suspect {

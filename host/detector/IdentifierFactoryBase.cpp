@@ -13,14 +13,11 @@ using Base = IdentifierFactoryBase;
 constexpr Kex::AttrRow kRows[] = {
     {.name = "doAddIdentifierToDriver",
      .id = 0x102,
-     .access = Kex::function<&Base::doAddIdentifierToDriver>,
-     .arguments = {"driver", "config", "cellConfig", "status"},
+     .access = Kex::function<&Base::doAddIdentifierToDriver>(
+         {"driver", "config", "cellConfig", "status"}),
      .introspection = Kex::AttrRow::Introspection::function,
      .flags = {0x22001, 0x400}},
 };
-
-constexpr Kex::TypeTable::RecordFn kCastChain[] = {&Base::_fwkType, &Kex::Entity::_fwkType,
-                                                   &Kex::PtrInterface::_fwkType};
 
 constexpr Kex::TypeTable kTable{
     .shortName = "IdentifierFactoryBase",
@@ -30,7 +27,6 @@ constexpr Kex::TypeTable kTable{
     .isEntity = true,
     .constructorArguments = Kex::kNamedEntityArguments,
     .rows = kRows,
-    .castChain = kCastChain,
 };
 
 }  // namespace

@@ -51,34 +51,30 @@ constexpr AttrRow kRows[] = {
     {.name = "presentGpo", .id = 0x112, .access = value<&Base::presentGpo>, .flags = kReadOnly},
     {.name = "doInitialize",
      .id = 0x11b,
-     .access = Kex::function<&Base::doInitialize>,
+     .access = Kex::function<&Base::doInitialize>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "handlePollForInsertionRequest",
      .id = 0x11d,
-     .access = Kex::function<&Base::handlePollForInsertionRequest>,
+     .access = Kex::function<&Base::handlePollForInsertionRequest>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "handleIdentifySupplyRequest",
      .id = 0x11e,
-     .access = Kex::function<&Base::handleIdentifySupplyRequest>,
+     .access = Kex::function<&Base::handleIdentifySupplyRequest>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "handleCheckSupplyRequest",
      .id = 0x11f,
-     .access = Kex::function<&Base::handleCheckSupplyRequest>,
+     .access = Kex::function<&Base::handleCheckSupplyRequest>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "doResetIdentifier",
      .id = 0x120,
-     .access = Kex::function<&Base::doResetIdentifier>,
+     .access = Kex::function<&Base::doResetIdentifier>(),
      .introspection = kIsFunction,
      .flags = kFunction},
 };
-
-constexpr Kex::TypeTable::RecordFn kCastChain[] = {
-    &Base::_fwkType, &Kex::Entity::NotifieeConst::_fwkType,
-    &Kex::PtrInterface::NotifieeConst::_fwkType, &Kex::PtrInterface::_fwkType};
 
 constexpr Kex::TypeTable kTable{
     .shortName = "IdentifierBase",
@@ -88,7 +84,6 @@ constexpr Kex::TypeTable kTable{
     .isEntity = false,
     .constructorArguments = {},
     .rows = kRows,
-    .castChain = kCastChain,
 };
 
 }  // namespace

@@ -31,11 +31,6 @@ constexpr Kex::AttrRow kRows[] = {
     {.name = "idprom", .id = 0x203, .access = Kex::value<&Base::idprom>, .flags = kReadOnly},
 };
 
-constexpr Kex::TypeTable::RecordFn kCastChain[] = {
-    &Base::_fwkType, &PowerSupplyDetector::IdentifierBase::_fwkType,
-    &Kex::Entity::NotifieeConst::_fwkType, &Kex::PtrInterface::NotifieeConst::_fwkType,
-    &Kex::PtrInterface::_fwkType};
-
 constexpr Kex::TypeTable kTable{
     .shortName = "IdentifierBase",
     .fullName = "Ipmi::IdentifierBase",
@@ -44,7 +39,6 @@ constexpr Kex::TypeTable kTable{
     .isEntity = false,
     .constructorArguments = {},
     .rows = kRows,
-    .castChain = kCastChain,
 };
 
 Base::BufPtr filledBuf(Kex::U32 size) {

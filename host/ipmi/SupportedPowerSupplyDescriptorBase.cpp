@@ -25,14 +25,10 @@ constexpr AttrRow kRows[] = {
      .flags = {0x220101, 0x400}},
     {.name = "doGenerateFdl",
      .id = 0x102,
-     .access = Kex::function<&Base::doGenerateFdl>,
-     .arguments = {"idpromContents"},
+     .access = Kex::function<&Base::doGenerateFdl>({"idpromContents"}),
      .introspection = AttrRow::Introspection::function,
      .flags = {0x20001, 0x400}},
 };
-
-constexpr Kex::TypeTable::RecordFn kCastChain[] = {&Base::_fwkType, &Kex::Entity::_fwkType,
-                                                   &Kex::PtrInterface::_fwkType};
 
 constexpr Kex::TypeTable kTable{
     .shortName = "SupportedPowerSupplyDescriptorBase",
@@ -42,7 +38,6 @@ constexpr Kex::TypeTable kTable{
     .isEntity = true,
     .constructorArguments = Kex::kNamedEntityArguments,
     .rows = kRows,
-    .castChain = kCastChain,
 };
 
 }  // namespace

@@ -9,9 +9,6 @@ namespace {
 
 using Kex::Ptr;
 
-constexpr Kex::TypeTable::RecordFn kCastChain[] = {
-    &SupportedPowerSupplyRegistry::_fwkType, &Kex::Entity::_fwkType, &Kex::PtrInterface::_fwkType};
-
 constexpr Kex::TypeTable kTable{
     .shortName = "SupportedPowerSupplyRegistry",
     .fullName = "Ipmi::SupportedPowerSupplyRegistry",
@@ -20,7 +17,6 @@ constexpr Kex::TypeTable kTable{
     .isEntity = true,
     .constructorArguments = Kex::kNamedEntityArguments,
     .rows = {},
-    .castChain = kCastChain,
     .create = [](Kex::Name name) -> Ptr<Kex::PtrInterface> {
       return Kex::make<SupportedPowerSupplyRegistry>(std::move(name));
     },

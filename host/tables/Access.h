@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "host/tables/ArgumentReader.h"
 #include "host/tables/AttrRow.h"
 
 namespace Kex {
@@ -34,9 +35,17 @@ using ResultOf = typename MemberTraits<decltype(Member)>::Result;
 template <auto Member>
 using ValuesOf = typename MemberTraits<decltype(Member)>::Values;
 
+/// The names of a function's arguments: as many as it has, none of them empty.
+template <std::size_t kCount>
+using ArgumentNames = std::array<char const*, kCount>;
+
 template <class Tuple, std::size_t... I>
-constexpr std::array<AttrAccess::RecordFn, 4> typesOf(std::index_sequence<I...>) {
-  return {&typeOf<std::tuple_element_t<I, Tuple>>...};
+consteval auto argumentsOf(ArgumentNames<sizeof...(I)> const& names, std::index_sequence<I...>) {
+  if (((names[I] == nullptr) || ...)) {
+    throw "an argument without a name";
+  }
+  return decltype(AttrAccess::arguments){
+      AttrAccess::Argument{names[I], &typeOf<std::tuple_element_t<I, Tuple>>}...};
 }
 
 template <class T>
@@ -50,7 +59,8 @@ void call(AttrRow const& row, PtrInterface& object, ArgumentReader& reader,
           std::index_sequence<I...>) {
   using Values = ValuesOf<Member>;
   // Braces take the arguments in order.
-  Values const values{reader.next<std::tuple_element_t<I, Values>>(row.arguments[I])...};
+  Values const values{
+      reader.next<std::tuple_element_t<I, Values>>(row.access.arguments[I].name)...};
   reader.end(row.name);
   (objectAs<ClassOf<Member>>(object).*Member)(std::get<I>(values)...);
 }
@@ -72,28 +82,29 @@ T valueFor(AttrRow const& row, AttributeRequest const& request) {
 
 }  // namespace Detail
 
-/// A function: code 0 calls `Member` with the arguments of the list; the answer is empty.
+/// A function: code 0 calls `Member` with the arguments of the list, which bear `names`; the answer
+/// is empty.
 template <auto Member>
-inline constexpr AttrAccess function{
-    .kind = KexAttr::Kind::function,
-    .valueType = &Builtin<void*>::_fwkType,
-    .argumentTypes = Detail::typesOf<Detail::ValuesOf<Member>>(
-        std::make_index_sequence<std::tuple_size_v<Detail::ValuesOf<Member>>>()),
-    .carryOut = [](AttrRow const& row, PtrInterface& object,
-                   AttributeRequest const& request) -> Ptr<GenericIf> {
-      if (request.code != kRead) {
-        GenericIf::throwOpNotSupportedException(row.name, request.code, false);
-      }
-      ArgumentReader reader(request.value);
-      Detail::call<Member>(row, object, reader,
-                           std::make_index_sequence<std::tuple_size_v<Detail::ValuesOf<Member>>>());
-      return {};
-    }};
+consteval AttrAccess function(
+    Detail::ArgumentNames<std::tuple_size_v<Detail::ValuesOf<Member>>> const& names = {}) {
+  using Values = Detail::ValuesOf<Member>;
+  using Indices = std::make_index_sequence<std::tuple_size_v<Values>>;
+  return {.valueType = &Builtin<void*>::_fwkType,
+          .arguments = Detail::argumentsOf<Values>(names, Indices()),
+          .carryOut = [](AttrRow const& row, PtrInterface& object,
+                         AttributeRequest const& request) -> Ptr<GenericIf> {
+            if (request.code != kRead) {
+              GenericIf::throwOpNotSupportedException(row.name, request.code, false);
+            }
+            ArgumentReader reader(request.value);
+            Detail::call<Member>(row, object, reader, Indices());
+            return {};
+          }};
+}
 
 /// A value: code 0 reads it with `Get`, code 128 writes it with `Set` where there is one.
 template <auto Get, auto Set = nullptr>
 inline constexpr AttrAccess value{
-    .kind = KexAttr::Kind::value,
     .valueType = &typeOf<Detail::ResultOf<Get>>,
     .carryOut = [](AttrRow const& row, PtrInterface& object,
                    AttributeRequest const& request) -> Ptr<GenericIf> {
@@ -112,13 +123,12 @@ inline constexpr AttrAccess value{
       GenericIf::throwOpNotSupportedException(row.name, request.code, false);
     }};
 
-/// An attribute whose object is created from a size: code 0 reads it, 128 creates it, 129 deletes
+/// An attribute whose object is created from a `size`: code 0 reads it, 128 creates it, 129 deletes
 /// it and answers the one that was removed.
 template <auto Get, auto Create, auto Delete>
 inline constexpr AttrAccess instantiating{
-    .kind = KexAttr::Kind::instantiating,
     .valueType = &typeOf<Detail::ResultOf<Get>>,
-    .argumentTypes = {&Builtin<U32>::_fwkType},
+    .arguments = {{{"size", &Builtin<U32>::_fwkType}}},
     .carryOut = [](AttrRow const& row, PtrInterface& object,
                    AttributeRequest const& request) -> Ptr<GenericIf> {
       auto& target = Detail::objectAs<Detail::ClassOf<Get>>(object);
@@ -130,7 +140,7 @@ inline constexpr AttrAccess instantiating{
         case kRead: return answer((target.*Get)());
         case kWrite: {
           ArgumentReader reader(request.value);
-          U32 const size = reader.next<U32>(row.arguments.front());
+          U32 const size = reader.next<U32>(row.access.arguments.front().name);
           reader.end(row.name);
           return answer((target.*Create)(size));
         }
@@ -144,7 +154,6 @@ inline constexpr AttrAccess instantiating{
 /// `size(object)`, `buckets(object)`, `iterator(object)`.
 template <class Access, class Key, class Value>
 inline constexpr AttrAccess collection{
-    .kind = KexAttr::Kind::collection,
     .valueType = &typeOf<Value>,
     .keyType = &typeOf<Key>,
     .carryOut = [](AttrRow const& row, PtrInterface& object,

@@ -1,6 +1,8 @@
 // What there is to know of a type, as one table; its record and its adapter.
 #include "host/tables/TypeTable.h"
 
+#include "host/tables/ArgumentReader.h"
+
 namespace Kex {
 
 namespace {
@@ -9,23 +11,21 @@ namespace {
 template <class Base>
 class TableAdapter final : public Base {
  public:
-  TableAdapter(TypeTable const& table, Ptr<PtrInterface> const& object, bool isConst)
-      : Base(object, isConst), table_(table) {}
+  TableAdapter(TypeTable const& table, KexType const& type, Ptr<PtrInterface> const& object,
+               bool isConst)
+      : Base(object, isConst), table_(table), type_(type) {}
 
-  // The first record of the cast chain is the type's own.
-  KexType const& type() const override { return table_.castChain.front()(); }
+  KexType const& type() const override { return type_; }
 
   Ptr<PtrInterface> castTo(KexType const& wanted) const override {
-    for (auto const record : table_.castChain) {
-      if (&record() == &wanted) {
-        return this->object();
-      }
+    if (!type_.isA(wanted)) {
+      GenericIf::throwTypeException(table_.shortName);
     }
-    GenericIf::throwTypeException(table_.shortName);
+    return this->object();
   }
 
   KexAttr const* attribute(Name const& name) const override {
-    KexAttr const* const own = type().attr(name);
+    KexAttr const* const own = type_.attr(name);
     return own != nullptr ? own : base()->attribute(name);
   }
 
@@ -45,9 +45,10 @@ class TableAdapter final : public Base {
   }
 
  private:
-  Ptr<GenericIf> base() const { return this->baseGenericIf(type()); }
+  Ptr<GenericIf> base() const { return this->baseGenericIf(type_); }
 
   TypeTable const& table_;
+  KexType const& type_;
 };
 
 }  // namespace
@@ -66,9 +67,9 @@ Ptr<GenericIf> TableType::genericIf(GenericIf const* arguments, bool isConst) co
 
 Ptr<GenericIf> TableType::newAdapter(Ptr<PtrInterface> const& object, bool isConst) const {
   if (table_.isEntity) {
-    return make<TableAdapter<GenericIfEntity>>(table_, object, isConst);
+    return make<TableAdapter<GenericIfEntity>>(table_, *this, object, isConst);
   }
-  return make<TableAdapter<GenericIfPtrInterface>>(table_, object, isConst);
+  return make<TableAdapter<GenericIfPtrInterface>>(table_, *this, object, isConst);
 }
 
 void declareType(KexType& record, TypeTable const& table) {

@@ -18,8 +18,6 @@ struct ConstructorArgument {
 
 /// All that the framework needs to know of a type.
 struct TypeTable {
-  using RecordFn = KexType& (*)();
-
   char const* shortName;
   char const* fullName;
   RecordFn base;
@@ -27,15 +25,13 @@ struct TypeTable {
   bool isEntity;
   std::span<ConstructorArgument const> constructorArguments;
   std::span<AttrRow const> rows;
-  /// The records to which an object may be cast, its own first.
-  std::span<RecordFn const> castChain;
   /// The generic construction from a name; null where the type has none.
   Ptr<PtrInterface> (*create)(Name name) = nullptr;
 };
 
 /// The record of a type that has a table. One class serves all types: what they differ in stands in
 /// their tables.
-class KEX_API TableType final : public KexType {
+class TableType final : public KexType {
  public:
   /// `table` must live as long as the process.
   TableType(TypeTable const& table, KexType* base)
@@ -52,9 +48,9 @@ class KEX_API TableType final : public KexType {
 };
 
 /// Declares to `record` what its table says besides the attributes: size, constructor arguments.
-KEX_API void declareType(KexType& record, TypeTable const& table);
+void declareType(KexType& record, TypeTable const& table);
 
 /// The record of a host type that has a table, and schema.
-KEX_API KexType& newTableHostType(TypeTable const& table);
+KexType& newTableHostType(TypeTable const& table);
 
 }  // namespace Kex

@@ -10,8 +10,7 @@ namespace {
 Ptr<Entity> parentOf(Entity const& entity) { return Ptr<Entity>(entity.parent()); }
 
 /// The parent is not owned, so it is read through a function that makes a reference of it.
-constexpr AttrAccess kParent{.kind = KexAttr::Kind::value,
-                             .valueType = &Entity::_fwkType,
+constexpr AttrAccess kParent{.valueType = &Entity::_fwkType,
                              .carryOut = [](AttrRow const& row, PtrInterface& object,
                                             AttributeRequest const& request) -> Ptr<GenericIf> {
                                Detail::refuseIndex(row, request);
@@ -32,8 +31,6 @@ constexpr AttrRow kRows[] = {
      .flags = {0x220001, 0x400}},
 };
 
-constexpr TypeTable::RecordFn kCastChain[] = {&Entity::_fwkType, &PtrInterface::_fwkType};
-
 constexpr TypeTable kTable{
     .shortName = "Entity",
     .fullName = "Kex::Entity",
@@ -42,7 +39,6 @@ constexpr TypeTable kTable{
     .isEntity = true,
     .constructorArguments = kNamedEntityArguments,
     .rows = kRows,
-    .castChain = kCastChain,
 };
 
 }  // namespace

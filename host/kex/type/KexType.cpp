@@ -94,8 +94,7 @@ std::vector<Ptr<KexAttr>> const& KexType::attributeQ() const {
     // What is declared late was the type's from the start.
     auto& record = const_cast<KexType&>(*this);
     record.hasPendingRows_ = false;
-    inheritAttributes(record);
-    declareRows(record, pendingRows_);
+    declareAttributes(record, pendingRows_);
   }
   return attributes_;
 }
