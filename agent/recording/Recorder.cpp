@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "agent/base/Error.h"
+#include "agent/base/Json.h"
 #include "agent/recording/Recording.h"
 #include "agent/recording/Transcript.h"
-#include "agent/base/Json.h"
 
 namespace Agent {
 

@@ -40,11 +40,6 @@ String8 notSupported(std::optional<String8> const& mfrId) {
 
 }  // namespace
 
-void BackOff::schedule(double now) {
-  due_ = now + interval_;
-  interval_ = std::min(2 * interval_, kMost);
-}
-
 bool isLoneRead(VornRequest const& request) { return request.operations().size() == 1; }
 
 String8 blockText(Smbus::Block const& block) {
@@ -56,6 +51,16 @@ Supply unreadable(char const* what, VornRequest const& request) {
   supply.verdict = Verdict::unreadable;
   supply.reason = outcome(what, request);
   return supply;
+}
+
+Supply unstable(Supply found, Checked checked) {
+  found.verdict = Verdict::unreadable;
+  found.reason = checked == Checked::otherSerialNumber
+                     ? "serial number is not stable"
+                     : "the product info area's header is not stable";
+  found.descriptor.reset();
+  found.fdl = {};
+  return found;
 }
 
 Supply judgePoll(VornRequest const& request, Findings const& findings,

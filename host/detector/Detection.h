@@ -1,10 +1,10 @@
 // What one detection remembers, and how its verdicts are reached.
 #pragma once
 
-#include <limits>
 #include <memory>
 #include <optional>
 
+#include "host/detector/Policy.h"
 #include "host/hardware/Supply.h"
 #include "host/hardware/VornRequest.h"
 
@@ -24,29 +24,6 @@ struct Findings {
   std::optional<Hardware::PowerSupplySlot::ProductTexts> product;
 };
 
-/// Time after which the detection of a supply with a wrong checksum or an unsupported version is
-/// repeated, in seconds: it doubles from the least to the most.
-class BackOff {
- public:
-  /// Least and most interval.
-  static constexpr double kLeast = 1.0;
-  /// See `kLeast`.
-  static constexpr double kMost = 10.0;
-
-  /// When to repeat; infinity for never.
-  double due() const { return due_; }
-  /// Sets the next repetition, counted from `now`, and doubles the interval.
-  void schedule(double now);
-  /// No repetition, and the least interval the next time.
-  void clear() { *this = {}; }
-  /// No repetition, but the interval goes on growing.
-  void taken() { due_ = std::numeric_limits<double>::infinity(); }
-
- private:
-  double due_ = std::numeric_limits<double>::infinity();
-  double interval_ = kLeast;
-};
-
 /// What is remembered of a supply while it is in the slot.
 struct Detection {
   /// What identification found, from its end up to the first check, after which it is published.
@@ -56,10 +33,7 @@ struct Detection {
   Kex::String8 areaHeader;
   /// The text that answered the MFR_ID command.
   std::optional<Kex::String8> mfrId;
-  /// Checks in a row that found another supply.
-  unsigned mismatches = 0;
-  BackOff backOff;
-  double lastReset = -std::numeric_limits<double>::infinity();
+  Memory memory;
   /// Whether a verdict was reached since the last reset.
   bool isConcluded = false;
   /// Transactions that had been started when the detection that is reported next began.
@@ -71,6 +45,8 @@ Supply judgePoll(Hardware::VornRequest const& request, Findings const& findings,
                  std::optional<Kex::String8> const& mfrId);
 /// The verdict of a positive identification; the descriptor is left to be named.
 Supply judgeIdentification(Findings findings, bool hwError, Kex::String8 const& fdl);
+/// What is told of a supply that checks find changed again and again.
+Supply unstable(Supply found, Checked checked);
 /// "unreadable", after `what` had failed or was cut short.
 Supply unreadable(char const* what, Hardware::VornRequest const& request);
 

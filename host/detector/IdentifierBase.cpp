@@ -1,7 +1,7 @@
 // Base of the identifiers: the state machine of one slot.
 #include "host/detector/IdentifierBase.h"
 
-#include <algorithm>
+#include <cmath>
 #include <ostream>
 
 #include "host/kex/base/Exception.h"
@@ -56,7 +56,7 @@ void IdentifierBase::hasNotificationActiveIs(bool active) {
   Kex::Clock::NotifieeConst::hasNotificationActiveIs(active);
   if (!active) {
     withdrawRequests();
-    pendingActionIs(PendingAction::none, 0);
+    nextIs(Next::nothing, 0);
   } else if (isStarted_) {
     resetDetection();
   } else if (owner_ != nullptr) {
@@ -67,7 +67,7 @@ void IdentifierBase::hasNotificationActiveIs(bool active) {
 void IdentifierBase::kexFwkActivityIs(bool active) {
   if (!active) {
     withdrawRequests();
-    pendingActionIs(PendingAction::none, 0);
+    nextIs(Next::nothing, 0);
   } else if (isStarted_ && hasNotificationActive()) {
     resetDetection();
   }
@@ -76,7 +76,7 @@ void IdentifierBase::kexFwkActivityIs(bool active) {
 void IdentifierBase::kexDoZombieReactors(bool on) {
   if (on) {
     withdrawRequests();
-    pendingActionIs(PendingAction::none, 0);
+    nextIs(Next::nothing, 0);
   }
 }
 
@@ -89,97 +89,81 @@ void IdentifierBase::doStartDetection() {
     return;
   }
   isStarted_ = true;
-  detection_.lastReset = now();
+  detection_.memory.lastReset = now();
   startRequest(kPollForInsertion, pollForInsertionRequest());
 }
 
 void IdentifierBase::onTime() { guarded(&IdentifierBase::handleDeadline); }
 
 void IdentifierBase::handleDeadline() {
-  switch (std::exchange(pendingAction_, PendingAction::none)) {
-    case PendingAction::none:
-      // While a check runs nobody but its handler sets a deadline: that of the retry.
-      if (state_ == kCheckSupply) {
-        checkSupplyRequest()->activeIs(true);
-      }
-      return;
-    case PendingAction::reset: return resetDetection();
-    case PendingAction::identify: return startRequest(kIdentifySupply, identifySupplyRequest());
-    case PendingAction::check:
-      if (detection_.backOff.due() <= now()) {
-        return resetDetection();
-      }
-      return startRequest(kCheckSupply, checkSupplyRequest());
+  switch (std::exchange(next_, Next::nothing)) {
+    case Next::nothing: return;
+    case Next::reset: return resetDetection();
+    case Next::identify: return startRequest(kIdentifySupply, identifySupplyRequest());
+    case Next::check: return startRequest(kCheckSupply, checkSupplyRequest());
+    case Next::retryCheck: return checkSupplyRequest()->activeIs(true);
   }
 }
 
 void IdentifierBase::doPollForInsertionRequestComplete(bool present) {
-  if (present) {
-    return pendingActionIs(PendingAction::identify, now() + pollDelay());
-  }
-  detection_.backOff.clear();
-  detection_.mismatches = 0;
-  publish(judgePoll(*pollForInsertionRequest(), findings(), detection_.mfrId));
-  pendingActionIs(PendingAction::reset, now() + pollInterval_);
+  carryOut(afterPoll(present, situation()),
+           [this] { return judgePoll(*pollForInsertionRequest(), findings(), detection_.mfrId); });
 }
 
 void IdentifierBase::doIdentifySupplyRequestComplete(bool identified) {
-  if (!identified) {
-    detection_.backOff.clear();
-    publish(unreadable("reading the product info area", *identifySupplyRequest()));
-    return pendingActionIs(PendingAction::reset, now() + pollInterval_);
+  std::optional<Verdict> verdict;
+  if (identified) {
+    detection_.found = std::make_unique<Supply>(judgeIdentification(findings(), hwError_, fdl_));
+    verdict = detection_.found->verdict;
+    if (verdict == Verdict::identified) {
+      detection_.found->descriptor = managingDescriptor();
+    }
+    detection_.serialNum = serialNum_;
+    detection_.areaHeader = areaHeader();
   }
-  Supply found = judgeIdentification(findings(), hwError_, fdl_);
-  if (found.verdict == Verdict::identified) {
-    found.descriptor = managingDescriptor();
-  }
-  detection_.serialNum = serialNum_;
-  detection_.areaHeader = areaHeader();
-  if (found.verdict == Verdict::invalidChecksum || found.verdict == Verdict::unsupportedVersion) {
-    detection_.backOff.schedule(now());
-  } else {
-    detection_.backOff.clear();
-  }
-  detection_.found = std::make_unique<Supply>(std::move(found));
-  startRequest(kCheckSupply, checkSupplyRequest());
+  carryOut(afterIdentify(verdict, situation()), [this] {
+    return unreadable("reading the product info area", *identifySupplyRequest());
+  });
 }
 
 void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
-  if (!present) {
-    detection_.backOff.clear();
-    detection_.mismatches = 0;
-    if (detection_.found) {
-      publish(unreadable("the first check", *checkSupplyRequest()));
-    }
-    return pendingActionIs(PendingAction::reset, now() + pollInterval_);
+  Checked const checked = !present                                ? Checked::gone
+                          : serialNum_ != detection_.serialNum    ? Checked::otherSerialNumber
+                          : areaHeader() != detection_.areaHeader ? Checked::otherAreaHeader
+                                                                  : Checked::same;
+  carryOut(afterCheck(checked, detection_.found != nullptr, situation()), [&] {
+    return present ? unstable(std::move(*detection_.found), checked)
+                   : unreadable("the first check", *checkSupplyRequest());
+  });
+}
+
+template <class Ending>
+void IdentifierBase::carryOut(Move const& move, Ending ending) {
+  detection_.memory = move.memory;
+  switch (move.told) {
+    case Told::nothing: break;
+    case Told::found: publish(std::move(*std::exchange(detection_.found, nullptr))); break;
+    case Told::ending:
+    case Told::unstable: publish(ending()); break;
   }
-  bool const isOtherSerial = serialNum_ != detection_.serialNum;
-  if (isOtherSerial || areaHeader() != detection_.areaHeader) {
-    detection_.backOff.clear();
-    if (++detection_.mismatches >= 2 && detection_.found) {
-      Supply supply = std::move(*detection_.found);
-      supply.verdict = Verdict::unreadable;
-      supply.reason = isOtherSerial ? "serial number is not stable"
-                                    : "the product info area's header is not stable";
-      supply.descriptor.reset();
-      supply.fdl = {};
-      publish(std::move(supply));
-    }
-    return pendingActionIs(PendingAction::reset,
-                           std::max(now(), detection_.lastReset + pollInterval_));
+  if (move.next == Next::check && move.at <= now()) {
+    startRequest(kCheckSupply, checkSupplyRequest());
+  } else {
+    nextIs(move.next, move.at);
   }
-  detection_.mismatches = 0;
-  if (auto const found = std::move(detection_.found)) {
-    publish(std::move(*found));
-  }
-  pendingActionIs(PendingAction::check, std::min(now() + pollInterval_, detection_.backOff.due()));
+}
+
+Situation IdentifierBase::situation() const {
+  return {.now = now(),
+          .timings = {.pollInterval = pollInterval_, .pollDelay = pollDelay()},
+          .memory = detection_.memory};
 }
 
 double IdentifierBase::now() const { return notifier()->time(); }
 
-void IdentifierBase::pendingActionIs(PendingAction action, double time) {
-  pendingAction_ = action;
-  timeMinIs(action == PendingAction::none ? std::numeric_limits<double>::infinity() : time);
+void IdentifierBase::nextIs(Next what, double time) {
+  next_ = what;
+  timeMinIs(what == Next::nothing ? std::numeric_limits<double>::infinity() : time);
 }
 
 void IdentifierBase::withdrawRequests() {
@@ -190,9 +174,9 @@ void IdentifierBase::withdrawRequests() {
 
 void IdentifierBase::resetDetection() {
   withdrawRequests();
-  pendingActionIs(PendingAction::none, 0);
-  detection_.lastReset = now();
-  detection_.backOff.taken();
+  nextIs(Next::nothing, 0);
+  detection_.memory.lastReset = now();
+  detection_.memory.backOff.taken();
   if (std::exchange(detection_.isConcluded, false)) {
     detection_.countedTransactions = startedTransactions();
   }
@@ -207,7 +191,7 @@ void IdentifierBase::resetDetection() {
 }
 
 void IdentifierBase::startRequest(IdentifierState state, RequestPtr const& request) {
-  pendingActionIs(PendingAction::none, 0);
+  nextIs(Next::nothing, 0);
   stateIs(state);
   request->activeIs(true);
 }
@@ -229,7 +213,7 @@ void IdentifierBase::abandon(Kex::Exception const& why) {
   publish(std::move(supply));
   // Without a clock there is no later: detection stands still until there is one.
   if (notifier()) {
-    pendingActionIs(PendingAction::reset, now() + pollInterval_);
+    nextIs(Next::reset, now() + pollInterval_);
   }
 }
 
@@ -245,6 +229,13 @@ void IdentifierBase::guarded(Work work) {
 
 Kex::U64 IdentifierBase::startedTransactions() const {
   return poll_.started() + identify_.started() + check_.started();
+}
+
+void IdentifierBase::handleRetry() {
+  // The one deadline that a handler sets itself: its check failed, and is to be run again.
+  if (next_ == Next::nothing && std::isfinite(timeMin())) {
+    next_ = Next::retryCheck;
+  }
 }
 
 void IdentifierBase::Channel::requestIs(RequestPtr const& request) {
@@ -274,6 +265,7 @@ void IdentifierBase::Channel::handleStatus(VornRequest& request) {
     owner_.detection_.mfrId = blockText(request.lastRead());
   }
   owner_.guarded(handle_);
+  owner_.handleRetry();
 }
 
 std::ostream& operator<<(std::ostream& out, IdentifierBase::IdentifierState state) {

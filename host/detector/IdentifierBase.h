@@ -169,14 +169,17 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
     RequestPtr request_;
   };
 
-  /// What the one deadline is for.
-  enum class PendingAction : Kex::U8 { none, reset, identify, check };
-
   double now() const;
   void handleDeadline();
   /// Does `work`; an exception that it throws is this slot's alone.
   void guarded(Work work);
-  void pendingActionIs(PendingAction action, double time);
+  /// Sets what the one deadline is for, in place of what it was for.
+  void nextIs(Next what, double time);
+  void handleRetry();
+  Situation situation() const;
+  /// Does what the policy decided; `ending` makes what is told of the ending itself.
+  template <class Ending>
+  void carryOut(Move const& move, Ending ending);
   void withdrawRequests();
   void resetDetection();
   void startRequest(IdentifierState state, RequestPtr const& request);
@@ -201,7 +204,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   double pollDelay_ = 0.2;
   Detection detection_;
   IdentifierState state_ = kInitial;
-  PendingAction pendingAction_ = PendingAction::none;
+  Next next_ = Next::nothing;
   Kex::U8 failCount_ = 0;
   bool hwError_ = false;
   bool initialized_ = false;
