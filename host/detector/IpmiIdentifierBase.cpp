@@ -78,66 +78,51 @@ IdentifierBase::IdentifierBase(
     Ptr<Kex::FileDescriptor const> const& presentIntFd, Ptr<Fru::Gpo> const& presentGpo)
     : PowerSupplyDetector::IdentifierBase(clock, config, status, pollForInsertionRequest,
                                           identifySupplyRequest, checkSupplyRequest, presentIntCtrl,
-                                          presentIntFd, presentGpo),
-      commonAreaBuf_(filledBuf(CommonAreaHeader::kLength)),
-      productInfoHeaderBuf_(filledBuf(kProductInfoHeaderLength)) {}
+                                          presentIntFd, presentGpo) {
+  commonAreaBuf_.ptrIs(filledBuf(CommonAreaHeader::kLength));
+  productInfoHeaderBuf_.ptrIs(filledBuf(kProductInfoHeaderLength));
+}
 
 Kex::KexType& IdentifierBase::fwkType() const { return _fwkType(); }
 
-IdentifierBase::~IdentifierBase() {
-  if (idprom_) {
-    idprom_->ownerIs(nullptr);
-  }
-}
-
-Ptr<Kex::PtrInterface> IdentifierBase::member(Kex::Name const& name) const {
-  return name == "idprom" ? Ptr<PtrInterface>(idprom_) : Ptr<PtrInterface>();
-}
-
-std::vector<Kex::Name> IdentifierBase::memberNames() const { return {"idprom"}; }
+IdentifierBase::~IdentifierBase() = default;
 
 IdentifierBase::BufPtr IdentifierBase::commonAreaBufIs(Kex::U32 size) {
-  return commonAreaBuf_ = filledBuf(size);
+  commonAreaBuf_.ptrIs(filledBuf(size));
+  return commonAreaBuf();
 }
 
 IdentifierBase::BufPtr IdentifierBase::productInfoHeaderBufIs(Kex::U32 size) {
-  return productInfoHeaderBuf_ = filledBuf(size);
+  productInfoHeaderBuf_.ptrIs(filledBuf(size));
+  return productInfoHeaderBuf();
 }
 
 IdentifierBase::BufPtr IdentifierBase::productInfoBufIs(Kex::U32 size) {
-  return productInfoBuf_ = Kex::make<Hal::Buf>(size);
-}
-
-Ptr<IdpromContents> IdentifierBase::idpromDel() {
-  if (idprom_) {
-    idprom_->ownerIs(nullptr);
-  }
-  return std::exchange(idprom_, {});
+  productInfoBuf_.ptrIs(Kex::make<Hal::Buf>(size));
+  return productInfoBuf();
 }
 
 Ptr<IdpromContents> IdentifierBase::idpromIs() {
-  IdentifierBase::idpromDel();
-  idprom_ = Kex::make<IdpromContents>();
-  idprom_->ownerIs(this);
-  return idprom_;
+  idprom_.ptrIs(Kex::make<IdpromContents>());
+  return idprom();
 }
 
 void IdentifierBase::doForgetSupply() {
-  if (idprom_) {
-    idprom_->headerIs({});
-    idprom_->productInfoIs({});
+  if (idprom()) {
+    idprom()->headerIs({});
+    idprom()->productInfoIs({});
   }
 }
 
 PowerSupplyDetector::Findings IdentifierBase::findings() const {
   PowerSupplyDetector::Findings found;
-  if (idprom_ && idprom_->header()) {
-    found.headerFault = headerFault(*idprom_->header());
+  if (idprom() && idprom()->header()) {
+    found.headerFault = headerFault(*idprom()->header());
   }
-  found.areaVersion = productInfoHeaderBuf_->byte(0);
-  found.hasArea = bool(productInfoBuf_);
-  if (idprom_ && idprom_->productInfo()) {
-    ProductInfoArea const& area = *idprom_->productInfo();
+  found.areaVersion = productInfoHeaderBuf()->byte(0);
+  found.hasArea = bool(productInfoBuf());
+  if (idprom() && idprom()->productInfo()) {
+    ProductInfoArea const& area = *idprom()->productInfo();
     found.product = {.manufacturerName = area.manufacturerName(),
                      .productName = area.productName(),
                      .partNumber = area.partNumber(),
@@ -157,6 +142,6 @@ std::optional<Kex::String8> IdentifierBase::managingDescriptor() const {
   return std::nullopt;
 }
 
-Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf_->str(); }
+Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf()->str(); }
 
 }  // namespace Ipmi

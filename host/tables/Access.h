@@ -84,6 +84,7 @@ inline constexpr AttrAccess function{
       if (request.code != kRead) {
         GenericIf::throwOpNotSupportedException(row.name, request.code, false);
       }
+      Detail::refuseIndex(row, request);
       ArgumentReader reader(request.value);
       Detail::call<Member>(row, object, reader,
                            std::make_index_sequence<std::tuple_size_v<Detail::ValuesOf<Member>>>());

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "host/kex/generic/GenericIf.h"
+#include "host/kex/generic/Holder.h"
 
 namespace Kex {
 

@@ -1,4 +1,4 @@
-// The table of Kex::Entity: the attributes that every entity has.
+// Constructor arguments that most entities have.
 #pragma once
 
 #include "host/tables/TypeTable.h"

@@ -50,6 +50,18 @@ class TableAdapter final : public Base {
   TypeTable const& table_;
 };
 
+/// The record of a host type: it declares its schema by itself.
+class HostTableType final : public TableType {
+ public:
+  using TableType::TableType;
+
+ private:
+  void declareAttributes() override {
+    inheritAttributes(*this);
+    declareRows(*this, table().rows);
+  }
+};
+
 }  // namespace
 
 TableType::~TableType() = default;
@@ -82,9 +94,8 @@ void declareType(KexType& record, TypeTable const& table) {
 }
 
 KexType& newTableHostType(TypeTable const& table) {
-  auto const record = make<TableType>(table, table.base == nullptr ? nullptr : &table.base());
+  auto const record = make<HostTableType>(table, table.base == nullptr ? nullptr : &table.base());
   declareType(*record, table);
-  record->pendingRowsIs(table.rows);
   return enterHostType(record, table.fullName);
 }
 

@@ -35,7 +35,7 @@ struct TypeTable {
 
 /// The record of a type that has a table. One class serves all types: what they differ in stands in
 /// their tables.
-class KEX_API TableType final : public KexType {
+class KEX_API TableType : public KexType {
  public:
   /// `table` must live as long as the process.
   TableType(TypeTable const& table, KexType* base)
@@ -46,6 +46,9 @@ class KEX_API TableType final : public KexType {
   Ptr<GenericIf> genericIf(GenericIf const* arguments, bool isConst) const override;
   /// An adapter that carries requests out by the table's rows, else as the base's does.
   Ptr<GenericIf> newAdapter(Ptr<PtrInterface> const& object, bool isConst) const override;
+
+ protected:
+  TypeTable const& table() const { return table_; }
 
  private:
   TypeTable const& table_;
