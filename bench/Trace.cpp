@@ -22,7 +22,8 @@ Kex::TraceHandle const& traceHandle() {
 std::vector<Subject> traceSubjects() {
   auto const statements = [] {
     for (unsigned i = 0; i < kStatements; ++i) {
-      Kex::trace({traceHandle(), 4}, "statement ", i, " of ", kStatements);
+      Kex::trace(traceHandle(), 4,
+                 [&](std::ostream& out) { out << "statement " << i << " of " << kStatements; });
       benchmark::ClobberMemory();
     }
   };

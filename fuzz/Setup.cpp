@@ -5,7 +5,7 @@
 
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 #include "host/kex/entity/Directory.h"
-#include "host/kex/generic/GenericIf.h"
+#include "host/kex/generic/Holder.h"
 #include "ipmi/DescriptorTypes.h"
 #include "pmbus/IdentifierFactory.h"
 

@@ -9,7 +9,7 @@
 #include "fuzz/Setup.h"
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 #include "host/kex/entity/Directory.h"
-#include "host/kex/generic/GenericIf.h"
+#include "host/kex/generic/Holder.h"
 #include "host/kex/time/ActivityManager.h"
 
 namespace {

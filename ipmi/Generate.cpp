@@ -28,7 +28,7 @@ void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Model c
                    Ipmi::IdpromContents const& idprom) {
   auto const& family = *model.family;
   if (*model.message != '\0') {
-    Kex::trace({traceHandle(), 0}, model.message);
+    Kex::trace(traceHandle(), 0, [&](std::ostream& out) { out << model.message; });
   }
 
   auto const& fields = *idprom.productInfo();
@@ -38,9 +38,13 @@ void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Model c
   }
   switch (model.keyTrace) {
     case KeyTrace::none: break;
-    case KeyTrace::key: Kex::trace({traceHandle(), 1}, "pName=", key); break;
+    case KeyTrace::key:
+      Kex::trace(traceHandle(), 1, [&](std::ostream& out) { out << "pName=" << key; });
+      break;
     case KeyTrace::keyAndLength:
-      Kex::trace({traceHandle(), 1}, "pName=", key, "; strlen pName=", key.size());
+      Kex::trace(traceHandle(), 1, [&](std::ostream& out) {
+        out << "pName=" << key << "; strlen pName=" << key.size();
+      });
       break;
   }
 

@@ -14,8 +14,10 @@ constexpr double kRetryDelay = 0.25;
 }  // namespace
 
 void Identifier::doSetupCheckSupplyRequest(bool supported) {
-  Kex::trace({traceHandle(), 3}, "PowerSupplySlot ", slotName(), ": ",
-             "Identifier::doSetupCheckSupplyRequest(", supported, ")");
+  Kex::trace(traceHandle(), 3, [&](std::ostream& out) {
+    out << "PowerSupplySlot " << slotName() << ": Identifier::doSetupCheckSupplyRequest("
+        << supported << ")";
+  });
   Kex::U8 offset = idprom()->header()->productAreaOffset();
   Kex::U32 length = productInfoHeaderBuf()->len();
   auto const& area = idprom()->productInfo();
@@ -32,8 +34,10 @@ void Identifier::handleCheckSupplyRequest() {
     return;
   }
   auto const status = checkSupplyRequest()->status();
-  Kex::trace({traceHandle(), 3}, "PowerSupplySlot ", slotName(), ": ",
-             "Identifier::handleCheckSupplyRequest(", status, ")");
+  Kex::trace(traceHandle(), 3, [&](std::ostream& out) {
+    out << "PowerSupplySlot " << slotName() << ": Identifier::handleCheckSupplyRequest(" << status
+        << ")";
+  });
   if (status == Kex::Request::kFailed) {
     failCountIs(static_cast<Kex::U8>(failCount() + 1));
     if (failCount() < kAttempts) {
@@ -55,8 +59,10 @@ void Identifier::handleCheckedBytes() {
   Kex::U32 const count = readBuf.byte(0);
   Kex::U32 const expected = readBuf.len() - 1;
   if (count < expected) {
-    Kex::trace({traceHandle(), 4}, slotName(), ": incomplete read by checkSupplyRequest: ", count,
-               " < ", expected);
+    Kex::trace(traceHandle(), 4, [&](std::ostream& out) {
+      out << slotName() << ": incomplete read by checkSupplyRequest: " << count << " < "
+          << expected;
+    });
     doCheckSupplyRequestComplete(false);
     return;
   }

@@ -111,8 +111,9 @@ void Identifier::doInitialize() {
 }
 
 void Identifier::doResetIdentifier() {
-  Kex::trace({traceHandle(), 3}, "PowerSupplySlot ", slotName(), ": ",
-             "Identifier::doResetIdentifier() ", slotName());
+  Kex::trace(traceHandle(), 3, [&](std::ostream& out) {
+    out << "PowerSupplySlot " << slotName() << ": Identifier::doResetIdentifier() " << slotName();
+  });
   mfrIdIs("");
   armMfrIdRead();
   pollForInsertionRequest()->activeIs(true);

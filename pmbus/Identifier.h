@@ -3,6 +3,7 @@
 
 #include "host/detector/IpmiIdentifierBase.h"
 #include "host/kex/generic/GenericIf.h"
+#include "host/kex/generic/Holder.h"
 #include "host/smbus/VornAddress.h"
 #include "pmbus/MfrIdSupported.h"
 #include "pmbus/TransferBuf.h"
@@ -151,13 +152,13 @@ class Identifier : public Ipmi::IdentifierBase {
   Smbus::VornAddress vornAddr_;
   Smbus::VornAddress mfrIdAddr_;
   Kex::String8 mfrId_;
-  MfrIdTable mfrIdSupported_;
-  TransferBuf pollWriteBuf_{TransferBuf::Use::write};
-  TransferBuf identifyWriteBuf_{TransferBuf::Use::write};
-  TransferBuf checkWriteBuf_{TransferBuf::Use::write};
-  TransferBuf pollReadBuf_{TransferBuf::Use::read};
-  TransferBuf identifyReadBuf_{TransferBuf::Use::read};
-  TransferBuf checkReadBuf_{TransferBuf::Use::read};
+  MfrIdTable mfrIdSupported_{1};
+  TransferBuf pollWriteBuf_{TransferBuf::Use::write, members(), "pollForInsertionWriteBuf"};
+  TransferBuf identifyWriteBuf_{TransferBuf::Use::write, members(), "identifySupplyWriteBuf"};
+  TransferBuf checkWriteBuf_{TransferBuf::Use::write, members(), "checkSupplyWriteBuf"};
+  TransferBuf pollReadBuf_{TransferBuf::Use::read, members(), "pollForInsertionReadBuf"};
+  TransferBuf identifyReadBuf_{TransferBuf::Use::read, members(), "identifySupplyReadBuf"};
+  TransferBuf checkReadBuf_{TransferBuf::Use::read, members(), "checkSupplyReadBuf"};
   /// Chunks in a row, failures aside, that brought nothing.
   Kex::U8 emptyChunks_ = 0;
   bool derivedConstructed_ = false;

@@ -19,8 +19,10 @@ void Identifier::handleIdentifySupplyRequest() {
     return;
   }
   auto const status = identifySupplyRequest()->status();
-  Kex::trace({traceHandle(), 3}, "PowerSupplySlot ", slotName(), ": ",
-             "Identifier::handleIdentifySupplyRequest(", status, ")");
+  Kex::trace(traceHandle(), 3, [&](std::ostream& out) {
+    out << "PowerSupplySlot " << slotName() << ": Identifier::handleIdentifySupplyRequest("
+        << status << ")";
+  });
   if (status == Kex::Request::kFailed) {
     failCountIs(static_cast<Kex::U8>(failCount() + 1));
     if (failCount() < kAttempts) {
@@ -50,8 +52,10 @@ void Identifier::handleProductInfoHeader() {
   Kex::U32 const bytesExpected = productInfoHeaderBuf()->len();
   Kex::U32 const bytesRead = readBuf.len() - 1;
   if (byteCount < bytesExpected) {
-    Kex::trace({traceHandle(), 4}, slotName(),
-               ": incomplete read of product info header: ", byteCount, " < ", bytesExpected);
+    Kex::trace(traceHandle(), 4, [&](std::ostream& out) {
+      out << slotName() << ": incomplete read of product info header: " << byteCount << " < "
+          << bytesExpected;
+    });
     doIdentifySupplyRequestComplete(false);
     return;
   }
@@ -60,8 +64,10 @@ void Identifier::handleProductInfoHeader() {
   productInfoHeaderBuf()->bytesIs(0, readBuf.bytes().subspan(1));
   Kex::U8 const version = productInfoHeaderBuf()->byte(0);
   if (version != kFormatVersion) {
-    Kex::trace({traceHandle(), 3}, "PowerSupplySlot ", slotName(), ": ",
-               "unsupported product info version ", static_cast<char>(version));
+    Kex::trace(traceHandle(), 3, [&](std::ostream& out) {
+      out << "PowerSupplySlot " << slotName() << ": unsupported product info version "
+          << static_cast<char>(version);
+    });
     giveUpProductInfo(false);
     return;
   }
@@ -94,7 +100,9 @@ void Identifier::readRestOfProductInfo() {
     return;
   }
   Kex::U32 const bytesLeft = productInfoLength() - length;
-  Kex::trace({traceHandle(), 4}, "Bytes left to read in product info: ", bytesLeft);
+  Kex::trace(traceHandle(), 4, [&](std::ostream& out) {
+    out << "Bytes left to read in product info: " << bytesLeft;
+  });
   armFruRead(*identifySupplyRequest(), *identifySupplyWriteBuf(), *identifySupplyReadBuf(),
              static_cast<Kex::U8>(idprom()->header()->productAreaOffset() + length),
              std::min(bytesLeft, kMaxBytesReadInProcessCall));
@@ -105,7 +113,9 @@ void Identifier::handleProductInfo() {
   auto const area = Ipmi::ProductInfoArea::ProductInfoAreaIs(productInfoBuf());
   idprom()->productInfoIs(area);
   if (!area->checksumValid()) {
-    Kex::trace({traceHandle(), 4}, slotName(), " product info checksum is not valid");
+    Kex::trace(traceHandle(), 4, [&](std::ostream& out) {
+      out << slotName() << " product info checksum is not valid";
+    });
     giveUpProductInfo(true);
     return;
   }
@@ -118,12 +128,16 @@ void Identifier::handleProductInfo() {
 }
 
 void Identifier::generateFdl() {
-  Kex::trace({traceHandle(), 4}, slotName(), ": checking power supply descriptors");
+  Kex::trace(traceHandle(), 4, [&](std::ostream& out) {
+    out << slotName() << ": checking power supply descriptors";
+  });
   auto const registry = Kex::Entity::singleton<Ipmi::SupportedPowerSupplyRegistry>();
   for (auto walk = registry->powerSupplyDescriptorIterator(); walk; ++walk) {
     walk->doGenerateFdl(idprom());
     if (walk->managed()) {
-      Kex::trace({traceHandle(), 4}, slotName(), ": identified as ", walk->name());
+      Kex::trace(traceHandle(), 4, [&](std::ostream& out) {
+        out << slotName() << ": identified as " << walk->name();
+      });
       fdlIs(walk->fdl());
       return;
     }

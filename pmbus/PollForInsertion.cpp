@@ -11,8 +11,10 @@ void Identifier::handlePollForInsertionRequest() {
     return;
   }
   auto const status = pollForInsertionRequest()->status();
-  Kex::trace({traceHandle(), 3}, "PowerSupplySlot ", slotName(), ": ",
-             "Identifier::handlePollForInsertionRequest(", status, ")");
+  Kex::trace(traceHandle(), 3, [&](std::ostream& out) {
+    out << "PowerSupplySlot " << slotName() << ": Identifier::handlePollForInsertionRequest("
+        << status << ")";
+  });
   if (status == Kex::Request::kFailed) {
     doPollForInsertionRequestComplete(false);
     serialNumIs("");
@@ -27,7 +29,8 @@ bool Identifier::isMfrIdSupported() {
   if (mfrIdSupported(mfrId_)) {
     return true;
   }
-  Kex::trace({traceHandle(), 4}, slotName(), ": MFR_ID is not supported");
+  Kex::trace(traceHandle(), 4,
+             [&](std::ostream& out) { out << slotName() << ": MFR_ID is not supported"; });
   doPollForInsertionRequestComplete(false);
   return false;
 }
@@ -39,8 +42,9 @@ void Identifier::handleMfrId() {
     mfrIdIs("");
     return;
   }
-  Kex::trace({traceHandle(), 3}, "PowerSupplySlot ", slotName(), ": ",
-             "Setting up request for FRU data header");
+  Kex::trace(traceHandle(), 3, [&](std::ostream& out) {
+    out << "PowerSupplySlot " << slotName() << ": Setting up request for FRU data header";
+  });
   armFruRead(*pollForInsertionRequest(), *pollForInsertionWriteBuf(), *pollForInsertionReadBuf(), 0,
              commonAreaBuf()->len());
   pollForInsertionRequest()->activeIs(true);
@@ -52,7 +56,9 @@ void Identifier::handleCommonHeader() {
   }
   Kex::U32 const length = commonAreaBuf()->len();
   if (pollForInsertionReadBuf()->byte(0) < length) {
-    Kex::trace({traceHandle(), 4}, slotName(), ": incomplete read of common header");
+    Kex::trace(traceHandle(), 4, [&](std::ostream& out) {
+      out << slotName() << ": incomplete read of common header";
+    });
     doPollForInsertionRequestComplete(false);
     return;
   }
@@ -62,15 +68,17 @@ void Identifier::handleCommonHeader() {
   auto const header = Ipmi::CommonAreaHeader::CommonAreaHeaderIs(commonAreaBuf());
   idprom()->headerIs(header);
   if (header->ipmiVersion() != 1 || !header->checksumValid() || header->productAreaOffset() == 0) {
-    Kex::trace({traceHandle(), 4}, slotName(), " not ipmi version 1");
+    Kex::trace(traceHandle(), 4,
+               [&](std::ostream& out) { out << slotName() << " not ipmi version 1"; });
     doPollForInsertionRequestComplete(false);
     return;
   }
-  Kex::trace({traceHandle(), 4}, slotName(), " is ipmi version 1");
+  Kex::trace(traceHandle(), 4,
+             [&](std::ostream& out) { out << slotName() << " is ipmi version 1"; });
   armFruRead(*identifySupplyRequest(), *identifySupplyWriteBuf(), *identifySupplyReadBuf(),
              header->productAreaOffset(), productInfoHeaderBuf()->len());
   productInfoBufDel();
-  Kex::trace({traceHandle(), 4}, "state: ", state());
+  Kex::trace(traceHandle(), 4, [&](std::ostream& out) { out << "state: " << state(); });
   doPollForInsertionRequestComplete(true);
 }
 

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <algorithm>
-#include <utility>
 
 #include "host/hal/Buf.h"
+#include "host/kex/entity/NamedMembers.h"
 
 namespace Emerson::PmbusIdentifier {
 
@@ -18,9 +18,11 @@ class TransferBuf {
   /// What the buffer serves.
   enum class Use : Kex::U8 { write, read };
 
-  explicit TransferBuf(Use use) : use_(use) {}
+  /// None as yet; `members` has it under `name`.
+  TransferBuf(Use use, Kex::NamedMembers& members, char const* name)
+      : use_(use), buf_(members, name) {}
 
-  BufPtr const& buf() const { return buf_; }
+  BufPtr const& buf() const { return buf_.ptr(); }
   /// A new buffer of `size` bytes; a write buffer's size is at least its length.
   BufPtr create(Kex::U32 size) const {
     auto buffer = Kex::make<Hal::Buf>(use_ == Use::write ? std::max(size, kWriteLength) : size);
@@ -31,19 +33,19 @@ class TransferBuf {
   }
   /// Gives the buffer that exists the capacity `size`, or makes one of that size.
   BufPtr const& sizeIs(Kex::U32 size) {
-    if (buf_) {
-      buf_->sizeIs(size);
+    if (buf()) {
+      buf()->sizeIs(size);
     } else {
-      buf_ = create(size);
+      buf_.ptrIs(create(size));
     }
-    return buf_;
+    return buf();
   }
   /// Clears the buffer and returns the one that was there, null if there was none.
-  BufPtr del() { return std::exchange(buf_, {}); }
+  BufPtr del() { return buf_.ptrIs({}); }
 
  private:
   Use use_;
-  BufPtr buf_;
+  Kex::NamedMembers::Member<Hal::Buf> buf_;
 };
 
 }  // namespace Emerson::PmbusIdentifier

@@ -28,10 +28,10 @@ struct MfrIdSupportedAccess {
 
 namespace Detail {
 
-using Kex::AttrRow;
-using Kex::function;
-using Kex::instantiating;
-using Kex::value;
+using Tables::AttrRow;
+using Tables::function;
+using Tables::instantiating;
+using Tables::value;
 using I = Identifier;
 
 inline constexpr auto kFunction = AttrRow::Introspection::function;
@@ -116,7 +116,7 @@ inline constexpr auto kIdentifierRows = [] {
        .flags = kValueFlags},
       {.name = "mfrIdSupported",
        .id = 0x20f,
-       .access = Kex::collection<MfrIdSupportedAccess, Kex::String8, bool>,
+       .access = Tables::collection<MfrIdSupportedAccess, Kex::String8, bool>,
        .introspection = kDomain,
        .flags = {0x1a20103, 0x400}},
       {.name = "pollForInsertionWriteBuf",

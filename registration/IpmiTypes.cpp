@@ -3,7 +3,7 @@
 #include <array>
 
 #include "host/tables/Access.h"
-#include "host/tables/EntityTable.h"
+#include "host/tables/TypeTable.h"
 #include "ipmi/Descriptors.h"
 #include "registration/Module.h"
 
@@ -12,33 +12,33 @@ namespace Emerson::IpmiIdentifier {
 namespace {
 
 using Base = Ipmi::SupportedPowerSupplyDescriptorBase;
-using Kex::AttrRow;
 using Registration::ModuleType;
 using Registration::RecordFn;
+using Tables::AttrRow;
 
 constexpr AttrRow kRows[] = {
     {.name = "doGenerateFdl",
      .id = 0x102,
-     .access = Kex::function<&Base::doGenerateFdl>({"idpromContents"}),
+     .access = Tables::function<&Base::doGenerateFdl>({"idpromContents"}),
      .introspection = AttrRow::Introspection::function,
      .flags = {0x20001, 0x400}},
 };
 
 template <class T, auto Factory>
-constexpr Kex::TypeTable tableOf(char const* shortName, char const* fullName) {
+constexpr Tables::TypeTable tableOf(char const* shortName, char const* fullName) {
   return {.shortName = shortName,
           .fullName = fullName,
           .base = &Base::_fwkType,
           .size = sizeof(T),
           .isEntity = true,
-          .constructorArguments = Kex::kNamedEntityArguments,
+          .constructorArguments = Tables::kNamedEntityArguments,
           .rows = kRows,
           .create = [](Kex::Name name) -> Kex::Ptr<Kex::PtrInterface> {
             return Factory(std::move(name));
           }};
 }
 
-constexpr Kex::TypeTable kTables[] = {
+constexpr Tables::TypeTable kTables[] = {
 #define EMERSON_TABLE(type, stem) \
   tableOf<type, &stem##Factory>(#type, "Emerson::IpmiIdentifier::" #type),
     EMERSON_DESCRIPTOR_TYPES(EMERSON_TABLE)

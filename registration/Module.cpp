@@ -5,8 +5,8 @@
 
 namespace Emerson::Registration {
 
-using Kex::AttrRow;
 using Kex::IntrospectionReactor;
+using Tables::AttrRow;
 
 void Module::define() {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
@@ -30,8 +30,8 @@ void Module::declare(ModuleType const& type) const {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
   Kex::KexType& record = type.record();
   reactor.handleType(record, record.base());
-  Kex::declareType(record, *type.table);
-  Kex::declareAttributes(record, type.table->rows, [](Kex::KexAttr& attribute) {
+  Tables::declareType(record, *type.table);
+  Tables::declareAttributes(record, type.table->rows, [](Kex::KexAttr& attribute) {
     IntrospectionReactor::global().handleAttr(attribute);
     IntrospectionReactor::global().handleAttrContextExit();
   });
@@ -52,14 +52,11 @@ void Module::load() {
   define();
 }
 
-void makeRecord(Module& module, Kex::TypeTable const& table, Kex::KexType*& record) {
+void makeRecord(Module& module, Tables::TypeTable const& table, Kex::KexType*& record) {
   module.define();
   // The pass fetches every record, this one included, unless no reactor is active.
   if (record == nullptr) {
-    Kex::KexType& base = table.base();
-    record = new Kex::TableType(table, &base);
-    record->isNondestructingIs(true);
-    base.derivedTypeQEnq(*record);
+    record = &Tables::newRecord<Tables::TableType>(table);
   }
 }
 

@@ -7,11 +7,11 @@
 
 namespace Emerson::Registration {
 
-using Kex::RecordFn;
+using Tables::RecordFn;
 
 /// One type of a module.
 struct ModuleType {
-  Kex::TypeTable const* table;
+  Tables::TypeTable const* table;
   RecordFn record;
   /// Where the handles of the type's own declared attributes are kept, one a declared row in the
   /// rows' order; null where the schema was not declared when the library was loaded.
@@ -47,11 +47,11 @@ class Module {
 };
 
 /// Makes the record of the type that `table` is about, and leaves it at `record`.
-void makeRecord(Module& module, Kex::TypeTable const& table, Kex::KexType*& record);
+void makeRecord(Module& module, Tables::TypeTable const& table, Kex::KexType*& record);
 
 /// The record of `T`, made on first use.
 template <class T>
-Kex::KexType& recordOf(Module& module, Kex::TypeTable const& table) {
+Kex::KexType& recordOf(Module& module, Tables::TypeTable const& table) {
   static constinit Kex::KexType* record = nullptr;
   if (record == nullptr) {
     makeRecord(module, table, record);

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "host/tables/Access.h"
-#include "host/tables/EntityTable.h"
+#include "host/tables/TypeTable.h"
 #include "pmbus/Identifier.h"
 #include "pmbus/IdentifierFactory.h"
 #include "registration/IdentifierRows.h"
@@ -15,12 +15,12 @@ namespace Emerson::PmbusIdentifier {
 
 namespace {
 
-using Kex::AttrRow;
 using Registration::ModuleType;
 using Registration::RecordFn;
+using Tables::AttrRow;
 using FactoryBase = PowerSupplyDetector::IdentifierFactoryBase;
 
-constexpr Kex::ConstructorArgument kIdentifierArguments[] = {
+constexpr Tables::ConstructorArgument kIdentifierArguments[] = {
     {"notifier", "Kex::Clock"},
     {"config", "Hardware::PowerSupplySlot::SlotConfig"},
     {"status", "Hardware::PowerSupplySlot::SlotStatus"},
@@ -37,13 +37,13 @@ constexpr Kex::ConstructorArgument kIdentifierArguments[] = {
 constexpr AttrRow kFactoryRows[] = {
     {.name = "doAddIdentifierToDriver",
      .id = 0x102,
-     .access = Kex::function<&FactoryBase::doAddIdentifierToDriver>(
+     .access = Tables::function<&FactoryBase::doAddIdentifierToDriver>(
          {"driver", "config", "cellConfig", "status"}),
      .introspection = AttrRow::Introspection::function,
      .flags = {0x22001, 0x400}},
 };
 
-constexpr Kex::TypeTable kIdentifierTable{
+constexpr Tables::TypeTable kIdentifierTable{
     .shortName = "Identifier",
     .fullName = "Emerson::PmbusIdentifier::Identifier",
     .base = &Ipmi::IdentifierBase::_fwkType,
@@ -53,13 +53,13 @@ constexpr Kex::TypeTable kIdentifierTable{
     .rows = kIdentifierRows,
 };
 
-constexpr Kex::TypeTable kIdentifierFactoryTable{
+constexpr Tables::TypeTable kIdentifierFactoryTable{
     .shortName = "IdentifierFactory",
     .fullName = "Emerson::PmbusIdentifier::IdentifierFactory",
     .base = &FactoryBase::_fwkType,
     .size = sizeof(IdentifierFactory),
     .isEntity = true,
-    .constructorArguments = Kex::kNamedEntityArguments,
+    .constructorArguments = Tables::kNamedEntityArguments,
     .rows = kFactoryRows,
     .create = [](Kex::Name name) -> Kex::Ptr<Kex::PtrInterface> {
       return identifierFactoryFactory(std::move(name));

@@ -10,6 +10,7 @@
 #include "agent/commands/Identify.h"
 #include "agent/slots/Candidate.h"
 #include "host/kex/entity/Directory.h"
+#include "host/kex/entity/Place.h"
 #include "host/kex/generic/Holder.h"
 
 namespace Agent {

@@ -61,7 +61,9 @@ void turnTracesOn(std::vector<std::string> const& settings) {
     handles[setting.substr(0, equals)] |= *levels;
   }
   for (auto const& [handle, levels] : handles) {
-    Kex::TraceHandle::levelsIs(Kex::String8(std::string_view(handle)), levels);
+    Kex::String8 const name{std::string_view(handle)};
+    Kex::TraceHandle::levelsIs(name, levels);
+    Kex::TraceHandle::facilityIs(name, true);
   }
 }
 

@@ -6,7 +6,6 @@
 
 #include "host/kex/base/Exception.h"
 #include "host/kex/base/Format.h"
-#include "host/kex/entity/Directory.h"
 
 namespace PowerSupplyDetector {
 
@@ -23,9 +22,11 @@ IdentifierBase::IdentifierBase(Kex::Ptr<Kex::Clock const> const& clock, SlotConf
     : clockInput_(clock),
       config_(config),
       status_(status),
-      poll_(*this, "pollForInsertion", &IdentifierBase::handlePollForInsertionRequest),
-      identify_(*this, "identifySupply", &IdentifierBase::handleIdentifySupplyRequest),
-      check_(*this, "checkSupply", &IdentifierBase::handleCheckSupplyRequest),
+      poll_(*this, "pollForInsertion", "pollForInsertionRequest",
+            &IdentifierBase::handlePollForInsertionRequest),
+      identify_(*this, "identifySupply", "identifySupplyRequest",
+                &IdentifierBase::handleIdentifySupplyRequest),
+      check_(*this, "checkSupply", "checkSupplyRequest", &IdentifierBase::handleCheckSupplyRequest),
       presentIntCtrl_(presentIntCtrl),
       presentIntFd_(presentIntFd),
       presentGpo_(presentGpo) {
@@ -37,16 +38,12 @@ IdentifierBase::IdentifierBase(Kex::Ptr<Kex::Clock const> const& clock, SlotConf
 
 IdentifierBase::~IdentifierBase() { withdrawRequests(); }
 
-Kex::String8 IdentifierBase::path() const {
-  return owner_ == nullptr ? Kex::String8() : Kex::memberPath(*owner_, Kex::Name(identifierName_));
-}
-
-void IdentifierBase::ownerIs(Kex::Entity const* owner) {
-  if (owner != nullptr) {
+void IdentifierBase::placeIs(Kex::Place place) {
+  if (place.owner() != nullptr) {
     static_cast<void>(*notifier());
     static_cast<void>(*status_);
   }
-  owner_ = owner;
+  place_ = std::move(place);
 }
 
 void IdentifierBase::hasNotificationActiveIs(bool active) {
@@ -59,7 +56,7 @@ void IdentifierBase::hasNotificationActiveIs(bool active) {
     nextIs(Next::nothing, 0);
   } else if (isStarted_) {
     resetDetection();
-  } else if (owner_ != nullptr) {
+  } else if (place_.owner() != nullptr) {
     doStartDetection();
   }
 }
@@ -78,6 +75,7 @@ void IdentifierBase::kexDoZombieReactors(bool on) {
     withdrawRequests();
     nextIs(Next::nothing, 0);
   }
+  Kex::Clock::NotifieeConst::kexDoZombieReactors(on);
 }
 
 void IdentifierBase::doStartDetection() {
@@ -239,20 +237,20 @@ void IdentifierBase::handleRetry() {
 }
 
 void IdentifierBase::Channel::requestIs(RequestPtr const& request) {
-  if (request_) {
+  if (this->request()) {
     withdraw();
-    request_->handlerIs(nullptr);
+    this->request()->handlerIs(nullptr);
   }
-  request_ = request;
-  if (request_) {
-    request_->nameIs(name_);
-    request_->handlerIs(this);
+  request_.ptrIs(request);
+  if (request) {
+    request->nameIs(name_);
+    request->handlerIs(this);
   }
 }
 
 void IdentifierBase::Channel::withdraw() {
-  if (request_) {
-    request_->activeIs(false);
+  if (request()) {
+    request()->activeIs(false);
   }
 }
 

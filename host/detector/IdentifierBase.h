@@ -5,6 +5,7 @@
 #include "host/fru/Controls.h"
 #include "host/hardware/PowerSupplySlot.h"
 #include "host/kex/entity/FileDescriptor.h"
+#include "host/kex/entity/NamedMembers.h"
 #include "host/kex/time/Clock.h"
 
 namespace PowerSupplyDetector {
@@ -52,7 +53,11 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   void hasNotificationActiveIs(bool active) override;
   Kex::KexType& fwkType() const override;
   ~IdentifierBase() override;
-  Kex::String8 path() const override;
+  Kex::String8 path() const override { return place_.path(); }
+  Kex::Ptr<PtrInterface> member(Kex::Name const& name) const override {
+    return members_.member(name);
+  }
+  std::vector<Kex::Name> memberNames() const override { return members_.names(); }
 
   void onTime() override;
   /// Sets up what detection needs and loads the poll request, without starting it; sets
@@ -82,7 +87,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual void pollDelayIs(double seconds) { pollDelay_ = seconds; }
   virtual void constructedIs(bool constructed) { constructed_ = constructed; }
   /// On: withdraws the requests for good, before the identifier is let go.
-  virtual void kexDoZombieReactors(bool on);
+  void kexDoZombieReactors(bool on) override;
   virtual void clockInputIs(Kex::Ptr<Kex::Clock const> const& clock) { clockInput_ = clock; }
   virtual void configDel() { config_ = nullptr; }
   virtual void configIs(SlotConfigPtr const& config) { config_ = config; }
@@ -122,9 +127,9 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   bool constructed() const { return constructed_; }
   Kex::U8 failCount() const { return failCount_; }
 
-  /// Who holds the identifier, and starts its detection; null for nobody. Not owned. Throws a range
-  /// exception for an identifier without its clock or the status that it reports to.
-  void ownerIs(Kex::Entity const* owner);
+  /// Where the identifier is held, by whom its detection is started. Throws a range exception for
+  /// an identifier without its clock or the status that it reports to.
+  void placeIs(Kex::Place place);
   /// Initialises the identifier and starts the first poll, if notifications are on.
   void doStartDetection();
 
@@ -140,8 +145,8 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   /// The first bytes of the product info area, as last read; a check compares them.
   virtual Kex::String8 areaHeader() const { return {}; }
 
-  bool isMarkedForDeletion() const { return isMarkedForDeletion_; }
-  void isMarkedForDeletionIs(bool marked) { isMarkedForDeletion_ = marked; }
+  /// What the identifier holds by name; a derived class adds its own.
+  Kex::NamedMembers& members() { return members_; }
 
  private:
   using Work = void (IdentifierBase::*)();
@@ -149,16 +154,17 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   /// One of the three requests, joined to the handler that judges it.
   class Channel final : Hardware::VornRequest::Handler {
    public:
-    Channel(IdentifierBase& owner, char const* name, Work handle)
-        : owner_(owner), name_(name), handle_(handle) {}
+    /// `name` is what transcripts call the request, `member` its name at the identifier.
+    Channel(IdentifierBase& owner, char const* name, char const* member, Work handle)
+        : owner_(owner), name_(name), handle_(handle), request_(owner.members_, member) {}
     Channel(Channel const&) = delete;
     Channel& operator=(Channel const&) = delete;
     ~Channel() { requestIs({}); }
 
-    RequestPtr const& request() const { return request_; }
+    RequestPtr const& request() const { return request_.ptr(); }
     void requestIs(RequestPtr const& request);
     void withdraw();
-    Kex::U64 started() const { return request_ ? request_->started() : 0; }
+    Kex::U64 started() const { return request() ? request()->started() : 0; }
 
    private:
     void handleStatus(Hardware::VornRequest& request) override;
@@ -166,7 +172,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
     IdentifierBase& owner_;
     char const* name_;
     Work handle_;
-    RequestPtr request_;
+    Kex::NamedMembers::Member<Hardware::VornRequest> request_;
   };
 
   double now() const;
@@ -187,6 +193,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   void abandon(Kex::Exception const& why);
   Kex::U64 startedTransactions() const;
 
+  Kex::NamedMembers members_{*this};
   Kex::Ptr<Kex::Clock const> clockInput_;
   SlotConfigPtr config_;
   SlotStatusPtr status_;
@@ -196,7 +203,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   Kex::Ptr<Fru::IntCtrl> presentIntCtrl_;
   Kex::Ptr<Kex::FileDescriptor const> presentIntFd_;
   Kex::Ptr<Fru::Gpo> presentGpo_;
-  Kex::Entity const* owner_ = nullptr;
+  Kex::Place place_;
   Kex::String8 identifierName_;
   Kex::String8 serialNum_;
   Kex::String8 fdl_;
@@ -209,7 +216,6 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   bool hwError_ = false;
   bool initialized_ = false;
   bool constructed_ = false;
-  bool isMarkedForDeletion_ = false;
   bool isStarted_ = false;
 };
 

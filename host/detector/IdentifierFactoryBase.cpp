@@ -2,7 +2,7 @@
 #include "host/detector/IdentifierFactoryBase.h"
 
 #include "host/tables/Access.h"
-#include "host/tables/EntityTable.h"
+#include "host/tables/TypeTable.h"
 
 namespace PowerSupplyDetector {
 
@@ -10,29 +10,29 @@ namespace {
 
 using Base = IdentifierFactoryBase;
 
-constexpr Kex::AttrRow kRows[] = {
+constexpr Tables::AttrRow kRows[] = {
     {.name = "doAddIdentifierToDriver",
      .id = 0x102,
-     .access = Kex::function<&Base::doAddIdentifierToDriver>(
+     .access = Tables::function<&Base::doAddIdentifierToDriver>(
          {"driver", "config", "cellConfig", "status"}),
-     .introspection = Kex::AttrRow::Introspection::function,
+     .introspection = Tables::AttrRow::Introspection::function,
      .flags = {0x22001, 0x400}},
 };
 
-constexpr Kex::TypeTable kTable{
+constexpr Tables::TypeTable kTable{
     .shortName = "IdentifierFactoryBase",
     .fullName = "PowerSupplyDetector::IdentifierFactoryBase",
     .base = &Kex::Entity::_fwkType,
     .size = sizeof(Base),
     .isEntity = true,
-    .constructorArguments = Kex::kNamedEntityArguments,
+    .constructorArguments = Tables::kNamedEntityArguments,
     .rows = kRows,
 };
 
 }  // namespace
 
 Kex::KexType& IdentifierFactoryBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType(kTable);
+  static Kex::KexType& record = Tables::newTableHostType(kTable);
   return record;
 }
 

@@ -8,8 +8,8 @@ namespace PowerSupplyDetector {
 namespace {
 
 using Base = IdentifierBase;
-using Kex::AttrRow;
-using Kex::value;
+using Tables::AttrRow;
+using Tables::value;
 
 constexpr Kex::KexAttrFlags kReadOnly{0x220001, 0x400};
 constexpr Kex::KexAttrFlags kFunction{0x20001, 0x400};
@@ -51,32 +51,32 @@ constexpr AttrRow kRows[] = {
     {.name = "presentGpo", .id = 0x112, .access = value<&Base::presentGpo>, .flags = kReadOnly},
     {.name = "doInitialize",
      .id = 0x11b,
-     .access = Kex::function<&Base::doInitialize>(),
+     .access = Tables::function<&Base::doInitialize>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "handlePollForInsertionRequest",
      .id = 0x11d,
-     .access = Kex::function<&Base::handlePollForInsertionRequest>(),
+     .access = Tables::function<&Base::handlePollForInsertionRequest>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "handleIdentifySupplyRequest",
      .id = 0x11e,
-     .access = Kex::function<&Base::handleIdentifySupplyRequest>(),
+     .access = Tables::function<&Base::handleIdentifySupplyRequest>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "handleCheckSupplyRequest",
      .id = 0x11f,
-     .access = Kex::function<&Base::handleCheckSupplyRequest>(),
+     .access = Tables::function<&Base::handleCheckSupplyRequest>(),
      .introspection = kIsFunction,
      .flags = kFunction},
     {.name = "doResetIdentifier",
      .id = 0x120,
-     .access = Kex::function<&Base::doResetIdentifier>(),
+     .access = Tables::function<&Base::doResetIdentifier>(),
      .introspection = kIsFunction,
      .flags = kFunction},
 };
 
-constexpr Kex::TypeTable kTable{
+constexpr Tables::TypeTable kTable{
     .shortName = "IdentifierBase",
     .fullName = "PowerSupplyDetector::IdentifierBase",
     .base = &Kex::Entity::NotifieeConst::_fwkType,
@@ -89,7 +89,7 @@ constexpr Kex::TypeTable kTable{
 }  // namespace
 
 Kex::KexType& IdentifierBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType(kTable);
+  static Kex::KexType& record = Tables::newTableHostType(kTable);
   return record;
 }
 

@@ -15,23 +15,23 @@ using Kex::Ptr;
 
 constexpr Kex::KexAttrFlags kReadOnly{0x220001, 0x400};
 
-constexpr Kex::AttrRow kRows[] = {
+constexpr Tables::AttrRow kRows[] = {
     {.name = "commonAreaBuf",
      .id = 0x200,
-     .access = Kex::value<&Base::commonAreaBuf>,
+     .access = Tables::value<&Base::commonAreaBuf>,
      .flags = kReadOnly},
     {.name = "productInfoHeaderBuf",
      .id = 0x201,
-     .access = Kex::value<&Base::productInfoHeaderBuf>,
+     .access = Tables::value<&Base::productInfoHeaderBuf>,
      .flags = kReadOnly},
     {.name = "productInfoBuf",
      .id = 0x202,
-     .access = Kex::value<&Base::productInfoBuf>,
+     .access = Tables::value<&Base::productInfoBuf>,
      .flags = kReadOnly},
-    {.name = "idprom", .id = 0x203, .access = Kex::value<&Base::idprom>, .flags = kReadOnly},
+    {.name = "idprom", .id = 0x203, .access = Tables::value<&Base::idprom>, .flags = kReadOnly},
 };
 
-constexpr Kex::TypeTable kTable{
+constexpr Tables::TypeTable kTable{
     .shortName = "IdentifierBase",
     .fullName = "Ipmi::IdentifierBase",
     .base = &PowerSupplyDetector::IdentifierBase::_fwkType,
@@ -61,7 +61,7 @@ Kex::String8 headerFault(CommonAreaHeader const& header) {
 }  // namespace
 
 Kex::KexType& IdentifierBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType(kTable);
+  static Kex::KexType& record = Tables::newTableHostType(kTable);
   return record;
 }
 
@@ -72,66 +72,51 @@ IdentifierBase::IdentifierBase(
     Ptr<Kex::FileDescriptor const> const& presentIntFd, Ptr<Fru::Gpo> const& presentGpo)
     : PowerSupplyDetector::IdentifierBase(clock, config, status, pollForInsertionRequest,
                                           identifySupplyRequest, checkSupplyRequest, presentIntCtrl,
-                                          presentIntFd, presentGpo),
-      commonAreaBuf_(filledBuf(CommonAreaHeader::kLength)),
-      productInfoHeaderBuf_(filledBuf(kProductInfoHeaderLength)) {}
+                                          presentIntFd, presentGpo) {
+  commonAreaBuf_.ptrIs(filledBuf(CommonAreaHeader::kLength));
+  productInfoHeaderBuf_.ptrIs(filledBuf(kProductInfoHeaderLength));
+}
 
 Kex::KexType& IdentifierBase::fwkType() const { return _fwkType(); }
 
-IdentifierBase::~IdentifierBase() {
-  if (idprom_) {
-    idprom_->ownerIs(nullptr);
-  }
-}
-
-Ptr<Kex::PtrInterface> IdentifierBase::member(Kex::Name const& name) const {
-  return name == "idprom" ? Ptr<PtrInterface>(idprom_) : Ptr<PtrInterface>();
-}
-
-std::vector<Kex::Name> IdentifierBase::memberNames() const { return {"idprom"}; }
+IdentifierBase::~IdentifierBase() = default;
 
 IdentifierBase::BufPtr IdentifierBase::commonAreaBufIs(Kex::U32 size) {
-  return commonAreaBuf_ = filledBuf(size);
+  commonAreaBuf_.ptrIs(filledBuf(size));
+  return commonAreaBuf();
 }
 
 IdentifierBase::BufPtr IdentifierBase::productInfoHeaderBufIs(Kex::U32 size) {
-  return productInfoHeaderBuf_ = filledBuf(size);
+  productInfoHeaderBuf_.ptrIs(filledBuf(size));
+  return productInfoHeaderBuf();
 }
 
 IdentifierBase::BufPtr IdentifierBase::productInfoBufIs(Kex::U32 size) {
-  return productInfoBuf_ = Kex::make<Hal::Buf>(size);
-}
-
-Ptr<IdpromContents> IdentifierBase::idpromDel() {
-  if (idprom_) {
-    idprom_->ownerIs(nullptr);
-  }
-  return std::exchange(idprom_, {});
+  productInfoBuf_.ptrIs(Kex::make<Hal::Buf>(size));
+  return productInfoBuf();
 }
 
 Ptr<IdpromContents> IdentifierBase::idpromIs() {
-  IdentifierBase::idpromDel();
-  idprom_ = Kex::make<IdpromContents>();
-  idprom_->ownerIs(this);
-  return idprom_;
+  idprom_.ptrIs(Kex::make<IdpromContents>());
+  return idprom();
 }
 
 void IdentifierBase::doForgetSupply() {
-  if (idprom_) {
-    idprom_->headerIs({});
-    idprom_->productInfoIs({});
+  if (idprom()) {
+    idprom()->headerIs({});
+    idprom()->productInfoIs({});
   }
 }
 
 PowerSupplyDetector::Findings IdentifierBase::findings() const {
   PowerSupplyDetector::Findings found;
-  if (idprom_ && idprom_->header()) {
-    found.headerFault = headerFault(*idprom_->header());
+  if (idprom() && idprom()->header()) {
+    found.headerFault = headerFault(*idprom()->header());
   }
-  found.areaVersion = productInfoHeaderBuf_->byte(0);
-  found.hasArea = bool(productInfoBuf_);
-  if (idprom_ && idprom_->productInfo()) {
-    ProductInfoArea const& area = *idprom_->productInfo();
+  found.areaVersion = productInfoHeaderBuf()->byte(0);
+  found.hasArea = bool(productInfoBuf());
+  if (idprom() && idprom()->productInfo()) {
+    ProductInfoArea const& area = *idprom()->productInfo();
     found.product = {.manufacturerName = area.manufacturerName(),
                      .productName = area.productName(),
                      .partNumber = area.partNumber(),
@@ -151,6 +136,6 @@ std::optional<Kex::String8> IdentifierBase::managingDescriptor() const {
   return std::nullopt;
 }
 
-Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf_->str(); }
+Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf()->str(); }
 
 }  // namespace Ipmi

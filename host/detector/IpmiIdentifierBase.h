@@ -25,25 +25,23 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
                  Kex::Ptr<Fru::Gpo> const& presentGpo);
   Kex::KexType& fwkType() const override;
   ~IdentifierBase() override;
-  Kex::Ptr<PtrInterface> member(Kex::Name const& name) const override;
-  std::vector<Kex::Name> memberNames() const override;
 
   /// `Del` clears the buffer and returns the one that was there. `Is` makes a new one of `size`
   /// bytes: the common area's and the header's with that length, the area's empty.
-  virtual BufPtr commonAreaBufDel() { return std::exchange(commonAreaBuf_, {}); }
+  virtual BufPtr commonAreaBufDel() { return commonAreaBuf_.ptrIs({}); }
   virtual BufPtr commonAreaBufIs(Kex::U32 size);
-  virtual BufPtr productInfoHeaderBufDel() { return std::exchange(productInfoHeaderBuf_, {}); }
+  virtual BufPtr productInfoHeaderBufDel() { return productInfoHeaderBuf_.ptrIs({}); }
   virtual BufPtr productInfoHeaderBufIs(Kex::U32 size);
-  virtual BufPtr productInfoBufDel() { return std::exchange(productInfoBuf_, {}); }
+  virtual BufPtr productInfoBufDel() { return productInfoBuf_.ptrIs({}); }
   virtual BufPtr productInfoBufIs(Kex::U32 size);
-  virtual Kex::Ptr<IdpromContents> idpromDel();
+  virtual Kex::Ptr<IdpromContents> idpromDel() { return idprom_.ptrIs({}); }
   /// Makes a fresh record.
   virtual Kex::Ptr<IdpromContents> idpromIs();
 
-  BufPtr const& commonAreaBuf() const { return commonAreaBuf_; }
-  BufPtr const& productInfoHeaderBuf() const { return productInfoHeaderBuf_; }
-  BufPtr const& productInfoBuf() const { return productInfoBuf_; }
-  Kex::Ptr<IdpromContents> const& idprom() const { return idprom_; }
+  BufPtr const& commonAreaBuf() const { return commonAreaBuf_.ptr(); }
+  BufPtr const& productInfoHeaderBuf() const { return productInfoHeaderBuf_.ptr(); }
+  BufPtr const& productInfoBuf() const { return productInfoBuf_.ptr(); }
+  Kex::Ptr<IdpromContents> const& idprom() const { return idprom_.ptr(); }
 
  protected:
   void doForgetSupply() override;
@@ -53,10 +51,12 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
   Kex::String8 areaHeader() const override;
 
  private:
-  BufPtr commonAreaBuf_;
-  BufPtr productInfoHeaderBuf_;
-  BufPtr productInfoBuf_;
-  Kex::Ptr<IdpromContents> idprom_;
+  using BufMember = Kex::NamedMembers::Member<Hal::Buf>;
+
+  BufMember commonAreaBuf_{members(), "commonAreaBuf"};
+  BufMember productInfoHeaderBuf_{members(), "productInfoHeaderBuf"};
+  BufMember productInfoBuf_{members(), "productInfoBuf"};
+  Kex::NamedMembers::Member<IdpromContents> idprom_{members(), "idprom"};
 };
 
 }  // namespace Ipmi

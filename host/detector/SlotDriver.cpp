@@ -42,7 +42,7 @@ void SlotDriver::identifierIs(Kex::String8 const& name,
   if (this->identifier(name) == identifier) {
     return;
   }
-  identifier->ownerIs(this);
+  identifier->placeIs({this, Kex::Name(name)});
   identifierDel(name);
   identifiers_[name] = identifier;
   identifier->doStartDetection();
@@ -57,7 +57,7 @@ Kex::Ptr<IdentifierBase> SlotDriver::identifierDel(Kex::String8 const& name) {
   identifiers_.erase(found);
   removed->hasNotificationActiveIs(false);
   removed->kexDoZombieReactors(true);
-  removed->ownerIs(nullptr);
+  removed->placeIs({});
   return removed;
 }
 

@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "host/kex/base/Export.h"
-#include "host/kex/notify/PtrInterface.h"
+#include "host/kex/entity/NamedMembers.h"
 
 namespace Hal {
 
 /// Bytes with a capacity (`size`) and a current length (`len`), both in bytes.
-class KEX_API BufBase : public Kex::PtrInterface {
+class KEX_API BufBase : public Kex::Owned {
  public:
   /// Largest capacity that may be asked for, in bytes: far above any FRU area, far below what could
   /// exhaust the machine.

@@ -29,6 +29,7 @@ class KEX_API SlotConfig final : public Kex::Entity {
 class KEX_API SlotStatus final : public Kex::Entity {
  public:
   class NotifieeConst;
+  class Notifiee;
 
   static Kex::KexType& _fwkType();
 
@@ -56,6 +57,11 @@ class KEX_API SlotStatus::NotifieeConst
  protected:
   virtual void onSupply() {}
   void react(unsigned reaction) override;
+};
+
+class KEX_API SlotStatus::Notifiee : public Kex::NotifieeOf<SlotStatus, SlotStatus::NotifieeConst> {
+ public:
+  using NotifieeOf::NotifieeOf;
 };
 
 }  // namespace Hardware::PowerSupplySlot

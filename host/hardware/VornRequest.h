@@ -6,8 +6,8 @@
 
 #include "host/hal/Buf.h"
 #include "host/kex/base/Name.h"
+#include "host/kex/entity/NamedMembers.h"
 #include "host/kex/notify/Activity.h"
-#include "host/kex/notify/PtrInterface.h"
 #include "host/smbus/Bus.h"
 
 namespace Kex {
@@ -42,7 +42,7 @@ struct VornOp {
 ///
 /// Each terminal status (failed, succeeded) is delivered to the handler exactly once, from the run
 /// loop; afterwards the status is idle again, unless the handler started the request anew.
-class KEX_API VornRequest final : public Kex::PtrInterface, private Kex::Activity {
+class KEX_API VornRequest final : public Kex::Owned, private Kex::Activity {
  public:
   /// Whose request it is.
   class Handler {

@@ -1,7 +1,6 @@
 // Ipmi::IdpromContents, what was parsed of one supply's FRU data.
 #include "host/ipmi/IdpromContents.h"
 
-#include "host/kex/entity/Directory.h"
 #include "host/kex/type/KexType.h"
 
 namespace Ipmi {
@@ -15,9 +14,5 @@ Kex::KexType& IdpromContents::_fwkType() {
 Kex::KexType& IdpromContents::fwkType() const { return _fwkType(); }
 
 IdpromContents::~IdpromContents() = default;
-
-Kex::String8 IdpromContents::path() const {
-  return owner_ == nullptr ? Kex::String8() : Kex::memberPath(*owner_, "idprom");
-}
 
 }  // namespace Ipmi

@@ -2,7 +2,6 @@
 #include "host/ipmi/SupportedPowerSupplyDescriptorBase.h"
 
 #include "host/tables/Access.h"
-#include "host/tables/EntityTable.h"
 #include "host/tables/TypeTable.h"
 
 namespace Ipmi {
@@ -10,40 +9,40 @@ namespace Ipmi {
 namespace {
 
 using Base = SupportedPowerSupplyDescriptorBase;
-using Kex::AttrRow;
+using Tables::AttrRow;
 
 constexpr AttrRow kRows[] = {
     {.name = "managed",
      .id = 0x100,
-     .access = Kex::value<&Base::managed>,
+     .access = Tables::value<&Base::managed>,
      .introspection = AttrRow::Introspection::independentDomainAttr,
      .flags = {0x220101, 0x400}},
     {.name = "fdl",
      .id = 0x101,
-     .access = Kex::value<&Base::fdl>,
+     .access = Tables::value<&Base::fdl>,
      .introspection = AttrRow::Introspection::independentDomainAttr,
      .flags = {0x220101, 0x400}},
     {.name = "doGenerateFdl",
      .id = 0x102,
-     .access = Kex::function<&Base::doGenerateFdl>({"idpromContents"}),
+     .access = Tables::function<&Base::doGenerateFdl>({"idpromContents"}),
      .introspection = AttrRow::Introspection::function,
      .flags = {0x20001, 0x400}},
 };
 
-constexpr Kex::TypeTable kTable{
+constexpr Tables::TypeTable kTable{
     .shortName = "SupportedPowerSupplyDescriptorBase",
     .fullName = "Ipmi::SupportedPowerSupplyDescriptorBase",
     .base = &Kex::Entity::_fwkType,
     .size = sizeof(Base),
     .isEntity = true,
-    .constructorArguments = Kex::kNamedEntityArguments,
+    .constructorArguments = Tables::kNamedEntityArguments,
     .rows = kRows,
 };
 
 }  // namespace
 
 Kex::KexType& SupportedPowerSupplyDescriptorBase::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType(kTable);
+  static Kex::KexType& record = Tables::newTableHostType(kTable);
   return record;
 }
 

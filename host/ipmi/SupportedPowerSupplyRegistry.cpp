@@ -1,7 +1,7 @@
 // The registry of supported power supplies.
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 
-#include "host/tables/EntityTable.h"
+#include "host/tables/TypeTable.h"
 
 namespace Ipmi {
 
@@ -9,13 +9,13 @@ namespace {
 
 using Kex::Ptr;
 
-constexpr Kex::TypeTable kTable{
+constexpr Tables::TypeTable kTable{
     .shortName = "SupportedPowerSupplyRegistry",
     .fullName = "Ipmi::SupportedPowerSupplyRegistry",
     .base = &Kex::Entity::_fwkType,
     .size = sizeof(SupportedPowerSupplyRegistry),
     .isEntity = true,
-    .constructorArguments = Kex::kNamedEntityArguments,
+    .constructorArguments = Tables::kNamedEntityArguments,
     .rows = {},
     .create = [](Kex::Name name) -> Ptr<Kex::PtrInterface> {
       return Kex::make<SupportedPowerSupplyRegistry>(std::move(name));
@@ -25,7 +25,7 @@ constexpr Kex::TypeTable kTable{
 }  // namespace
 
 Kex::KexType& SupportedPowerSupplyRegistry::_fwkType() {
-  static Kex::KexType& record = Kex::newTableHostType(kTable);
+  static Kex::KexType& record = Tables::newTableHostType(kTable);
   return record;
 }
 

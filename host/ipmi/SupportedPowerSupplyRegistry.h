@@ -20,6 +20,9 @@ class KEX_API SupportedPowerSupplyRegistry final : public Kex::Entity {
 
   Kex::Ptr<PtrInterface> member(Kex::Name const& name) const override;
   std::vector<Kex::Name> memberNames() const override;
+  Kex::Ptr<Entity> memberDel(Kex::Name const& name) override {
+    return powerSupplyDescriptorDel(name);
+  }
 
   Descriptors const& powerSupplyDescriptors() const { return descriptors_; }
   Descriptors::Iterator powerSupplyDescriptorIterator() const { return descriptors_.begin(); }

@@ -9,7 +9,7 @@
 #include "host/tables/ArgumentReader.h"
 #include "host/tables/AttrRow.h"
 
-namespace Kex {
+namespace Tables {
 
 namespace Detail {
 
@@ -45,17 +45,17 @@ consteval auto argumentsOf(ArgumentNames<sizeof...(I)> const& names, std::index_
     throw "an argument without a name";
   }
   return decltype(AttrAccess::arguments){
-      AttrAccess::Argument{names[I], &typeOf<std::tuple_element_t<I, Tuple>>}...};
+      AttrAccess::Argument{names[I], &Kex::typeOf<std::tuple_element_t<I, Tuple>>}...};
 }
 
 template <class T>
-T& objectAs(PtrInterface& object) {
+T& objectAs(Kex::PtrInterface& object) {
   // The adapter has seen to it that the object is one.
   return dynamic_cast<T&>(object);
 }
 
 template <auto Member, std::size_t... I>
-void call(AttrRow const& row, PtrInterface& object, ArgumentReader& reader,
+void call(AttrRow const& row, Kex::PtrInterface& object, ArgumentReader& reader,
           std::index_sequence<I...>) {
   using Values = ValuesOf<Member>;
   // Braces take the arguments in order.
@@ -65,17 +65,17 @@ void call(AttrRow const& row, PtrInterface& object, ArgumentReader& reader,
   (objectAs<ClassOf<Member>>(object).*Member)(std::get<I>(values)...);
 }
 
-inline void refuseIndex(AttrRow const& row, AttributeRequest const& request) {
+inline void refuseIndex(AttrRow const& row, Kex::AttributeRequest const& request) {
   if (request.index != nullptr) {
-    GenericIf::throwBadIndexAttrException(row.name);
+    Kex::GenericIf::throwBadIndexAttrException(row.name);
   }
 }
 
 template <class T>
-T valueFor(AttrRow const& row, AttributeRequest const& request) {
-  auto value = convertTo<T>(request.value);
+T valueFor(AttrRow const& row, Kex::AttributeRequest const& request) {
+  auto value = Kex::convertTo<T>(request.value);
   if (!value) {
-    GenericIf::throwTypeException(row.name);
+    Kex::GenericIf::throwTypeException(row.name);
   }
   return *std::move(value);
 }
@@ -89,13 +89,14 @@ consteval AttrAccess function(
     Detail::ArgumentNames<std::tuple_size_v<Detail::ValuesOf<Member>>> const& names = {}) {
   using Values = Detail::ValuesOf<Member>;
   using Indices = std::make_index_sequence<std::tuple_size_v<Values>>;
-  return {.valueType = &Builtin<void*>::_fwkType,
+  return {.valueType = &Kex::Builtin<void*>::_fwkType,
           .arguments = Detail::argumentsOf<Values>(names, Indices()),
-          .carryOut = [](AttrRow const& row, PtrInterface& object,
-                         AttributeRequest const& request) -> Ptr<GenericIf> {
-            if (request.code != kRead) {
-              GenericIf::throwOpNotSupportedException(row.name, request.code, false);
+          .carryOut = [](AttrRow const& row, Kex::PtrInterface& object,
+                         Kex::AttributeRequest const& request) -> Kex::Ptr<Kex::GenericIf> {
+            if (request.code != Kex::kRead) {
+              Kex::GenericIf::throwOpNotSupportedException(row.name, request.code, false);
             }
+            Detail::refuseIndex(row, request);
             ArgumentReader reader(request.value);
             Detail::call<Member>(row, object, reader, Indices());
             return {};
@@ -105,47 +106,47 @@ consteval AttrAccess function(
 /// A value: code 0 reads it with `Get`, code 128 writes it with `Set` where there is one.
 template <auto Get, auto Set = nullptr>
 inline constexpr AttrAccess value{
-    .valueType = &typeOf<Detail::ResultOf<Get>>,
-    .carryOut = [](AttrRow const& row, PtrInterface& object,
-                   AttributeRequest const& request) -> Ptr<GenericIf> {
+    .valueType = &Kex::typeOf<Detail::ResultOf<Get>>,
+    .carryOut = [](AttrRow const& row, Kex::PtrInterface& object,
+                   Kex::AttributeRequest const& request) -> Kex::Ptr<Kex::GenericIf> {
       using Class = Detail::ClassOf<Get>;
       using Value = Detail::ResultOf<Get>;
       Detail::refuseIndex(row, request);
-      if (request.code == kRead) {
-        return holderOf<Value>((Detail::objectAs<Class>(object).*Get)());
+      if (request.code == Kex::kRead) {
+        return Kex::holderOf<Value>((Detail::objectAs<Class>(object).*Get)());
       }
       if constexpr (!std::is_same_v<decltype(Set), std::nullptr_t>) {
-        if (request.code == kWrite) {
+        if (request.code == Kex::kWrite) {
           (Detail::objectAs<Class>(object).*Set)(Detail::valueFor<Value>(row, request));
           return {};
         }
       }
-      GenericIf::throwOpNotSupportedException(row.name, request.code, false);
+      Kex::GenericIf::throwOpNotSupportedException(row.name, request.code, false);
     }};
 
 /// An attribute whose object is created from a `size`: code 0 reads it, 128 creates it, 129 deletes
 /// it and answers the one that was removed.
 template <auto Get, auto Create, auto Delete>
 inline constexpr AttrAccess instantiating{
-    .valueType = &typeOf<Detail::ResultOf<Get>>,
-    .arguments = {{{"size", &Builtin<U32>::_fwkType}}},
-    .carryOut = [](AttrRow const& row, PtrInterface& object,
-                   AttributeRequest const& request) -> Ptr<GenericIf> {
+    .valueType = &Kex::typeOf<Detail::ResultOf<Get>>,
+    .arguments = {{{"size", &Kex::Builtin<Kex::U32>::_fwkType}}},
+    .carryOut = [](AttrRow const& row, Kex::PtrInterface& object,
+                   Kex::AttributeRequest const& request) -> Kex::Ptr<Kex::GenericIf> {
       auto& target = Detail::objectAs<Detail::ClassOf<Get>>(object);
-      auto const answer = [](auto const& held) -> Ptr<GenericIf> {
-        return held ? holderOf(held) : Ptr<GenericIf>();
+      auto const answer = [](auto const& held) -> Kex::Ptr<Kex::GenericIf> {
+        return held ? Kex::holderOf(held) : Kex::Ptr<Kex::GenericIf>();
       };
       Detail::refuseIndex(row, request);
       switch (request.code) {
-        case kRead: return answer((target.*Get)());
-        case kWrite: {
+        case Kex::kRead: return answer((target.*Get)());
+        case Kex::kWrite: {
           ArgumentReader reader(request.value);
-          U32 const size = reader.next<U32>(row.access.arguments.front().name);
+          Kex::U32 const size = reader.next<Kex::U32>(row.access.arguments.front().name);
           reader.end(row.name);
           return answer((target.*Create)(size));
         }
-        case kDelete: return answer((target.*Delete)());
-        default: GenericIf::throwOpNotSupportedException(row.name, request.code, false);
+        case Kex::kDelete: return answer((target.*Delete)());
+        default: Kex::GenericIf::throwOpNotSupportedException(row.name, request.code, false);
       }
     }};
 
@@ -154,33 +155,33 @@ inline constexpr AttrAccess instantiating{
 /// `size(object)`, `buckets(object)`, `iterator(object)`.
 template <class Access, class Key, class Value>
 inline constexpr AttrAccess collection{
-    .valueType = &typeOf<Value>,
-    .keyType = &typeOf<Key>,
-    .carryOut = [](AttrRow const& row, PtrInterface& object,
-                   AttributeRequest const& request) -> Ptr<GenericIf> {
+    .valueType = &Kex::typeOf<Value>,
+    .keyType = &Kex::typeOf<Key>,
+    .carryOut = [](AttrRow const& row, Kex::PtrInterface& object,
+                   Kex::AttributeRequest const& request) -> Kex::Ptr<Kex::GenericIf> {
       auto& target = Detail::objectAs<typename Access::Class>(object);
       auto const key = [&] {
-        auto index = convertTo<Key>(request.index);
+        auto index = Kex::convertTo<Key>(request.index);
         if (!index) {
-          GenericIf::throwTypeException("kex_index");
+          Kex::GenericIf::throwTypeException("kex_index");
         }
         return *std::move(index);
       };
       switch (request.code) {
-        case kRead: return holderOf<Value>(Access::get(target, key()));
-        case kSize: return holderOf<U32>(Access::size(target));
-        case kBuckets: return holderOf<U32>(Access::buckets(target));
-        case kWrite: {
+        case Kex::kRead: return Kex::holderOf<Value>(Access::get(target, key()));
+        case Kex::kSize: return Kex::holderOf<Kex::U32>(Access::size(target));
+        case Kex::kBuckets: return Kex::holderOf<Kex::U32>(Access::buckets(target));
+        case Kex::kWrite: {
           Key const index = key();
           Access::set(target, index, Detail::valueFor<Value>(row, request));
           return {};
         }
-        case kDelete: Access::del(target, key()); return {};
-        default: GenericIf::throwOpNotSupportedException(row.name, request.code, true);
+        case Kex::kDelete: Access::del(target, key()); return {};
+        default: Kex::GenericIf::throwOpNotSupportedException(row.name, request.code, true);
       }
     },
-    .iterator = [](PtrInterface const& object) -> Ptr<GenericIterator> {
+    .iterator = [](Kex::PtrInterface const& object) -> Kex::Ptr<Kex::GenericIterator> {
       return Access::iterator(dynamic_cast<typename Access::Class const&>(object));
     }};
 
-}  // namespace Kex
+}  // namespace Tables

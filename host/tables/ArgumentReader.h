@@ -5,31 +5,31 @@
 
 #include "host/kex/generic/Holder.h"
 
-namespace Kex {
+namespace Tables {
 
 /// The elements of an argument list, taken one by one. Throws the type exception
 /// "Kex::GenericIf::List_" when there is no list.
 class ArgumentReader {
  public:
-  explicit ArgumentReader(GenericIf const* list);
+  explicit ArgumentReader(Kex::GenericIf const* list);
 
   /// The next argument; throws a type exception naming it when it is missing or does not convert.
   template <class T>
   T next(char const* name) {
-    auto value = convertTo<T>(nextElement());
+    auto value = Kex::convertTo<T>(nextElement());
     if (!value) {
-      GenericIf::throwTypeException(name);
+      Kex::GenericIf::throwTypeException(name);
     }
     return *std::move(value);
   }
   /// Throws the unknown-argument exception naming `owner` when an element is left.
-  void end(Name const& owner) const;
+  void end(Kex::Name const& owner) const;
 
  private:
-  GenericIf const* nextElement();
+  Kex::GenericIf const* nextElement();
 
-  GenericIf::List_ const& list_;
+  Kex::GenericIf::List_ const& list_;
   std::size_t next_ = 0;
 };
 
-}  // namespace Kex
+}  // namespace Tables

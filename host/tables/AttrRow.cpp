@@ -3,30 +3,30 @@
 
 #include <algorithm>
 
-namespace Kex {
+namespace Tables {
 
 namespace {
 
-KexAttrIntrospectionFlags introspectionFlags(AttrRow const& row) {
-  KexAttrIntrospectionFlags flags(0);
+Kex::KexAttrIntrospectionFlags introspectionFlags(AttrRow const& row) {
+  Kex::KexAttrIntrospectionFlags flags(0);
   flags.isFunctionIs(row.introspection == AttrRow::Introspection::function);
   flags.isIndependentDomainAttrIs(row.introspection ==
                                   AttrRow::Introspection::independentDomainAttr);
   return flags;
 }
 
-KexAttr& declared(KexType& record, AttrRow const& row) {
+Kex::KexAttr& declared(Kex::KexType& record, AttrRow const& row) {
   if (row.access.arguments.front().name == nullptr) {
     return record.defNoninstantiatingAttr(
         row.name, row.valueType(), row.access.keyType != nullptr ? &row.access.keyType() : nullptr,
         row.flags, introspectionFlags(row), row.id);
   }
   record.attrDel(row.name);
-  Ptr<KexAttr> const attribute =
-      record.attrIs(row.name, row.valueType(), KexAttrLink(), KexAttrLink(), row.flags, row.id);
+  Kex::Ptr<Kex::KexAttr> const attribute = record.attrIs(
+      row.name, row.valueType(), Kex::KexAttrLink(), Kex::KexAttrLink(), row.flags, row.id);
   for (AttrAccess::Argument const& argument : row.access.arguments) {
     if (argument.name != nullptr) {
-      attribute->argumentQEnq({argument.name, Name(argument.type().fullName())});
+      attribute->argumentQEnq({argument.name, Kex::Name(argument.type().fullName())});
     }
   }
   attribute->introspectionFlagsIs(introspectionFlags(row));
@@ -36,23 +36,23 @@ KexAttr& declared(KexType& record, AttrRow const& row) {
 
 }  // namespace
 
-AttrRow const* dispatchedRow(std::span<AttrRow const> rows, AttributeId id) {
+AttrRow const* dispatchedRow(std::span<AttrRow const> rows, Kex::AttributeId id) {
   auto const found = std::ranges::find_if(rows, [&](AttrRow const& row) {
     return row.id == id && row.use != AttrRow::Use::declaredOnly;
   });
   return found == rows.end() ? nullptr : &*found;
 }
 
-void declareAttributes(KexType& record, std::span<AttrRow const> rows,
-                       void (*told)(KexAttr& attribute)) {
-  auto const tell = [told](KexAttr& attribute) {
+void declareAttributes(Kex::KexType& record, std::span<AttrRow const> rows,
+                       void (*told)(Kex::KexAttr& attribute)) {
+  auto const tell = [told](Kex::KexAttr& attribute) {
     if (told != nullptr) {
       told(attribute);
     }
   };
   if (record.base() != nullptr) {
     for (auto const& attribute : record.base()->attributeQ()) {
-      Ptr<KexAttr> const copy = attribute->copyFor(record);
+      Kex::Ptr<Kex::KexAttr> const copy = attribute->copyFor(record);
       record.attributeQEnq(copy);
       tell(*copy);
     }
@@ -64,4 +64,4 @@ void declareAttributes(KexType& record, std::span<AttrRow const> rows,
   }
 }
 
-}  // namespace Kex
+}  // namespace Tables

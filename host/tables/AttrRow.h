@@ -8,11 +8,11 @@
 #include "host/kex/generic/GenericIf.h"
 #include "host/kex/type/KexType.h"
 
-namespace Kex {
+namespace Tables {
 
 struct AttrRow;
 
-using RecordFn = KexType& (*)();
+using RecordFn = Kex::KexType& (*)();
 
 /// How an attribute is reached: made by `function`, `value`, `instantiating`, `collection` of
 /// Access.h from the members that serve it, so that types are never written twice.
@@ -28,40 +28,40 @@ struct AttrAccess {
   /// In order; null names where there is none.
   std::array<Argument, 4> arguments{};
   /// Carries `request` out at `object`.
-  Ptr<GenericIf> (*carryOut)(AttrRow const& row, PtrInterface& object,
-                             AttributeRequest const& request);
+  Kex::Ptr<Kex::GenericIf> (*carryOut)(AttrRow const& row, Kex::PtrInterface& object,
+                                       Kex::AttributeRequest const& request);
   /// A walk over the members of a collection; null for anything else.
-  Ptr<GenericIterator> (*iterator)(PtrInterface const& object) = nullptr;
+  Kex::Ptr<Kex::GenericIterator> (*iterator)(Kex::PtrInterface const& object) = nullptr;
 };
 
 /// One attribute of a type.
 struct AttrRow {
   /// Whether schemas show the attribute and whether requests reach it.
-  enum class Use : U8 { declaredAndDispatched, dispatchedOnly, declaredOnly };
+  enum class Use : Kex::U8 { declaredAndDispatched, dispatchedOnly, declaredOnly };
   /// Which introspection flag is set.
-  enum class Introspection : U8 { none, function, independentDomainAttr };
+  enum class Introspection : Kex::U8 { none, function, independentDomainAttr };
 
   char const* name;
-  AttributeId id;
+  Kex::AttributeId id;
   AttrAccess access;
   Introspection introspection = Introspection::none;
-  KexAttrFlags flags{};
+  Kex::KexAttrFlags flags{};
   Use use = Use::declaredAndDispatched;
   /// The declared value type where it is not that of the member.
   RecordFn declaredType = nullptr;
 
   bool isDeclared() const { return use != Use::dispatchedOnly; }
-  KexType& valueType() const {
+  Kex::KexType& valueType() const {
     return declaredType != nullptr ? declaredType() : access.valueType();
   }
 };
 
 /// The row that answers to `id`; null where none does.
-AttrRow const* dispatchedRow(std::span<AttrRow const> rows, AttributeId id);
+AttrRow const* dispatchedRow(std::span<AttrRow const> rows, Kex::AttributeId id);
 
 /// Declares the schema of `record`: copies of its base's attributes in their order, then those of
 /// `rows` that are declared. `told`, where there is one, is called with each as it is enqueued.
-void declareAttributes(KexType& record, std::span<AttrRow const> rows,
-                       void (*told)(KexAttr& attribute) = nullptr);
+void declareAttributes(Kex::KexType& record, std::span<AttrRow const> rows,
+                       void (*told)(Kex::KexAttr& attribute) = nullptr);
 
-}  // namespace Kex
+}  // namespace Tables

@@ -3,7 +3,7 @@
 
 #include "host/tables/ArgumentReader.h"
 
-namespace Kex {
+namespace Tables {
 
 namespace {
 
@@ -11,68 +11,78 @@ namespace {
 template <class Base>
 class TableAdapter final : public Base {
  public:
-  TableAdapter(TypeTable const& table, KexType const& type, Ptr<PtrInterface> const& object,
-               bool isConst)
+  TableAdapter(TypeTable const& table, Kex::KexType const& type,
+               Kex::Ptr<Kex::PtrInterface> const& object, bool isConst)
       : Base(object, isConst), table_(table), type_(type) {}
 
-  KexType const& type() const override { return type_; }
+  Kex::KexType const& type() const override { return type_; }
 
-  Ptr<PtrInterface> castTo(KexType const& wanted) const override {
+  Kex::Ptr<Kex::PtrInterface> castTo(Kex::KexType const& wanted) const override {
     if (!type_.isA(wanted)) {
-      GenericIf::throwTypeException(table_.shortName);
+      Kex::GenericIf::throwTypeException(table_.shortName);
     }
     return this->object();
   }
 
-  KexAttr const* attribute(Name const& name) const override {
-    KexAttr const* const own = type_.attr(name);
+  Kex::KexAttr const* attribute(Kex::Name const& name) const override {
+    Kex::KexAttr const* const own = type_.attr(name);
     return own != nullptr ? own : base()->attribute(name);
   }
 
-  Ptr<GenericIf> access(AttributeRequest const& request) const override {
+  Kex::Ptr<Kex::GenericIf> access(Kex::AttributeRequest const& request) const override {
     if (request.code >= 128 && this->isConst()) {
-      GenericIf::throwConstException("attempting to modify a const instance");
+      Kex::GenericIf::throwConstException("attempting to modify a const instance");
     }
     AttrRow const* const row = dispatchedRow(table_.rows, request.id);
     return row != nullptr ? row->access.carryOut(*row, *this->object(), request)
                           : base()->access(request);
   }
 
-  Ptr<GenericIterator> iterator(AttributeId id) const override {
+  Kex::Ptr<Kex::GenericIterator> iterator(Kex::AttributeId id) const override {
     AttrRow const* const row = dispatchedRow(table_.rows, id);
     return row != nullptr && row->access.iterator != nullptr ? row->access.iterator(*this->object())
                                                              : base()->iterator(id);
   }
 
  private:
-  Ptr<GenericIf> base() const { return this->baseGenericIf(type_); }
+  Kex::Ptr<Kex::GenericIf> base() const { return this->baseGenericIf(type_); }
 
   TypeTable const& table_;
-  KexType const& type_;
+  Kex::KexType const& type_;
+};
+
+/// The record of a host type: it declares its schema by itself.
+class HostTableType final : public TableType {
+ public:
+  using TableType::TableType;
+
+ private:
+  void declareAttributes() override { Tables::declareAttributes(*this, table().rows); }
 };
 
 }  // namespace
 
 TableType::~TableType() = default;
 
-Ptr<GenericIf> TableType::genericIf(GenericIf const* arguments, bool isConst) const {
+Kex::Ptr<Kex::GenericIf> TableType::genericIf(Kex::GenericIf const* arguments, bool isConst) const {
   if (table_.create == nullptr) {
-    return KexType::genericIf(arguments, isConst);
+    return Kex::KexType::genericIf(arguments, isConst);
   }
   ArgumentReader reader(arguments);
-  auto name = reader.next<Name>("name");
+  auto name = reader.next<Kex::Name>("name");
   reader.end(table_.shortName);
-  return KexType::genericIf(table_.create(std::move(name)), false);
+  return Kex::KexType::genericIf(table_.create(std::move(name)), false);
 }
 
-Ptr<GenericIf> TableType::newAdapter(Ptr<PtrInterface> const& object, bool isConst) const {
+Kex::Ptr<Kex::GenericIf> TableType::newAdapter(Kex::Ptr<Kex::PtrInterface> const& object,
+                                               bool isConst) const {
   if (table_.isEntity) {
-    return make<TableAdapter<GenericIfEntity>>(table_, *this, object, isConst);
+    return Kex::make<TableAdapter<Kex::GenericIfEntity>>(table_, *this, object, isConst);
   }
-  return make<TableAdapter<GenericIfPtrInterface>>(table_, *this, object, isConst);
+  return Kex::make<TableAdapter<Kex::GenericIfPtrInterface>>(table_, *this, object, isConst);
 }
 
-void declareType(KexType& record, TypeTable const& table) {
+void declareType(Kex::KexType& record, TypeTable const& table) {
   record.sizeIs(table.size);
   record.isEntityIs(table.isEntity);
   record.hasGenericIfSupportIs(true);
@@ -82,11 +92,11 @@ void declareType(KexType& record, TypeTable const& table) {
   }
 }
 
-KexType& newTableHostType(TypeTable const& table) {
-  auto const record = make<TableType>(table, table.base == nullptr ? nullptr : &table.base());
-  declareType(*record, table);
-  record->pendingRowsIs(table.rows);
-  return enterHostType(record, table.fullName);
+Kex::KexType& newTableHostType(TypeTable const& table) {
+  Kex::KexType& record = newRecord<HostTableType>(table);
+  declareType(record, table);
+  Kex::KexType::typeNodeIs(record, table.fullName);
+  return record;
 }
 
-}  // namespace Kex
+}  // namespace Tables

@@ -8,7 +8,7 @@
 #include "host/kex/type/KexType.h"
 #include "host/tables/AttrRow.h"
 
-namespace Kex {
+namespace Tables {
 
 /// Name and type name of a constructor argument.
 struct ConstructorArgument {
@@ -26,31 +26,50 @@ struct TypeTable {
   std::span<ConstructorArgument const> constructorArguments;
   std::span<AttrRow const> rows;
   /// The generic construction from a name; null where the type has none.
-  Ptr<PtrInterface> (*create)(Name name) = nullptr;
+  Kex::Ptr<Kex::PtrInterface> (*create)(Kex::Name name) = nullptr;
 };
 
 /// The record of a type that has a table. One class serves all types: what they differ in stands in
 /// their tables.
-class TableType final : public KexType {
+class TableType : public Kex::KexType {
  public:
   /// `table` must live as long as the process.
-  TableType(TypeTable const& table, KexType* base)
-      : KexType(table.shortName, nullptr, base, TypeFlags{}), table_(table) {}
+  TableType(TypeTable const& table, Kex::KexType* base)
+      : Kex::KexType(table.shortName, nullptr, base, Kex::TypeFlags{}), table_(table) {}
   ~TableType() override;
 
   /// Creates an object from its name, where the table has a way to.
-  Ptr<GenericIf> genericIf(GenericIf const* arguments, bool isConst) const override;
+  Kex::Ptr<Kex::GenericIf> genericIf(Kex::GenericIf const* arguments, bool isConst) const override;
   /// An adapter that carries requests out by the table's rows, else as the base's does.
-  Ptr<GenericIf> newAdapter(Ptr<PtrInterface> const& object, bool isConst) const override;
+  Kex::Ptr<Kex::GenericIf> newAdapter(Kex::Ptr<Kex::PtrInterface> const& object,
+                                      bool isConst) const override;
+
+ protected:
+  TypeTable const& table() const { return table_; }
 
  private:
   TypeTable const& table_;
 };
 
 /// Declares to `record` what its table says besides the attributes: size, constructor arguments.
-void declareType(KexType& record, TypeTable const& table);
+void declareType(Kex::KexType& record, TypeTable const& table);
 
-/// The record of a host type that has a table, and schema.
-KexType& newTableHostType(TypeTable const& table);
+/// A record for the type that `table` is about, known to its base and never destroyed.
+template <class Record>
+Record& newRecord(TypeTable const& table) {
+  Kex::KexType* const base = table.base == nullptr ? nullptr : &table.base();
+  auto const record = Kex::make<Record>(table, base);
+  record->isNondestructingIs(true);
+  if (base != nullptr) {
+    base->derivedTypeQEnq(*record);
+  }
+  return *record;
+}
 
-}  // namespace Kex
+/// The record of a host type: entered in the type tree, its schema there when it is asked for.
+Kex::KexType& newTableHostType(TypeTable const& table);
+
+/// Constructor arguments of an entity that is made from its name alone.
+inline constexpr ConstructorArgument kNamedEntityArguments[] = {{"name", "Kex::Name"}};
+
+}  // namespace Tables

@@ -14,7 +14,7 @@
 
 #include "host/kex/base/Format.h"
 #include "host/kex/entity/Entity.h"
-#include "host/kex/generic/GenericIf.h"
+#include "host/kex/generic/Holder.h"
 #include "host/kex/type/Introspection.h"
 
 namespace {

@@ -16,6 +16,7 @@ class Call(Case):
                 (["mfrIdSupported", "ACME", "--code", "0x80", "--arg", "true"], None),
                 (["mfrId", "--code", "128", "--arg", ""], None),
                 (["checkSupplyReadBuf", "--code", "129"], "<Hal::Buf>"),
+                (["presentGpo"], "(null)"), (["idprom"], f"{IDENTIFIER}/idprom"),
                 (["doResetIdentifier"], None), (["handleCheckSupplyRequest"], None),
                 (["doSetupCheckSupplyRequest", "--arg", "false"], None),
                 ([f"{REGISTRY}/DS2900", "managed"], "true"),
@@ -37,9 +38,11 @@ class Call(Case):
                 ([IDENTIFIER, "doSetupCheckSupplyRequest", "--arg", "yes"], 1, "'yes' to bool"),
                 ([IDENTIFIER, "doResetIdentifier", "--arg", "1"], 1, "unknown argument"),
                 ([IDENTIFIER + "]x", "mfrId"], 1, "junk at column 26"),
+                ([IDENTIFIER, "doResetIdentifier", "0"], 1, "index exception: doResetIdentifier"),
+                ([IDENTIFIER, "kexDoZombieReactors", "--arg", "true"], 1, "declared only"),
                 ([IDENTIFIER, "colour"], 1, "has no attribute colour"),
                 (["/PowerSupply2", "name"], 1, "/PowerSupply2: is no path"),
-                ([f"{REGISTRY}/DS500", "doGenerateFdl", "--arg", "null"], 1, "null ValidPtr"),
+                ([f"{REGISTRY}/DS500", "doGenerateFdl", "--arg", "(null)"], 1, "null ValidPtr"),
                 ([IDENTIFIER], 2, "needs an ATTRIBUTE"),
                 ([IDENTIFIER, "mfrId", "--arg", "1"], 2, "--arg: 1"),
                 ([IDENTIFIER, "mfrId", "--code", "256"], 2, "--code: 256")):
@@ -50,9 +53,15 @@ class Call(Case):
         status, out, _ = run("call", DS2900)
         paths = out.decode().splitlines()
         self.assertEqual((status, paths[0], len(paths)), (0, "/", len(set(paths))))
-        self.assertLess({IDENTIFIER, f"{IDENTIFIER}/idprom", f"{REGISTRY}/DS2900"}, set(paths))
+        self.assertLess({IDENTIFIER, f"{REGISTRY}/DS2900"}, set(paths))
+        requests = ("pollForInsertion", "identifySupply", "checkSupply")
+        self.assertEqual(
+            [path.rpartition("/")[2] for path in paths if path.startswith(IDENTIFIER + "/")],
+            [f"{request}Request" for request in requests] +
+            ["commonAreaBuf", "productInfoHeaderBuf", "productInfoBuf", "idprom"] +
+            [f"{request}{use}Buf" for use in ("Write", "Read") for request in requests])
         for path in paths:
-            if "idprom" not in path and path != IDENTIFIER:
+            if not path.startswith(IDENTIFIER):
                 self.assertEqual(run("call", DS2900, path, "name")[0], 0, path)
 
     def test_no_function_does_harm_without_a_supply(self):

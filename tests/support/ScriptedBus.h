@@ -184,6 +184,7 @@ class Slot {
     };
     identifier->note = [this](std::string const& what) { note(what); };
     Kex::TraceHandle::levelsIs("EmersonPmbusIdentifier", 0b11000);
+    Kex::TraceHandle::facilityIs("EmersonPmbusIdentifier", true);
     Kex::traceSinkIs([this](Kex::TraceRecord const& trace) {
       note(std::to_string(trace.level) + " " + trace.text.charPtr());
     });
@@ -191,7 +192,7 @@ class Slot {
   }
   Slot(Slot const&) = delete;
   ~Slot() {
-    Kex::TraceHandle::levelsIs("EmersonPmbusIdentifier", 0);
+    Kex::TraceHandle::facilityIs("EmersonPmbusIdentifier", false);
     Kex::traceSinkIs({});
     for (auto const& name : registry().memberNames()) {
       registry().powerSupplyDescriptorDel(name);

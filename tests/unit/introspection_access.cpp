@@ -12,7 +12,9 @@
 #include <utility>
 #include <vector>
 
+#include "host/kex/base/Format.h"
 #include "host/kex/entity/Directory.h"
+#include "host/kex/generic/TextConversion.h"
 #include "pmbus/Identifier.h"
 #include "pmbus/IdentifierFactory.h"
 #include "tests/unit/ipmi_support.h"
@@ -153,7 +155,8 @@ TEST_F(Introspection, answersEveryCodeAtEveryKindOfAttribute) {
         auto const expected = unlessRefused(answer + (answer.ends_with(": ") ? name : ""));
         answer = outcomeOf(adapter, {id, code, none, ""});
         EXPECT_EQ(expected == "=" ? answer.substr(0, 1) : answer, expected) << name << n;
-        if (answers.at(0) == "=") {  // what is read without an index takes none
+        // What is read or called without an index takes none.
+        if (answers.at(0) == "=" || (answers.at(0) == noList && code == 0)) {
           EXPECT_EQ(outcomeOf(adapter, {id, code, none, "", text}),
                     unlessRefused("index: " + name));
         }
@@ -186,12 +189,14 @@ TEST_F(Introspection, readsAndWritesWhatFits) {
        read(0x20a, "= 0x34"), write(0x20e, text, "done"), read(0x20e, "= x"),
        write(0x217, holderOf(U8{0}), "type: derivedConstructed"), write(0x217, no, "done"),
        read(0x10b, "= false")});
-  expectEach(adapter,
-             {del(0x213, "= <Hal::Buf>"), del(0x213, "done"),
-              write(0x213, listOf({}), "type: size"), write(0x213, listOf({text}), "type: size"),
-              write(0x213, listOf({holderOf(Kex::U64{1} << 32)}), "type: size"),
-              write(0x213, listOf({nine, none}), "unknown: pollForInsertionReadBuf"),
-              read(0x213, "done"), write(0x213, listOf({nine}), "= <Hal::Buf>")});
+  expectEach(
+      adapter,
+      {read(0x213, "= driver/EmersonPmbus/pollForInsertionReadBuf"), del(0x213, "= <Hal::Buf>"),
+       del(0x213, "done"), write(0x213, listOf({}), "type: size"),
+       write(0x213, listOf({text}), "type: size"),
+       write(0x213, listOf({holderOf(Kex::U64{1} << 32)}), "type: size"),
+       write(0x213, listOf({nine, none}), "unknown: pollForInsertionReadBuf"), read(0x213, "done"),
+       write(0x213, listOf({nine}), "= driver/EmersonPmbus/pollForInsertionReadBuf")});
   expectEach(adapter,
              {read(0x20f, "= true", key), read(0x20f, "= false", text),
               read(0x20f, "type: kex_index", nine), write(0x20f, none, "type: mfrIdSupported", key),
@@ -206,7 +211,7 @@ TEST_F(Introspection, readsAndWritesWhatFits) {
   EXPECT_EQ(identifier->pollForInsertionReadBuf()->size(), 9U);
   EXPECT_EQ(identifier->checkSupplyRequest()->operations().size(), 2U);
   for (Kex::AttributeId id = 0x210; id <= 0x215; ++id) {  // each its own buffer
-    expectEach(adapter, {read(id, "= <Hal::Buf>"), del(id, "= <Hal::Buf>"), read(id, "done")});
+    expectEach(adapter, {del(id, "= <Hal::Buf>"), read(id, "done")});
   }
 }
 
@@ -244,7 +249,9 @@ TEST_F(Introspection, takesTheDeclaredArgumentsOfAFunction) {
   Value const s = holderOf(status);
   Value const adapter = KexType::genericIf(factory, false);
   expectEach(adapter,
-             {call(0x102, {}, "type: driver"), call(0x102, {d}, "type: config"),
+             {read(0x1, "= factory"), read(0x1, "index: name", text),
+              write(0x4, holderOf(true), "not supported: isNondestructing"),
+              call(0x102, {}, "type: driver"), call(0x102, {d}, "type: config"),
               call(0x102, {d, c}, "type: cellConfig"), call(0x102, {d, c, cell}, "type: status"),
               call(0x102, {holderOf(Ptr<SlotDriver>()), c, cell, s}, "range: null ValidPtr"),
               call(0x102, {d, noConfig, cell, s}, "range: null ValidPtr"),
@@ -293,9 +300,11 @@ TEST_F(Introspection, constructsCastsAndReadsWhatTheChainOfATypeSays) {
     };
     for (auto const& [arguments, made] : rows) {
       EXPECT_EQ(outcome([&] { return own.genericIf(arguments.ptr(), true); }),
-                object == identifier ? "type: " + shortName : made);
+                object == identifier ? "type: Emerson::PmbusIdentifier::Identifier cannot be made "
+                                       "from its name alone"
+                                     : made);
     }
-    EXPECT_EQ(outcome([&] { return own.valueFromText("null"); }), "= null");
+    EXPECT_EQ(outcome([&] { return own.valueFromText("(null)"); }), "= (null)");
     EXPECT_EQ(outcome([&] { return own.valueFromText("/ "); }),
               "conversion: cannot convert '/' to " + std::string(own.fullName().charPtr()));
   }
@@ -306,6 +315,19 @@ TEST_F(Introspection, constructsCastsAndReadsWhatTheChainOfATypeSays) {
   EXPECT_EQ(fromText("/driver/EmersonPmbus"), "= /driver/EmersonPmbus");
   EXPECT_EQ(fromText("/driver/EmersonPmbus]"),
             "conversion: junk at column 20 deserializing /driver/EmersonPmbus]");
+  // All that it holds is found where it says that it is.
+  for (Kex::Name const& member : identifier->memberNames()) {
+    auto const held = identifier->member(member);
+    String8 const path = held->path();
+    EXPECT_EQ(path, Kex::format("/driver/EmersonPmbus/%s", member.charPtr()));
+    EXPECT_EQ(Kex::textToPtr(path, held->fwkType()), held);
+  }
+  auto const buffer = identifier->checkSupplyReadBufDel();
+  driver->identifierDel("EmersonPmbus");
+  EXPECT_EQ(Kex::valueToStrep(buffer), "<Hal::Buf>");
+  EXPECT_EQ(Kex::valueToStrep(identifier->checkSupplyRequest()), "<Hardware::VornRequest>");
+  driver->identifierIs("Renamed", identifier);
+  EXPECT_EQ(fromText("/driver/Renamed"), "= /driver/Renamed");
   Kex::root().memberDel("driver");
 }
 

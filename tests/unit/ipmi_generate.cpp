@@ -69,8 +69,9 @@ TEST(IpmiGenerate, writesFieldsAsStoredUpToTheirNul) {
 TEST(IpmiTraces, tellTypeAndKey) {
   Lines told;  // "LEVEL TEXT" a message
   Kex::TraceHandle::levelsIs("EmersonIpmiIdentifier", 3);
+  Kex::TraceHandle::facilityIs("EmersonIpmiIdentifier", true);
   Kex::traceSinkIs([&](Kex::TraceRecord const& record) {
-    EXPECT_EQ(record.function, "doGenerateFdl");
+    EXPECT_STREQ(record.function, "doGenerateFdl");
     EXPECT_STREQ(record.source, "EmersonIpmiIdentifier");
     EXPECT_STREQ(record.context, "<unknown>");
     told.push_back(std::to_string(record.level) + " " + record.text.charPtr());
@@ -79,7 +80,7 @@ TEST(IpmiTraces, tellTypeAndKey) {
     descriptor->doGenerateFdl(idpromOf({.productName = " DS460SDC-3 \t", .partNumber = "P"}));
   }
   Kex::traceSinkIs({});
-  Kex::TraceHandle::levelsIs("EmersonIpmiIdentifier", 0);
+  Kex::TraceHandle::facilityIs("EmersonIpmiIdentifier", false);
 
   Lines expected{"0 Generating Fdl for Emerson 760"};
   for (std::string const type :

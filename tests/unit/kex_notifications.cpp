@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "host/hardware/PowerSupplySlot.h"
 #include "host/kex/entity/Entity.h"
 #include "host/kex/time/ActivityManager.h"
 
@@ -56,6 +57,8 @@ TEST(KexNotifications, reachWhoIsRegisteredAttachedAndSwitchedOn) {
       {'u', [](auto& s) { s.watcher->isRegisteredNotifieeIs(false); }},
       {'+', [](auto& s) { s.watcher->hasNotificationActiveIs(true); }},
       {'-', [](auto& s) { s.watcher->hasNotificationActiveIs(false); }},
+      {'z', [](auto& s) { s.watcher->kexDoZombieReactors(true); }},
+      {'Z', [](auto& s) { s.watcher->kexDoZombieReactors(false); }},
       {'x', [](auto& s) { s.watcher = Kex::make<Watcher>(); }},  // destroy
       {'l', [](auto& s) { s.lamp = nullptr; }},                  // let the notifier go
   };
@@ -68,6 +71,7 @@ TEST(KexNotifications, reachWhoIsRegisteredAttachedAndSwitchedOn) {
       {"r", "", false},   {"rau", "", false},  {"rad", "", false},  {"rao", "", false},
       {"ra-", "", false}, {"ra-+", "", true},  {"raua", "", false}, {"radau", "", false},
       {"ra", "-", false}, {"ra", "-+", false}, {"ra", "u", false},  {"ra", "ur", false},
+      {"raz", "", false}, {"razZ", "", true},  {"zra", "", true},   {"ra", "z", false},
       {"ra", "d", false}, {"ra", "da", false}, {"ra", "x", false},  {"ra", "l", true},
   };
   for (auto const& [before, pending, isTold] : rows) {
@@ -150,15 +154,16 @@ TEST(KexNotifications, surviveWhatAReactionDeletes) {
   }
 }
 
-struct Alarm : Kex::Clock::NotifieeConst {
-  using NotifieeConst::NotifieeConst;
+struct Alarm : Kex::Clock::Notifiee {
+  using Notifiee::Notifiee;
   std::function<void()> then;
   void onTime() override { then(); }
 };
 
 TEST(KexClock, runsEachDeadlineOnceInOrder) {
   // a and b set an alarm's deadline, > the time; m when b's is reached, a's is set;
-  // u unregister a, x destroy it.
+  // u unregister a, x destroy it; - and + switch its notifications; t sets the time, but leaves
+  // what is pending for the loop.
   struct {
     char const* name;
     char const* steps;
@@ -175,6 +180,11 @@ TEST(KexClock, runsEachDeadlineOnceInOrder) {
       {"not when cancelled in its turn", "b1 a1 minf >9", "b."},
       {"not unregistered", "a1 u >2", "."},
       {"not when it is gone", "a1 x >2", "."},
+      {"once switched on again", "a1 - >2 + >3 >4", ".a.."},
+      {"though switched off before its turn", "a1 t2 - + >3 >4", "a.."},
+      {"when moved while switched off", "a1 - >2 a5 + >3 >5", "..a."},
+      {"not when cancelled while switched off", "a1 - >2 ainf + >3", ".."},
+      {"not when unregistered while switched off", "a1 - >2 u + >3", ".."},
       {"though time runs backwards", ">3 >1 a2 >1", "..a."},
       {"at the end of time", "a1 >inf >inf", "a.."},
   };
@@ -192,6 +202,9 @@ TEST(KexClock, runsEachDeadlineOnceInOrder) {
         case 'a': a->timeMinIs(time); break;
         case 'b': b->timeMinIs(time); break;
         case 'm': b->then = [&, time] { log += 'b', a->timeMinIs(time); }; break;
+        case '-': a->hasNotificationActiveIs(false); break;
+        case '+': a->hasNotificationActiveIs(true); break;
+        case 't': clock->timeIs(time); break;
         case 'u': a->isRegisteredNotifieeIs(false); break;
         case 'x': a = nullptr; break;
         default: clock->timeIs(time), runPending(), log += '.';
@@ -199,6 +212,26 @@ TEST(KexClock, runsEachDeadlineOnceInOrder) {
     }
     EXPECT_EQ(log, row.log) << row.name;
   }
+}
+
+TEST(KexNotifications, giveAReactorWhatItMayChange) {
+  struct Doubter : Hardware::PowerSupplySlot::SlotStatus::Notifiee {
+    using Notifiee::Notifiee;
+    int told = 0;
+    void onSupply() override {
+      if (++told == 1) {
+        auto doubted = *notifier()->supply();
+        doubted.reason = "doubted";
+        notifier()->supplyIs(doubted);
+      }
+    }
+  };
+  auto const status = Kex::make<Hardware::PowerSupplySlot::SlotStatus>("status");
+  auto const doubter = Kex::make<Doubter>(status);
+  status->supplyIs({});
+  runPending();
+  EXPECT_EQ(doubter->told, 2);
+  EXPECT_EQ(status->supply()->reason, "doubted");
 }
 
 TEST(KexClock, keepsManyMovingDeadlinesInOrder) {

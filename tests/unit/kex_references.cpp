@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -57,6 +58,20 @@ TEST(KexReferences, throwWhenNullIsDereferenced) {
   Ptr<Counted> const null;
   EXPECT_THROW((void)null->refCount(), Kex::RangeException);
   EXPECT_THROW((void)(*null).refCount(), Kex::RangeException);
+}
+
+TEST(KexReferences, areToObjectsAlignedAsTheirClassAsks) {
+  struct alignas(128) Wide : Kex::PtrInterface {};
+  std::size_t const before = live();
+  {
+    std::vector<Ptr<Wide>> objects(16);
+    for (auto& object : objects) {
+      object = Kex::make<Wide>();
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object.ptr()) % alignof(Wide), 0U);
+    }
+    EXPECT_EQ(live(), before + objects.size());
+  }
+  EXPECT_EQ(live(), before);
 }
 
 TEST(KexReferences, countRightAcrossThreadsWhileSwitchedOn) {

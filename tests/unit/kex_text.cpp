@@ -6,7 +6,7 @@
 
 #include "host/hal/Buf.h"
 #include "host/kex/entity/Directory.h"
-#include "host/kex/generic/GenericIf.h"
+#include "host/kex/generic/Holder.h"
 #include "host/kex/time/Clock.h"
 #include "host/smbus/VornAddress.h"
 
@@ -27,10 +27,10 @@ constexpr Read kReaders[] = {
 
 TEST(KexValues, areReadByTheirType) {
   auto const top = Kex::make<Kex::Directory>("top");
-  auto const odd = Kex::make<Kex::Directory>("a/b [c],(d){e} \\f\tg");
+  auto const odd = Kex::make<Kex::Directory>("a/b [c],(d){e}<f> \\g\th");
   auto const leaf = Kex::make<Kex::Clock>("leaf");
   Kex::root().memberIs(top), top->memberIs(odd), odd->memberIs(leaf);
-  std::string const oddPath = "/top/a\\/b\\ \\[c\\]\\,\\(d\\)\\{e\\}\\ \\\\f\\\tg";
+  std::string const oddPath = "/top/a\\/b\\ \\[c\\]\\,\\(d\\)\\{e\\}\\<f\\>\\ \\\\g\\\th";
   std::string const leafPath = oddPath + "/leaf";
   EXPECT_EQ(Kex::strepToValue<Ptr<Kex::Clock>>(String8(leafPath)), leaf);
 
@@ -49,16 +49,17 @@ TEST(KexValues, areReadByTheirType) {
       {object, "/to\\p", "/top"},
       {object, oddPath, oddPath},
       {object, leafPath, leafPath},
-      {object, "null", "null"},
-      {object, "", "null"},
-      {object, "/nowhere/else", "null"},
-      {object, "/top/", "null"},
-      {object, "//top", "null"},
+      {object, "(null)", "(null)"},
+      {object, "", "(null)"},
+      {object, "/nowhere/else", "(null)"},
+      {object, "/top/", "(null)"},
+      {object, "//top", "(null)"},
       {object, "/top ", "junk at column 4 deserializing /top "},
       {object, "/top,/top", "junk at column 4 deserializing /top,/top"},
       {object, "/top\\", "junk at column 4 deserializing /top\\"},
       {object, "/ top", "junk at column 1 deserializing / top"},
-      {object, "nullx", "junk at column 4 deserializing nullx"},
+      {object, "(null)x", "junk at column 6 deserializing (null)x"},
+      {object, "null", "junk at column 0 deserializing null"},
       {object, "top", "junk at column 0 deserializing top"},
       {clock, "/top", "cannot convert '/top' to Kex::Clock"},
       {clock, "/top junk", "cannot convert '/top' to Kex::Clock"},
@@ -96,9 +97,9 @@ TEST(KexValues, areReadByTheirType) {
     }
   }
   EXPECT_EQ(Kex::valueToStrep(Kex::make<Hal::Buf>(1U)), "<Hal::Buf>");
-  odd->memberIs(Kex::make<Kex::Clock>("leaf"));  // in place of the one that was there
-  EXPECT_EQ(leaf->parent(), nullptr);
-  EXPECT_EQ(odd->memberNames().size(), 1U);
+  // Nothing that is there reads as nothing, or as an object without a place.
+  EXPECT_EQ(Kex::valueToStrep(Kex::make<Kex::Clock>("(null)")), "\\(null\\)");
+  EXPECT_EQ(Kex::valueToStrep(Kex::make<Kex::Clock>("<Hal::Buf>")), "\\<Hal::Buf\\>");
   Kex::root().memberDel("top");
 }
 

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -47,6 +49,8 @@ TEST(KexString8, isBytesOfAnyValueByLength) {
   char const* const none = nullptr;
   String8 const withNul(std::string("a\0b", 3));
   EXPECT_EQ(withNul.len(), 3U);
+  EXPECT_TRUE(String8() == none);
+  EXPECT_FALSE(withNul == none);
   String8 const ascending[] = {none, "Z", "a", withNul, "a\x01", "b", "\x80"};
   EXPECT_TRUE(std::ranges::is_sorted(ascending));
   EXPECT_EQ(std::ranges::adjacent_find(ascending), std::end(ascending));
@@ -126,51 +130,95 @@ TEST(KexHashMap, iteratorsOutliveDeletion) {
       EXPECT_EQ(walk->key(), keys[i]) << row.name;
     }
     EXPECT_FALSE(++walk) << row.name;
+    map.add("later");
+    EXPECT_FALSE(++walk) << row.name;
     EXPECT_THROW((void)walk->key(), Kex::RangeException) << row.name;
   }
 }
 
-/// Counts how often it is formatted.
-struct Formatted {
-  int& times;
-};
-std::ostream& operator<<(std::ostream& out, Formatted const& part) {
-  ++part.times;
-  return out << "f";
+TEST(KexTrace, isWrittenOnlyWhereFacilityAndLevelAreOnOrForCoverage) {
+  constexpr unsigned kLevel = 3;
+  for (unsigned n = 0; n < 16; ++n) {
+    SCOPED_TRACE(n);
+    U32 const levels = std::array{0U, 1U << kLevel, ~(1U << kLevel), ~0U}[n % 4];
+    bool const isFacilityOn = (n & 4) != 0;
+    bool const isCovered = (n & 8) != 0;
+    bool const isOn = isFacilityOn && (levels >> kLevel & 1) != 0;
+    Kex::TraceHandle const early("KexTraceTest", true);
+    Kex::TraceHandle const other("KexTraceTes", false);
+    Kex::TraceHandle::levelsIs("KexTraceTest", levels);
+    Kex::TraceHandle::facilityIs("KexTraceTest", isFacilityOn);
+    Kex::TraceHandle const handle("KexTraceTest", true);  // what was set holds for later ones
+    std::ostringstream handed;
+    Kex::traceSinkIs([&](Kex::TraceRecord const& record) {
+      handed << record.source << '/' << record.level << ' ' << record.context << ' '
+             << record.function << ':' << record.line << ' ' << record.isEnabled << ' '
+             << record.text;
+    });
+    std::ostringstream coverage;
+    Kex::coverageStream_ = isCovered ? &coverage : nullptr;
+    int times = 0;
+    std::string const line = std::to_string(__LINE__ + 1);
+    Kex::trace(handle, kLevel, [&](std::ostream& out) {
+      ++times;
+      out << 1.0 / 3 << "\n\xC4 " << 123456789012.0;
+    });
+    Kex::coverageStream_ = nullptr;
+    Kex::traceSinkIs({});
+    EXPECT_EQ(early.isOn(kLevel), isOn);
+    EXPECT_FALSE(other.isOn(kLevel));
+    EXPECT_FALSE(early.isOn(32 + kLevel));
+    EXPECT_EQ(times, isOn || isCovered ? 1 : 0);
+    EXPECT_EQ(coverage.str(), isCovered ? "KexTraceTest:" + line +
+                                              " TestBody 3 0.333333333333\\x0A\\xC4 123456789012\n"
+                                        : "");
+    // Numbers have 12 digits.
+    EXPECT_EQ(handed.str(), isOn ? "KexTraceTest/3 <unknown> TestBody:" + line +
+                                       " 1 0.333333333333\n\xC4 123456789012"
+                                 : "");
+    auto const names = Kex::TraceHandle::names();
+    EXPECT_EQ(std::ranges::count(names, "KexTraceTest"), 1);
+    EXPECT_TRUE(std::ranges::is_sorted(names));
+  }
+  EXPECT_EQ(std::ranges::count(Kex::TraceHandle::names(), "KexTraceTest"), 0);
 }
 
-TEST(KexTrace, isFormattedOnlyForLevelsThatAreOnOrForCoverage) {
-  constexpr unsigned kLevel = 3;
-  for (U32 const levels : {0U, 1U << kLevel, ~(1U << kLevel), ~0U}) {
-    for (bool const isCovered : {false, true}) {
-      SCOPED_TRACE(testing::Message() << levels << ' ' << isCovered);
-      bool const isOn = (levels >> kLevel & 1) != 0;
-      Kex::TraceHandle const early("KexTraceTest", true);
-      Kex::TraceHandle const other("KexTraceTes", false);
-      Kex::TraceHandle::levelsIs("KexTraceTest", levels);
-      Kex::TraceHandle const handle("KexTraceTest", false);  // what was set holds for later ones
-      std::ostringstream handed;
-      Kex::traceSinkIs([&](Kex::TraceRecord const& record) {
-        handed << record.source << '/' << record.level << ' ' << record.context << ' '
-               << record.function << ':' << record.line << ' ' << record.isEnabled << ' '
-               << record.text;
-      });
-      std::ostringstream coverage;
-      Kex::coverageStream_ = isCovered ? &coverage : nullptr;
-      int times = 0;
-      std::string const line = std::to_string(__LINE__ + 1);
-      Kex::trace({handle, kLevel}, Formatted{times}, 1.0 / 3, ' ', 123456789012.0);
-      Kex::coverageStream_ = nullptr;
-      Kex::traceSinkIs({});
-      EXPECT_EQ(early.isOn(kLevel), isOn);
-      EXPECT_FALSE(other.isOn(kLevel));
-      EXPECT_EQ(times, isOn || isCovered ? 1 : 0);
-      EXPECT_EQ(coverage.str().find("f0.333333333333") != std::string::npos, isCovered);
-      // Numbers have 12 digits.
-      EXPECT_EQ(handed.str(), isOn ? "KexTraceTest/3 <unknown> TestBody:" + line +
-                                         " 1 f0.333333333333 123456789012"
-                                   : "");
+TEST(KexTrace, neverDisturbsWhatIsTraced) {
+  Kex::TraceHandle const handle("KexTraceSafe", true);
+  std::string told;
+  std::function<void()> then;
+  auto const sink = [&, marker = std::string("sink")](Kex::TraceRecord const& record) {
+    told += record.text.charPtr();
+    if (then) {
+      then();
     }
+    told += marker;  // it is still there
+  };
+  struct {
+    char const* name;
+    std::function<void()> then;
+    char const* told;
+    char const* toStderr;  ///< by the default sink, of the statement that follows
+  } const rows[] = {
+      {"throws", [] { throw std::runtime_error("trouble"); }, "onetwo", ""},
+      {"replaces itself", [] { Kex::traceSinkIs({}); }, "onesink",
+       "KexTraceSafe/0 two\\x00\\x1B\\x7F!\n"},
+      {"traces", [&] { Kex::trace(handle, 0, [](std::ostream& out) { out << "inner"; }); },
+       "onesinktwosink", ""},
+  };
+  for (auto const& row : rows) {
+    told.clear();
+    then = row.then;
+    Kex::traceSinkIs(sink);
+    testing::internal::CaptureStderr();
+    Kex::trace(handle, 0, [](std::ostream& out) {
+      out << "one";
+      throw std::runtime_error("the text cannot be made");
+    });
+    Kex::trace(handle, 0, [](std::ostream& out) { out << std::string_view("two\0\x1B\x7F!", 7); });
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), row.toStderr) << row.name;
+    EXPECT_EQ(told, row.told) << row.name;
+    Kex::traceSinkIs({});
   }
 }
 

@@ -31,6 +31,16 @@ TEST(PmbusIdentifier, takesDeviceAddressesOfSevenBits) {
   EXPECT_EQ(slot.identifier->fruInfoAddr() | slot.identifier->mfrIdAddr().encoded(), 0U);
 }
 
+TEST(PmbusIdentifier, isNotDisturbedByTracesThatCannotBeWritten) {
+  for (bool const isTraced : {false, true}) {
+    Slot slot("*");
+    Slot::descriptorIs("A", "P");
+    Kex::TraceHandle::facilityIs("EmersonPmbusIdentifier", isTraced);
+    slot.identifier->configDel();  // whose name they tell
+    EXPECT_EQ(slot.run(3).verdict(), "identified") << isTraced;
+  }
+}
+
 /// What the first poll asks for, and its verdict.
 std::string pollOf(Slot& slot) {
   std::string asked;

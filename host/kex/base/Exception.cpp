@@ -1,11 +1,7 @@
 // The framework's exceptions: programming errors and refused requests, never outcomes of a bus.
 #include "host/kex/base/Exception.h"
 
-#include <string>
 #include <utility>
-
-#include "host/kex/base/Format.h"
-#include "host/kex/type/KexType.h"
 
 namespace Kex {
 
@@ -29,11 +25,5 @@ char const* Exception::kind() const {
 }
 
 void throwRangeException(String8 const& text) { throw RangeException(text); }
-
-void cannotConvert(char const* start, char const* end, KexType const& type) {
-  std::string const text(start, end);
-  throw Exception(format("cannot convert '%s' to %s", text.c_str(), type.fullName().charPtr()),
-                  Exception::kConversion, true);
-}
 
 }  // namespace Kex

@@ -10,8 +10,6 @@
 
 namespace Kex {
 
-class KexType;
-
 /// Base of all framework exceptions. `what()` is the text alone; `kind()` says what was wrong.
 class KEX_API Exception : public std::exception {
  public:
@@ -51,9 +49,5 @@ class KEX_API RangeException : public Exception {
 };
 
 [[noreturn]] KEX_API void throwRangeException(String8 const& text);
-
-/// Converting a text failed between `start` and `end` (exception identifier 12): what stands there
-/// is no `type`.
-[[noreturn]] KEX_API void cannotConvert(char const* start, char const* end, KexType const& type);
 
 }  // namespace Kex

@@ -44,7 +44,8 @@ class KEX_API String8 {
   U32 hash() const noexcept;
 
   bool operator==(String8 const& other) const = default;
-  bool operator==(char const* other) const { return bytes_ == other; }
+  /// A null pointer stands for the empty string.
+  bool operator==(char const* other) const { return bytes_ == (other == nullptr ? "" : other); }
   auto operator<=>(String8 const& other) const = default;
 
  private:

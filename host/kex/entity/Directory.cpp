@@ -1,18 +1,20 @@
 // An entity that holds other entities by name, and the root of the tree.
 #include "host/kex/entity/Directory.h"
 
-#include <string>
-
 #include "host/kex/base/Exception.h"
-#include "host/kex/generic/TextConversion.h"
-#include "host/kex/type/KexType.h"
+#include "host/kex/base/Format.h"
 
 namespace Kex {
 
-KexType& Directory::_fwkType() {
-  static KexType& record = newHostType<Directory>("Kex::Directory", &Entity::_fwkType());
-  return record;
-}
+namespace {
+
+/// The one directory whose path does not come from its name.
+struct Root final : Directory {
+  Root() : Directory("") {}
+  String8 path() const override { return "/"; }
+};
+
+}  // namespace
 
 KexType& Directory::fwkType() const { return _fwkType(); }
 
@@ -40,6 +42,15 @@ void Directory::memberIs(Ptr<Entity> const& entity) {
   if (entity->name().str().empty()) {
     throwRangeException("an entity without a name cannot be a member");
   }
+  for (Entity const* holder = this; holder != nullptr; holder = holder->parent()) {
+    if (holder == entity.ptr()) {
+      throwRangeException(format("%s cannot be a member of %s: it would hold itself",
+                                 entity->path().charPtr(), path().charPtr()));
+    }
+  }
+  if (member(entity->name()) == entity) {
+    return;
+  }
   memberDel(entity->name());
   members_[entity->name()] = entity;
   entity->parentIs(this);
@@ -58,16 +69,8 @@ Ptr<Entity> Directory::memberDel(Name const& name) {
 
 Directory& root() {
   // Never destroyed: entities may refer to it until the process ends.
-  static Ptr<Directory> const& theRoot = *new Ptr<Directory>(make<Directory>(Name("")));
+  static Ptr<Directory> const& theRoot = *new Ptr<Directory>(make<Root>());
   return *theRoot;
-}
-
-String8 memberPath(PtrInterface const& owner, Name const& name) {
-  std::string text(owner.path().view());
-  if (text != "/") {
-    text += '/';
-  }
-  return String8(text + escapedName(name));
 }
 
 }  // namespace Kex

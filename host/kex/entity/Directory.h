@@ -18,11 +18,11 @@ class KEX_API Directory : public Entity {
 
   Ptr<PtrInterface> member(Name const& name) const override;
   std::vector<Name> memberNames() const override;
-  /// Takes `entity` in, in place of one of the same name. Throws a range exception for one without
-  /// a name: its path would be that of the directory.
+  /// Takes `entity` in, out of the parent that it had and in place of one of the same name. Throws
+  /// a range exception for one without a name, whose path would be that of the directory, and for
+  /// the directory itself or one that holds it.
   void memberIs(Ptr<Entity> const& entity);
-  /// Lets the entity go; null if there was none.
-  Ptr<Entity> memberDel(Name const& name);
+  Ptr<Entity> memberDel(Name const& name) override;
 
  private:
   std::map<Name, Ptr<Entity>> members_;
@@ -30,8 +30,5 @@ class KEX_API Directory : public Entity {
 
 /// The root of the tree of entities.
 KEX_API Directory& root();
-
-/// The path of what `owner` holds under `name`.
-KEX_API String8 memberPath(PtrInterface const& owner, Name const& name);
 
 }  // namespace Kex

@@ -18,7 +18,8 @@ class KEX_API Entity : public PtrInterface {
   /// Whether the singleton of this name exists.
   static bool singletonExists(Name const& name);
   /// The singleton of `type`: the member of the root that bears the type's full name, made by the
-  /// type's generic construction if it does not exist yet.
+  /// type's generic construction if it does not exist yet. Throws a type exception for a type whose
+  /// objects cannot be made from a name alone, a range exception for one that is no entity's.
   static Ptr<Entity> singletonIs(KexType const& type);
   /// Null when what stands under that name is no `T`.
   template <class T>
@@ -39,8 +40,11 @@ class KEX_API Entity : public PtrInterface {
   Name const& name() const { return name_; }
   /// The entity whose member this is; null for none. Not owned.
   Entity* parent() const { return parent_; }
-  /// Set by the parent when it takes the entity in or lets it go.
+  /// Set by the parent when it has taken the entity in or let it go. A parent that still holds the
+  /// entity loses it to the new one.
   void parentIs(Entity* parent);
+  /// Lets the member of this name go; null if there was none.
+  virtual Ptr<Entity> memberDel(Name const& name);
   /// Counts the changes of the entity's attributes.
   U32 version() const { return version_; }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/kex/base/Format.h"
+#include "host/kex/generic/TextConversion.h"
 #include "host/kex/type/KexType.h"
 
 namespace Kex {
@@ -23,6 +24,12 @@ Ptr<PtrInterface> GenericIf::castTo(KexType const&) const {
 KexAttr const* GenericIf::attribute(Name const&) const { return nullptr; }
 
 Ptr<GenericIf> GenericIf::access(AttributeRequest const& request) const {
+  if (request.id == 0) {
+    throwRangeException(
+        format("%s: attributes with identifier 0 are declared only and cannot be "
+               "addressed by number",
+               type().name().charPtr()));
+  }
   throwRangeException(format("%s has no attribute 0x%x", type().name().charPtr(), request.id));
 }
 
@@ -34,8 +41,8 @@ void GenericIf::throwTypeException(String8 const& text) { throw TypeException(te
 
 void GenericIf::throwConstException(String8 const& text) { throw ConstException(text); }
 
-void GenericIf::throwOpNotSupportedException(Name const& attribute, U8 code, bool isCollection) {
-  throw OpNotSupportedException(attribute.str(), code, isCollection);
+void GenericIf::throwOpNotSupportedException(Name const& attribute, U8, bool) {
+  throw OpNotSupportedException(attribute.str());
 }
 
 void GenericIf::throwUnknownArgException(Name const& name) {
@@ -55,7 +62,7 @@ String8 GenericIf::List_::text() const {
   std::string text = "[";
   for (auto const& element : elements_) {
     text += (text.size() > 1 ? ", " : "");
-    text += element ? element->text().view() : "null";
+    text += (element ? element->text() : ptrToStrep(nullptr)).view();
   }
   return String8(text + "]");
 }
@@ -77,19 +84,6 @@ String8 GenericIfPtrInterface::text() const { return ptrToStrep(object_.ptr()); 
 
 Ptr<GenericIf> GenericIfPtrInterface::baseGenericIf(KexType const& type) const {
   return type.base()->newAdapter(object_, isConst_);
-}
-
-std::optional<U64> heldNumber(GenericIf const& from) {
-  if (auto const* const u8 = dynamic_cast<Holder<unsigned char> const*>(&from)) {
-    return u8->value();
-  }
-  if (auto const* const u32 = dynamic_cast<Holder<unsigned int> const*>(&from)) {
-    return u32->value();
-  }
-  if (auto const* const u64 = dynamic_cast<Holder<unsigned long long> const*>(&from)) {
-    return u64->value();
-  }
-  return std::nullopt;
 }
 
 }  // namespace Kex

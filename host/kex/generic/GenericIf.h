@@ -53,7 +53,8 @@ class KEX_API GenericIf : public PtrInterface {
   virtual Ptr<PtrInterface> castTo(KexType const& wanted) const;
   /// The attribute of this name; null when there is none.
   virtual KexAttr const* attribute(Name const& name) const;
-  /// Carries `request` out. Null where there is nothing to answer.
+  /// Carries `request` out. Null where there is nothing to answer. Throws a range exception for an
+  /// identifier that is no attribute's.
   virtual Ptr<GenericIf> access(AttributeRequest const& request) const;
   /// A walk over a collection attribute.
   virtual Ptr<GenericIterator> iterator(AttributeId id) const;
@@ -89,17 +90,9 @@ class KEX_API ConstException : public Exception {
 /// The attribute does not know the operation code.
 class KEX_API OpNotSupportedException : public Exception {
  public:
-  OpNotSupportedException(String8 attribute, U8 code, bool isCollection)
-      : Exception(std::move(attribute), kOpNotSupported, true),
-        code_(code),
-        isCollection_(isCollection) {}
+  explicit OpNotSupportedException(String8 attribute)
+      : Exception(std::move(attribute), kOpNotSupported, true) {}
   ~OpNotSupportedException() override;
-  U8 code() const { return code_; }
-  bool isCollection() const { return isCollection_; }
-
- private:
-  U8 code_;
-  bool isCollection_;
 };
 
 /// An argument beyond the declared ones.
@@ -153,12 +146,14 @@ class KEX_API GenericIfPtrInterface : public GenericIf {
   bool isConst_;
 };
 
-/// Base of the adapters of entities.
+/// Base of the adapters of entities, and the adapter that knows the attributes which all entities
+/// have.
 class KEX_API GenericIfEntity : public GenericIfPtrInterface {
  public:
   using GenericIfPtrInterface::GenericIfPtrInterface;
+
+  KexType const& type() const override;
+  Ptr<GenericIf> access(AttributeRequest const& request) const override;
 };
 
 }  // namespace Kex
-
-#include "host/kex/generic/Holder.h"

@@ -2,10 +2,12 @@
 #include "host/kex/generic/TextConversion.h"
 
 #include <charconv>
+#include <string>
 #include <string_view>
 
 #include "host/kex/base/Format.h"
 #include "host/kex/entity/Directory.h"
+#include "host/kex/entity/Place.h"
 #include "host/kex/generic/Builtin.h"
 #include "host/kex/type/KexType.h"
 
@@ -13,22 +15,8 @@ namespace Kex {
 
 namespace {
 
-constexpr std::string_view kNullText = "null";
-constexpr std::string_view kEndOfName = "/ \t[]{}(),\\";
-
-/// One name of a path; `at` goes to the first byte that is not part of it.
-Name readName(char const*& at, char const* end) {
-  std::string name;
-  while (at != end) {
-    bool const isEscaped = *at == '\\' && at + 1 != end;
-    if (!isEscaped && kEndOfName.find(*at) != std::string_view::npos) {
-      break;
-    }
-    at += isEscaped ? 1 : 0;
-    name += *at++;
-  }
-  return Name(String8(std::move(name)));
-}
+/// It starts with a byte that names escape.
+constexpr std::string_view kNullText = "(null)";
 
 template <class Number>
 Number toNumber(String8 const& text, KexType const& type) {
@@ -49,15 +37,10 @@ Number toNumber(String8 const& text, KexType const& type) {
 
 }  // namespace
 
-std::string escapedName(Name const& name) {
-  std::string text;
-  for (char const byte : name.str().view()) {
-    if (kEndOfName.find(byte) != std::string_view::npos) {
-      text += '\\';
-    }
-    text += byte;
-  }
-  return text;
+void cannotConvert(char const* start, char const* end, KexType const& type) {
+  std::string const text(start, end);
+  throw Exception(format("cannot convert '%s' to %s", text.c_str(), type.fullName().charPtr()),
+                  Exception::kConversion, true);
 }
 
 Ptr<PtrInterface> sequenceToValueOfPtr(char const* start, char const* end, char const*& stop) {

@@ -1,20 +1,20 @@
 // Values and references to and from text.
 #pragma once
 
-#include <string>
-#include <type_traits>
-
 #include "host/kex/base/Exception.h"
 #include "host/kex/base/Name.h"
 #include "host/kex/notify/PtrInterface.h"
 
 namespace Kex {
 
-/// A name as it stands in a path: `/`, blanks, brackets, commas and backslashes escaped.
-KEX_API std::string escapedName(Name const& name);
+class KexType;
 
-/// Reads a reference from the start of [`start`, `end`): a path from the root, or "null". `stop` is
-/// where reading stopped. Null also for a path that names nothing.
+/// Converting a text failed between `start` and `end` (exception identifier 12): what stands there
+/// is no `type`.
+[[noreturn]] KEX_API void cannotConvert(char const* start, char const* end, KexType const& type);
+
+/// Reads a reference from the start of [`start`, `end`): a path from the root, or "(null)". `stop`
+/// is where reading stopped. Null also for a path that names nothing.
 KEX_API Ptr<PtrInterface> sequenceToValueOfPtr(char const* start, char const* end,
                                                char const*& stop);
 
@@ -97,8 +97,8 @@ KEX_API String8 valueToStrep(unsigned long long value);
 KEX_API String8 valueToStrep(double value);
 KEX_API String8 valueToStrep(String8 const& value);
 KEX_API String8 valueToStrep(Name const& value);
-/// The path of a reference; "null" for the null one; the type's name in angle brackets for an
-/// object without a place in the tree.
+/// The path of a reference; "(null)" for the null one, which no path can be; the type's name in
+/// angle brackets for an object without a place.
 KEX_API String8 ptrToStrep(PtrInterface const* object);
 
 template <class T>

@@ -1,9 +1,22 @@
 // A piece of work that waits for its turn on the run loop.
 #include "host/kex/notify/Activity.h"
 
-#include "host/kex/time/ActivityManager.h"
-
 namespace Kex {
+
+namespace {
+
+/// The ring of what is pending, through its anchor.
+RingLink& queue() {
+  // Never destroyed: reactors that outlive main() still leave it.
+  static RingLink& anchor = []() -> RingLink& {
+    auto& made = *new RingLink;
+    made.next = made.previous = &made;
+    return made;
+  }();
+  return anchor;
+}
+
+}  // namespace
 
 void RingLink::linkBefore(RingLink& other) {
   next = &other;
@@ -27,15 +40,20 @@ void Activity::hasNotificationActiveIs(bool active) {
   }
 }
 
-void Activity::runFirst(RingLink& queue) {
-  auto& first = static_cast<Activity&>(*queue.next);
+bool Activity::runFirst() {
+  RingLink const& anchor = queue();
+  if (anchor.next == &anchor) {
+    return false;
+  }
+  auto& first = static_cast<Activity&>(*anchor.next);
   first.dequeue();
   first.run();
+  return true;
 }
 
 void Activity::enqueue() {
   if (!isQueued() && isActive_) {
-    linkBefore(activityManager().queue());
+    linkBefore(queue());
   }
 }
 

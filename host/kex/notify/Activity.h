@@ -13,7 +13,7 @@ struct KEX_API RingLink {
   ~RingLink() { unlink(); }
 
   bool isLinked() const { return next != nullptr; }
-  /// Takes its place in the ring of `other`, just before it.
+  /// Joins the ring of `other`, just before it.
   void linkBefore(RingLink& other);
   /// Leaves the ring, if it is in one.
   void unlink();
@@ -33,8 +33,9 @@ class KEX_API Activity : private RingLink {
   bool hasNotificationActive() const { return isActive_; }
   virtual void hasNotificationActiveIs(bool active);
 
-  /// Takes the first activity out of `queue` and runs it.
-  static void runFirst(RingLink& queue);
+  /// Takes the activity that was queued first out of the queue and runs it; false when none is
+  /// queued.
+  static bool runFirst();
 
  protected:
   Activity() = default;

@@ -4,14 +4,8 @@
 #include <bit>
 
 #include "host/kex/base/Assert.h"
-#include "host/kex/type/KexType.h"
 
 namespace Kex {
-
-KexType& PtrInterface::_fwkType() {
-  static KexType& record = newHostType<PtrInterface>("Kex::PtrInterface", nullptr);
-  return record;
-}
 
 KexType& PtrInterface::fwkType() const { return _fwkType(); }
 
@@ -42,16 +36,20 @@ void PtrInterface::notify(unsigned reaction) const {
   }
 }
 
-KexType& PtrInterface::NotifieeConst::_fwkType() {
-  static KexType& record =
-      newHostType<NotifieeConst>("Kex::PtrInterface::NotifieeConst", &PtrInterface::_fwkType());
-  return record;
-}
-
 void PtrInterface::NotifieeConst::hasNotificationActiveIs(bool active) {
   Activity::hasNotificationActiveIs(active);
   if (!active) {
     pending_ = 0;
+  }
+}
+
+void PtrInterface::NotifieeConst::kexDoZombieReactors(bool on) {
+  if (isMarkedForDeletion_ == on) {
+    return;
+  }
+  isMarkedForDeletion_ = on;
+  if (notifier_) {
+    hasNotificationActiveIs(!on);
   }
 }
 

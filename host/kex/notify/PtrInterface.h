@@ -25,8 +25,8 @@ class KEX_API PtrInterface : public VFPtrInterface {
   virtual Ptr<PtrInterface> member(Name const& name) const;
   /// Names of all that `member` answers to, in a fixed order.
   virtual std::vector<Name> memberNames() const;
-  /// The object's place in the tree: the names from the root on, joined by `/` and escaped; empty
-  /// for an object that has none.
+  /// The text of the object's place: the names from the root on, joined by `/` and escaped; empty
+  /// for an object without a place.
   virtual String8 path() const;
 
   void isNondestructingIs(bool isNondestructing);
@@ -61,8 +61,16 @@ class KEX_API PtrInterface::NotifieeConst : public Activity, public PtrInterface
   bool isRegisteredNotifiee() const { return isRegistered_; }
   void isRegisteredNotifieeIs(bool isRegistered);
 
+  /// On: the reactor is about to be let go, so its notifications go off; off takes that back.
+  /// Nothing happens when it is so already.
+  virtual void kexDoZombieReactors(bool on);
+
  protected:
   friend class PtrInterface;
+
+  /// What `kexDoZombieReactors` was told last.
+  bool isMarkedForDeletion() const { return isMarkedForDeletion_; }
+  void isMarkedForDeletionIs(bool marked) { isMarkedForDeletion_ = marked; }
 
   Ptr<PtrInterface const> const& notifierPtr() const { return notifier_; }
   void notifierPtrIs(Ptr<PtrInterface const> const& notifier);
@@ -85,6 +93,7 @@ class KEX_API PtrInterface::NotifieeConst : public Activity, public PtrInterface
   U32 pending_ = 0;
   bool isRegistered_ = false;
   bool isAttached_ = false;
+  bool isMarkedForDeletion_ = false;
 };
 
 }  // namespace Kex

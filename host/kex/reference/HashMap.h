@@ -17,12 +17,12 @@ namespace Kex {
 /// never changes.
 template <class Member>
 class HashMap {
-  /// Where a member stands; it keeps its key, so the text is not copied.
-  using Place = std::pair<U32, std::string_view>;
+  /// By what members are ordered; they keep their keys, so the text is not copied.
+  using Order = std::pair<U32, std::string_view>;
   struct Entry {
     U32 hash;
     Ptr<Member> member;
-    Place place() const { return {hash, member->key().view()}; }
+    Order order() const { return {hash, member->key().view()}; }
   };
   using Entries = std::vector<Entry>;
 
@@ -37,9 +37,13 @@ class HashMap {
     explicit operator bool() const { return bool(member_); }
     Ptr<Member> const& operator*() const { return member_; }
     Member* operator->() const { return member_.operator->(); }
+    /// Goes on to the next member; at the end it stays there.
     Iterator& operator++() {
-      // Where members came or went, the index may stand for another one, but the place does not.
-      goTo(changes_ == map_->changes_ ? index_ + 1 : map_->indexBehind(placeOf(member_->key())));
+      if (!member_) {
+        return *this;
+      }
+      // Where members came or went, the index may stand for another one, but the order does not.
+      goTo(changes_ == map_->changes_ ? index_ + 1 : map_->indexBehind(orderOf(member_->key())));
       return *this;
     }
 
@@ -60,29 +64,32 @@ class HashMap {
     Ptr<Member> member_;
   };
 
+  /// An empty collection with room for `initialBuckets` members; it grows where there are more.
+  explicit HashMap(U32 initialBuckets = 0) { entries_.reserve(initialBuckets); }
+
   /// The member under `key`; null if there is none.
   Ptr<Member> member(String8 const& key) const {
-    Place const place = placeOf(key);
-    std::size_t const index = indexOf(place);
-    return isAt(index, place) ? entries_[index].member : Ptr<Member>();
+    Order const order = orderOf(key);
+    std::size_t const index = indexOf(order);
+    return isAt(index, order) ? entries_[index].member : Ptr<Member>();
   }
   /// Takes `member` in, in place of one of the same key.
   void memberIs(Ptr<Member> const& member) {
-    Place const place = placeOf(member->key());
-    std::size_t const index = indexOf(place);
-    if (isAt(index, place)) {
+    Order const order = orderOf(member->key());
+    std::size_t const index = indexOf(order);
+    if (isAt(index, order)) {
       // Let go at the end: it may be what `member` refers to.
       Ptr<Member> const replaced = std::exchange(entries_[index].member, member);
       return;
     }
     ++changes_;
-    entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(index), {place.first, member});
+    entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(index), {order.first, member});
   }
   /// Lets the member go; null if there was none.
   Ptr<Member> memberDel(String8 const& key) {
-    Place const place = placeOf(key);
-    std::size_t const index = indexOf(place);
-    if (!isAt(index, place)) {
+    Order const order = orderOf(key);
+    std::size_t const index = indexOf(order);
+    if (!isAt(index, order)) {
       return {};
     }
     ++changes_;
@@ -108,23 +115,23 @@ class HashMap {
   }
 
  private:
-  static Place placeOf(String8 const& key) { return {key.hash(), key.view()}; }
+  static Order orderOf(String8 const& key) { return {key.hash(), key.view()}; }
 
-  /// Index of the first entry at `place` or behind it.
-  std::size_t indexOf(Place const& place) const {
-    return static_cast<std::size_t>(std::ranges::lower_bound(entries_, place, {}, &Entry::place) -
+  /// Index of the first entry at `order` or behind it.
+  std::size_t indexOf(Order const& order) const {
+    return static_cast<std::size_t>(std::ranges::lower_bound(entries_, order, {}, &Entry::order) -
                                     entries_.begin());
   }
-  /// Index of the first entry behind `place`.
-  std::size_t indexBehind(Place const& place) const {
-    std::size_t const index = indexOf(place);
-    return isAt(index, place) ? index + 1 : index;
+  /// Index of the first entry behind `order`.
+  std::size_t indexBehind(Order const& order) const {
+    std::size_t const index = indexOf(order);
+    return isAt(index, order) ? index + 1 : index;
   }
-  bool isAt(std::size_t index, Place const& place) const {
-    return index < entries_.size() && entries_[index].place() == place;
+  bool isAt(std::size_t index, Order const& order) const {
+    return index < entries_.size() && entries_[index].order() == order;
   }
 
-  /// In the order of their places.
+  /// Sorted.
   Entries entries_;
   /// Counts what gave entries another index.
   U32 changes_ = 0;

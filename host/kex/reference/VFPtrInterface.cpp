@@ -3,20 +3,24 @@
 
 #include <new>
 
-#include "host/kex/notify/PtrInterface.h"
-
 namespace Kex {
 
 namespace {
 std::atomic<std::size_t> liveCount{0};
+
+void* counted(void* memory) {
+  liveCount.fetch_add(1, std::memory_order_relaxed);
+  return memory;
+}
+
 }  // namespace
 
 std::atomic<bool> VFPtrInterface::enableThreadSafePointers{false};
 
-void* VFPtrInterface::operator new(std::size_t size) {
-  void* memory = ::operator new(size);
-  liveCount.fetch_add(1, std::memory_order_relaxed);
-  return memory;
+void* VFPtrInterface::operator new(std::size_t size) { return counted(::operator new(size)); }
+
+void* VFPtrInterface::operator new(std::size_t size, std::align_val_t alignment) {
+  return counted(::operator new(size, alignment));
 }
 
 void VFPtrInterface::operator delete(void* memory) noexcept {
@@ -24,9 +28,12 @@ void VFPtrInterface::operator delete(void* memory) noexcept {
   ::operator delete(memory);
 }
 
-std::size_t VFPtrInterface::liveObjects() { return liveCount.load(std::memory_order_relaxed); }
+void VFPtrInterface::operator delete(void* memory, std::align_val_t alignment) noexcept {
+  liveCount.fetch_sub(1, std::memory_order_relaxed);
+  ::operator delete(memory, alignment);
+}
 
-KexType& VFPtrInterface::fwkType() const { return PtrInterface::_fwkType(); }
+std::size_t VFPtrInterface::liveObjects() { return liveCount.load(std::memory_order_relaxed); }
 
 VFPtrInterface::~VFPtrInterface() = default;
 

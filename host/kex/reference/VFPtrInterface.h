@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <new>
 
 #include "host/kex/base/Export.h"
 #include "host/kex/base/Types.h"
@@ -21,8 +22,11 @@ class KEX_API VFPtrInterface {
 
   /// Memory for an object; counts it.
   static void* operator new(std::size_t size);
+  /// The same for a class that is aligned more strictly than the machine's types are.
+  static void* operator new(std::size_t size, std::align_val_t alignment);
   /// Frees what `operator new` gave.
   static void operator delete(void* memory) noexcept;
+  static void operator delete(void* memory, std::align_val_t alignment) noexcept;
 
   /// Objects that `operator new` has made and that are not freed yet; for leak checks.
   static std::size_t liveObjects();
@@ -32,7 +36,7 @@ class KEX_API VFPtrInterface {
   VFPtrInterface& operator=(VFPtrInterface const&) = delete;
 
   /// The record of the object's own type.
-  virtual KexType& fwkType() const;
+  virtual KexType& fwkType() const = 0;
   virtual ~VFPtrInterface();
   /// Called when the last reference is dropped; deletes the object.
   virtual void handleZeroRef();

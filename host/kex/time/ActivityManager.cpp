@@ -7,8 +7,6 @@ namespace Kex {
 
 ActivityManagerConfig::ActivityManagerConfig() : clock_(make<Clock>(Name("clock"))) {}
 
-ActivityManager::ActivityManager() { queue_.next = queue_.previous = &queue_; }
-
 void ActivityManager::runPending() {
   if (isRunning_) {
     return;
@@ -20,8 +18,7 @@ void ActivityManager::runPending() {
     Running& operator=(Running const&) = delete;
     ~Running() { flag = false; }
   } const running(isRunning_);
-  while (queue_.next != &queue_) {
-    Activity::runFirst(queue_);
+  while (Activity::runFirst()) {
   }
 }
 
@@ -37,7 +34,7 @@ void ActivityManager::runUntil(double time) {
 }
 
 ActivityManager& activityManager() {
-  // Never destroyed: reactors that outlive main() still leave its queue.
+  // Never destroyed: reactors that outlive main() still hold its clock.
   static auto& manager = *new ActivityManager;
   return manager;
 }

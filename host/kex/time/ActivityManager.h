@@ -23,7 +23,7 @@ class KEX_API ActivityManagerConfig {
 /// inside another one: whatever an activity causes waits until it has returned.
 class KEX_API ActivityManager {
  public:
-  ActivityManager();
+  ActivityManager() = default;
   ActivityManager(ActivityManager const&) = delete;
   ActivityManager& operator=(ActivityManager const&) = delete;
 
@@ -36,11 +36,7 @@ class KEX_API ActivityManager {
   /// the whole loop of a simulation.
   void runUntil(double time);
 
-  /// The ring of what is pending, through its anchor; `Activity` queues itself there.
-  RingLink& queue() { return queue_; }
-
  private:
-  RingLink queue_;
   bool isRunning_ = false;
   ActivityManagerConfig config_;
 };

@@ -3,8 +3,6 @@
 
 #include <limits>
 
-#include "host/kex/type/KexType.h"
-
 namespace Kex {
 
 namespace {
@@ -13,11 +11,6 @@ constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr unsigned kOnTime = PtrInterface::kReactionsEnd;
 
 }  // namespace
-
-KexType& Clock::_fwkType() {
-  static KexType& record = newHostType<Clock>("Kex::Clock", &Entity::_fwkType());
-  return record;
-}
 
 KexType& Clock::fwkType() const { return _fwkType(); }
 
@@ -30,6 +23,7 @@ void Clock::timeIs(double time) {
   while (!deadlines_.empty() && nextDeadline() <= time_) {
     NotifieeConst& reactor = *deadlines_.front().reactor;
     deadlineDel(reactor);
+    reactor.isReached_ = true;
     reactor.pendingIs(kOnTime);
   }
 }
@@ -43,7 +37,7 @@ void Clock::deadlineIs(NotifieeConst& reactor, double time) const {
     index = deadlines_.size();
     deadlines_.push_back(deadline);
   }
-  placed(index, deadline);
+  heapIs(index, deadline);
   siftUp(index);
   siftDown(reactor.deadline_);
 }
@@ -57,13 +51,13 @@ void Clock::deadlineDel(NotifieeConst& reactor) const {
   Deadline const last = deadlines_.back();
   deadlines_.pop_back();
   if (index < deadlines_.size()) {
-    placed(index, last);
+    heapIs(index, last);
     siftUp(index);
     siftDown(last.reactor->deadline_);
   }
 }
 
-void Clock::placed(std::size_t index, Deadline const& deadline) const {
+void Clock::heapIs(std::size_t index, Deadline const& deadline) const {
   deadlines_[index] = deadline;
   deadline.reactor->deadline_ = index;
 }
@@ -71,10 +65,10 @@ void Clock::placed(std::size_t index, Deadline const& deadline) const {
 void Clock::siftUp(std::size_t index) const {
   Deadline const moving = deadlines_[index];
   while (index > 0 && moving.isBefore(deadlines_[(index - 1) / 2])) {
-    placed(index, deadlines_[(index - 1) / 2]);
+    heapIs(index, deadlines_[(index - 1) / 2]);
     index = (index - 1) / 2;
   }
-  placed(index, moving);
+  heapIs(index, moving);
 }
 
 void Clock::siftDown(std::size_t index) const {
@@ -87,10 +81,10 @@ void Clock::siftDown(std::size_t index) const {
     if (child >= deadlines_.size() || !deadlines_[child].isBefore(moving)) {
       break;
     }
-    placed(index, deadlines_[child]);
+    heapIs(index, deadlines_[child]);
     index = child;
   }
-  placed(index, moving);
+  heapIs(index, moving);
 }
 
 Clock::NotifieeConst::~NotifieeConst() {
@@ -108,6 +102,7 @@ void Clock::NotifieeConst::timeMinIs(double time) {
   if (!clock || !isRegisteredNotifiee()) {
     return;
   }
+  isReached_ = false;
   pendingDel(kOnTime);
   if (time < kNever) {
     clock->deadlineIs(*this, time);
@@ -116,8 +111,16 @@ void Clock::NotifieeConst::timeMinIs(double time) {
   }
 }
 
+void Clock::NotifieeConst::hasNotificationActiveIs(bool active) {
+  Entity::NotifieeConst::hasNotificationActiveIs(active);
+  if (active && isReached_) {
+    pendingIs(kOnTime);
+  }
+}
+
 void Clock::NotifieeConst::react(unsigned reaction) {
   if (reaction == kOnTime) {
+    isReached_ = false;
     onTime();
   } else {
     Entity::NotifieeConst::react(reaction);
@@ -126,6 +129,7 @@ void Clock::NotifieeConst::react(unsigned reaction) {
 
 void Clock::NotifieeConst::handleAttached(bool attached) {
   if (!attached) {
+    isReached_ = false;
     notifier()->deadlineDel(*this);
   }
 }

@@ -11,6 +11,7 @@ namespace Kex {
 class KEX_API Clock : public Entity {
  public:
   class NotifieeConst;
+  class Notifiee;
 
   static KexType& _fwkType();
 
@@ -38,12 +39,12 @@ class KEX_API Clock : public Entity {
 
   void deadlineIs(NotifieeConst& reactor, double time) const;
   void deadlineDel(NotifieeConst& reactor) const;
-  void placed(std::size_t index, Deadline const& deadline) const;
+  void heapIs(std::size_t index, Deadline const& deadline) const;
   void siftUp(std::size_t index) const;
   void siftDown(std::size_t index) const;
 
   double time_ = 0;
-  // A binary heap in which every reactor knows its place: deadlines are moved all the time, and
+  // A binary heap in which every reactor knows its index: deadlines are moved all the time, and
   // moving one must not allocate.
   mutable std::vector<Deadline> deadlines_;
   mutable U64 nextOrder_ = 0;
@@ -54,6 +55,9 @@ class KEX_API Clock::NotifieeConst : public NotifieeConstOf<Clock, Entity::Notif
  public:
   using NotifieeConstOf::NotifieeConstOf;
   ~NotifieeConst() override;
+  /// Off: no reaction runs, and those that are pending are forgotten, though not that the deadline
+  /// was reached: `onTime()` runs when notifications are on again.
+  void hasNotificationActiveIs(bool active) override;
 
   /// The deadline in seconds; infinity when none is set.
   double timeMin() const;
@@ -72,6 +76,13 @@ class KEX_API Clock::NotifieeConst : public NotifieeConstOf<Clock, Entity::Notif
   static constexpr std::size_t kNoDeadline = ~std::size_t{0};
 
   std::size_t deadline_ = kNoDeadline;
+  /// Whether `onTime()` is still to run for a deadline that is over.
+  bool isReached_ = false;
+};
+
+class KEX_API Clock::Notifiee : public NotifieeOf<Clock, Clock::NotifieeConst> {
+ public:
+  using NotifieeOf::NotifieeOf;
 };
 
 }  // namespace Kex

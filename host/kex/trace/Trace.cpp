@@ -1,13 +1,16 @@
-// Tracing: named handles whose levels are switched one by one.
+// Tracing: named facilities whose levels are switched one by one.
 #include "host/kex/trace/Trace.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <ostream>
 #include <sstream>
+#include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 namespace Kex {
 
@@ -15,93 +18,144 @@ std::ostream* coverageStream_ = nullptr;
 
 namespace {
 
-struct Registry {
-  std::map<String8, U32> levels;
-  std::vector<TraceHandle*> handles;
-  std::function<void(TraceRecord const&)> sink;
+struct Facility {
+  bool isOn = false;
+  U32 levels = ~U32{0};
+  U32 onLevels() const { return isOn ? levels : 0; }
 };
 
-Registry& registry() {
+/// Shared, so that a sink outlives its own replacement; null for the default.
+std::shared_ptr<std::function<void(TraceRecord const&)>>& sink() {
+  static auto& theSink = *new std::shared_ptr<std::function<void(TraceRecord const&)>>;
+  return theSink;
+}
+
+std::string oneLine(std::string_view text) {
+  std::string line;
+  for (char const byte : text) {
+    if (byte >= 0x20 && byte <= 0x7E) {
+      line += byte;
+    } else {
+      std::array<char, 5> escaped{};
+      std::snprintf(escaped.data(), escaped.size(), "\\x%02X", static_cast<U8>(byte));
+      line += escaped.data();
+    }
+  }
+  return line;
+}
+
+void writeToStderr(TraceRecord const& record) {
+  std::string const line = std::string(record.handle) + '/' + std::to_string(record.level) + ' ' +
+                           oneLine(record.text.view()) + '\n';
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+void handOver(TraceRecord const& record) {
+  if (record.isEnabled) {
+    auto const chosen = sink();
+    chosen != nullptr ? (*chosen)(record) : writeToStderr(record);
+  }
+  if (coverageStream_ != nullptr) {
+    *coverageStream_ << record.source << ':' << record.line << ' ' << record.function << ' '
+                     << record.level << ' ' << oneLine(record.text.view()) << '\n';
+  }
+}
+
+/// Runs `work`; what it throws must not reach the code that is traced.
+template <class Work>
+void contained(Work work) noexcept {
+  try {
+    work();
+  } catch (...) {  // NOLINT(bugprone-empty-catch)
+  }
+}
+
+}  // namespace
+
+struct TraceHandle::Registry {
+  std::map<String8, Facility> facilities;
+  std::vector<TraceHandle*> handles;
+};
+
+TraceHandle::Registry& TraceHandle::registry() {
   // Never destroyed: handles of plug-ins leave it at exit.
   static auto& theRegistry = *new Registry;
   return theRegistry;
 }
 
-/// "doInitialize" of "virtual void Emerson::PmbusIdentifier::Identifier::doInitialize()".
-std::string_view shortFunctionName(std::string_view signature) {
-  std::size_t end = signature.find('(');
-  // clang++ writes "(anonymous namespace)" where arguments do not begin.
-  while (end != std::string_view::npos &&
-         (end == 0 || signature[end - 1] == ' ' || signature[end - 1] == ':')) {
-    end = signature.find('(', end + 1);
-  }
-  std::string_view const name = signature.substr(0, end);
-  std::size_t const start = name.find_last_of(": *&");
-  return start == std::string_view::npos ? name : name.substr(start + 1);
-}
-
-void writeToStderr(TraceRecord const& record) {
-  std::fprintf(stderr, "%s/%u %s\n", record.handle, record.level, record.text.charPtr());
-}
-
-}  // namespace
-
 TraceHandle::TraceHandle(char const* name, bool isOn)
     : name_(name),
-      levels_(registry().levels.try_emplace(name, isOn ? ~U32{0} : U32{0}).first->second) {
+      onLevels_(registry().facilities.try_emplace(name, isOn).first->second.onLevels()) {
   registry().handles.push_back(this);
 }
 
 TraceHandle::~TraceHandle() { std::erase(registry().handles, this); }
 
+void TraceHandle::facilityIs(String8 const& name, bool isOn) {
+  registry().facilities[name].isOn = isOn;
+  refresh(name);
+}
+
 void TraceHandle::levelsIs(String8 const& name, U32 levels) {
-  Registry& all = registry();
-  all.levels[name] = levels;
-  for (TraceHandle* const handle : all.handles) {
+  registry().facilities[name].levels = levels;
+  refresh(name);
+}
+
+void TraceHandle::refresh(String8 const& name) {
+  U32 const onLevels = registry().facilities[name].onLevels();
+  for (TraceHandle* const handle : registry().handles) {
     if (name == handle->name_) {
-      handle->levels_ = levels;
+      handle->onLevels_ = onLevels;
     }
   }
 }
 
-void traceSinkIs(std::function<void(TraceRecord const&)> sink) {
-  registry().sink = std::move(sink);
+std::vector<String8> TraceHandle::names() {
+  std::vector<String8> names;
+  for (TraceHandle const* const handle : registry().handles) {
+    names.emplace_back(handle->name_);
+  }
+  std::ranges::sort(names);
+  auto const repeated = std::ranges::unique(names);
+  names.erase(repeated.begin(), repeated.end());
+  return names;
+}
+
+void traceSinkIs(std::function<void(TraceRecord const&)> chosen) {
+  sink() = chosen ? std::make_shared<std::function<void(TraceRecord const&)>>(std::move(chosen))
+                  : nullptr;
 }
 
 void traceHelper(TraceHandle const& facility, char const* context, std::ostringstream const& text,
                  unsigned level, bool isEnabled, char const* source, unsigned line,
-                 char const* function) {
-  TraceRecord const record{.handle = facility.name(),
-                           .context = context,
-                           .text = String8(text.view()),
-                           .level = level,
-                           .isEnabled = isEnabled,
-                           .source = source,
-                           .line = line,
-                           .function = String8(shortFunctionName(function))};
-  if (isEnabled) {
-    auto const& sink = registry().sink;
-    sink ? sink(record) : writeToStderr(record);
+                 char const* function) noexcept {
+  static bool isHandingOver = false;
+  if (std::exchange(isHandingOver, true)) {
+    return;
   }
-  if (coverageStream_ != nullptr) {
-    *coverageStream_ << record.source << ':' << record.line << ' ' << record.function << ' '
-                     << record.level << ' ' << record.text << '\n';
-  }
+  contained([&] {
+    handOver({.handle = facility.name(),
+              .context = context,
+              .text = String8(text.view()),
+              .level = level,
+              .isEnabled = isEnabled,
+              .source = source,
+              .line = line,
+              .function = function});
+  });
+  isHandingOver = false;
 }
 
-TraceMessage::TraceMessage(TraceHandle const& handle, unsigned level, std::source_location place)
-    : handle_(handle),
-      level_(level),
-      place_(place),
-      stream_(std::make_unique<std::ostringstream>()) {
-  stream_->precision(12);
+void traceStatement(TraceHandle const& facility, unsigned level, void const* text,
+                    void (*write)(void const* text, std::ostream& out), unsigned line,
+                    char const* function) noexcept {
+  contained([&] {
+    std::ostringstream out;
+    out.precision(12);
+    contained([&] { write(text, out); });
+    traceHelper(facility, "<unknown>", out, level, facility.isOn(level), facility.name(), line,
+                function);
+  });
 }
-
-TraceMessage::~TraceMessage() {
-  traceHelper(handle_, "<unknown>", *stream_, level_, handle_.isOn(level_), handle_.name(),
-              place_.line(), place_.function_name());
-}
-
-std::ostream& TraceMessage::stream() { return *stream_; }
 
 }  // namespace Kex

@@ -1,14 +1,9 @@
-// Kex::KexType, the record of a type: name, place in the tree of types, schema, creation.
+// Kex::KexType, the record of a type: name, bases, schema, creation.
 #include "host/kex/type/KexType.h"
 
 #include <algorithm>
 #include <map>
 #include <ranges>
-
-#include "host/kex/base/Exception.h"
-#include "host/kex/generic/GenericIf.h"
-#include "host/kex/generic/TextConversion.h"
-#include "host/tables/AttrRow.h"
 
 namespace Kex {
 
@@ -33,31 +28,10 @@ KexAttr* findAttribute(std::vector<Ptr<KexAttr>> const& attributes, Wanted wante
 
 }  // namespace
 
-KexType::KexType(Name shortName, KexType const* scope, KexType* base, TypeFlags flags)
-    : name_(std::move(shortName)), scope_(scope), base_(base), flags_(flags) {}
+KexType::KexType(Name shortName, KexType const* scope, KexType* base, TypeFlags)
+    : name_(std::move(shortName)), scope_(scope), base_(base) {}
 
 KexType::~KexType() = default;
-
-Ptr<GenericIf> KexType::genericIf(GenericIf const*, bool) const {
-  GenericIf::throwTypeException(name_.str());
-}
-
-Ptr<GenericIf> KexType::valueFromText(String8 const& text) const {
-  return make<Holder<Ptr<PtrInterface>>>(textToPtr(text, *this), *this);
-}
-
-Ptr<GenericIf> KexType::valueFromPtr(PtrInterface* object) const {
-  bool const isOurs = object != nullptr && object->fwkType().isA(*this);
-  return make<Holder<Ptr<PtrInterface>>>(Ptr(isOurs ? object : nullptr), *this);
-}
-
-Ptr<GenericIf> KexType::newAdapter(Ptr<PtrInterface> const& object, bool isConst) const {
-  return make<GenericIfPtrInterface>(object, isConst);
-}
-
-Ptr<GenericIf> KexType::genericIf(Ptr<PtrInterface> const& object, bool isConst) {
-  return object->fwkType().newAdapter(object, isConst);
-}
 
 String8 const& KexType::fullName() const { return fullName_.empty() ? name_.str() : fullName_; }
 
@@ -90,18 +64,13 @@ Ptr<KexAttr> KexType::attrIs(Name const& name, KexType const& valueType, KexAttr
 }
 
 std::vector<Ptr<KexAttr>> const& KexType::attributeQ() const {
-  if (hasPendingRows_) {
+  if (!areAttributesDeclared_) {
     // What is declared late was the type's from the start.
     auto& record = const_cast<KexType&>(*this);
-    record.hasPendingRows_ = false;
-    declareAttributes(record, pendingRows_);
+    record.areAttributesDeclared_ = true;
+    record.declareAttributes();
   }
   return attributes_;
-}
-
-void KexType::pendingRowsIs(std::span<AttrRow const> rows) {
-  pendingRows_ = rows;
-  hasPendingRows_ = true;
 }
 
 KexAttr* KexType::attr(Name const& name) const {
@@ -131,9 +100,11 @@ KexType& enterHostType(Ptr<KexType> const& record, std::string_view fullName) {
   return *record;
 }
 
-KexType& newPlainHostType(std::string_view fullName, KexType* base, std::size_t size) {
+KexType& newPlainHostType(std::string_view fullName, KexType* base, std::size_t size,
+                          KexType::Creator creator) {
   auto const record = make<KexType>(Name(String8(lastName(fullName))), nullptr, base, TypeFlags{});
   record->sizeIs(size);
+  record->creatorIs(creator);
   return enterHostType(record, fullName);
 }
 

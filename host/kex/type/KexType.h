@@ -1,8 +1,9 @@
-// Kex::KexType, the record of a type: name, place in the tree of types, schema, creation.
+// Kex::KexType, the record of a type: name, bases, schema, creation.
 #pragma once
 
-#include <span>
+#include <concepts>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "host/kex/notify/PtrInterface.h"
@@ -11,7 +12,6 @@
 namespace Kex {
 
 class GenericIf;
-struct AttrRow;
 
 /// Flags of a type; a set of bits that this host gives no meaning.
 struct TypeFlags {
@@ -27,14 +27,15 @@ class KEX_API KexType : public PtrInterface {
   ~KexType() override;
 
   /// Creates an object from an argument list (a `GenericIf::List_`) and returns its adapter. The
-  /// framework's own refuses: the type has no generic construction.
+  /// framework's own takes the name alone; a type without a creator is refused with a type
+  /// exception.
   virtual Ptr<GenericIf> genericIf(GenericIf const* arguments, bool isConst) const;
   /// A holder of the value that `text` stands for. The framework's own reads a reference to an
   /// object of this type.
   virtual Ptr<GenericIf> valueFromText(String8 const& text) const;
   /// A holder of a reference to `object`; of a null one if it is null or of another type.
   virtual Ptr<GenericIf> valueFromPtr(PtrInterface* object) const;
-  /// The adapter of an object of this type; the framework's own only knows the object itself.
+  /// The adapter of an object of this type; the framework's own leaves attributes to the base's.
   virtual Ptr<GenericIf> newAdapter(Ptr<PtrInterface> const& object, bool isConst) const;
   /// The adapter that the object's own type gives it.
   static Ptr<GenericIf> genericIf(Ptr<PtrInterface> const& object, bool isConst);
@@ -57,6 +58,9 @@ class KEX_API KexType : public PtrInterface {
   void isEntityIs(bool isEntity) { isEntity_ = isEntity; }
   bool hasGenericIfSupport() const { return hasGenericIfSupport_; }
   void hasGenericIfSupportIs(bool has) { hasGenericIfSupport_ = has; }
+  /// Makes an object of this type from its name.
+  using Creator = Ptr<PtrInterface> (*)(Name const& name);
+  void creatorIs(Creator creator) { creator_ = creator; }
 
   void constructorArgNameQEnq(Name const& name) { constructorArgNames_.push_back(name); }
   void constructorArgTypeQEnq(Name const& type) { constructorArgTypes_.push_back(type); }
@@ -78,20 +82,20 @@ class KEX_API KexType : public PtrInterface {
   KexAttr* attr(Name const& name) const;
   KexAttr* attr(AttributeId id) const;
 
-  /// Leaves the base's attributes and `rows` to be declared when the schema is first asked for:
-  /// they name types whose records may still be in the making. `rows` live as long as the process.
-  void pendingRowsIs(std::span<AttrRow const> rows);
-
   /// Enters `record` in the type tree under `fullName`.
   static void typeNodeIs(KexType& record, Name const& fullName);
   /// The record of this full name, null if there is none.
   static KexType* typeNode(Name const& fullName);
 
+ protected:
+  /// Enqueues the attributes of a type that does so by itself. Called once, when the schema is
+  /// first asked for: attributes name types whose records may still be in the making before.
+  virtual void declareAttributes() {}
+
  private:
   Name name_;
   KexType const* scope_;
   KexType* base_;
-  TypeFlags flags_;
   String8 fullName_;
   std::vector<KexType*> derivedTypes_;
   std::size_t size_ = 0;
@@ -99,21 +103,27 @@ class KEX_API KexType : public PtrInterface {
   bool hasGenericIfSupport_ = false;
   std::vector<Name> constructorArgNames_;
   std::vector<Name> constructorArgTypes_;
+  Creator creator_ = nullptr;
   std::vector<Ptr<KexAttr>> attributes_;
-  std::span<AttrRow const> pendingRows_;
-  bool hasPendingRows_ = false;
+  bool areAttributesDeclared_ = false;
 };
 
-/// Gives a record its place for the life of the process: never destroyed, known to its base,
-/// entered in the type tree under `fullName`.
+/// Keeps a record for the life of the process: never destroyed, known to its base, entered in the
+/// type tree under `fullName`.
 KEX_API KexType& enterHostType(Ptr<KexType> const& record, std::string_view fullName);
 
-/// The record of a host type that has no schema of its own.
-KEX_API KexType& newPlainHostType(std::string_view fullName, KexType* base, std::size_t size);
+/// The record of a host type that has no schema of its own. `creator` is null where objects cannot
+/// be made from a name alone.
+KEX_API KexType& newPlainHostType(std::string_view fullName, KexType* base, std::size_t size,
+                                  KexType::Creator creator = nullptr);
 
 template <class T>
 KexType& newHostType(std::string_view fullName, KexType* base) {
-  return newPlainHostType(fullName, base, sizeof(T));
+  KexType::Creator creator = nullptr;
+  if constexpr (std::derived_from<T, PtrInterface> && std::is_constructible_v<T, Name const&>) {
+    creator = [](Name const& name) -> Ptr<PtrInterface> { return make<T>(name); };
+  }
+  return newPlainHostType(fullName, base, sizeof(T), creator);
 }
 
 }  // namespace Kex
