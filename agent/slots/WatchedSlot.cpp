@@ -32,7 +32,7 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
 
 void WatchedSlot::handleSupply(Supply const& supply) {
   Shown shown{.verdict = supply.verdict,
-              .serialNumber = supply.product ? supply.product->serialNumber : Kex::String8(),
+              .serialNumber = supply.product ? supply.product->serialNumber() : Kex::String8(),
               .fdl = supply.fdl};
   if (shown_ == shown) {
     return;
@@ -72,7 +72,7 @@ void WatchedSlot::publish(Supply const& supply) {
     return;
   }
   guard([&] {
-    if (supply.verdict == Hardware::PowerSupplySlot::Verdict::identified) {
+    if (supply.verdict == Verdict::identified) {
       reporting_.publisher->fdlIs(slot_.name(), supply.fdl.view());
     } else {
       reporting_.publisher->fdlDel(slot_.name());

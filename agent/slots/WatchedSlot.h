@@ -45,11 +45,9 @@ class WatchedSlot final : Smbus::TransactionObserver {
   void sourceIs(std::optional<std::string> source) { source_ = std::move(source); }
 
  private:
-  using Supply = Slot::Supply;
-
   /// What a line is about: two lines of the same are printed once.
   struct Shown {
-    Hardware::PowerSupplySlot::Verdict verdict;
+    Verdict verdict;
     Kex::String8 serialNumber;
     Kex::String8 fdl;
     bool operator==(Shown const&) const = default;

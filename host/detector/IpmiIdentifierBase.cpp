@@ -2,7 +2,6 @@
 #include "host/detector/IpmiIdentifierBase.h"
 
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/base/Format.h"
 #include "host/tables/Access.h"
 #include "host/tables/TypeTable.h"
 
@@ -53,15 +52,10 @@ Base::BufPtr filledBuf(Kex::U32 size) {
   return buffer;
 }
 
-Kex::String8 headerFault(CommonAreaHeader const& header) {
-  if (header.ipmiVersion() != 1) {
-    return Kex::format("the FRU common header has version %u, not 1", header.ipmiVersion());
-  }
-  if (!header.checksumValid()) {
-    return Kex::format("the FRU common header's checksum 0x%02x is wrong",
-                       header.bytes()[CommonAreaHeader::kLength - 1]);
-  }
-  return header.productAreaOffset() == 0 ? "the FRU common header names no product info area" : "";
+template <class Record>
+Kex::String8 faultText(Record const& record) {
+  auto const fault = record.fault();
+  return fault ? fault->text : Kex::String8();
 }
 
 }  // namespace
@@ -132,18 +126,15 @@ void IdentifierBase::doForgetSupply() {
 PowerSupplyDetector::Findings IdentifierBase::findings() const {
   PowerSupplyDetector::Findings found;
   if (idprom_ && idprom_->header()) {
-    found.headerFault = headerFault(*idprom_->header());
+    found.headerFault = faultText(*idprom_->header());
   }
-  found.areaVersion = productInfoHeaderBuf_->byte(0);
+  if (idprom_) {
+    found.product = idprom_->productInfo();
+  }
   found.hasArea = bool(productInfoBuf_);
-  if (idprom_ && idprom_->productInfo()) {
-    ProductInfoArea const& area = *idprom_->productInfo();
-    found.product = {.manufacturerName = area.manufacturerName(),
-                     .productName = area.productName(),
-                     .partNumber = area.partNumber(),
-                     .productVersion = area.productVersion(),
-                     .serialNumber = area.serialNumber()};
-  }
+  found.areaFault = found.hasArea && found.product
+                        ? faultText(*found.product)
+                        : faultText(ProductInfoArea(*productInfoHeaderBuf_));
   return found;
 }
 

@@ -12,7 +12,7 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
   using BufPtr = Kex::Ptr<Hal::Buf>;
 
   /// Length of a product info area's header that is read first, in bytes.
-  static constexpr Kex::U8 kProductInfoHeaderLength = 2;
+  static constexpr Kex::U8 kProductInfoHeaderLength = ProductInfoArea::kHeaderLength;
 
   static Kex::KexType& _fwkType();
 
