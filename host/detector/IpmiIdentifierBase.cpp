@@ -140,12 +140,11 @@ PowerSupplyDetector::Findings IdentifierBase::findings() const {
 
 std::optional<Kex::String8> IdentifierBase::managingDescriptor() const {
   auto const registry = Kex::Entity::singleton<SupportedPowerSupplyRegistry>();
-  for (auto walk = registry->powerSupplyDescriptorIterator(); walk; ++walk) {
-    if (walk->managed()) {
-      return walk->fwkType().name().str();
-    }
-  }
-  return std::nullopt;
+  // Identification walks up to the descriptor whose FDL it takes. It need not have walked at all.
+  auto const reached = registry->reachedDescriptorDel();
+  return reached && reached->managed() && reached->fdl() == fdl()
+             ? std::optional(reached->fwkType().name().str())
+             : std::nullopt;
 }
 
 Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf_->str(); }

@@ -48,7 +48,7 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
  protected:
   void doForgetSupply() override;
   PowerSupplyDetector::Findings findings() const override;
-  /// The first descriptor, in registry order, that manages the supply examined last.
+  /// The descriptor at which the identification left its walk, if it is the one that gave the FDL.
   std::optional<Kex::String8> managingDescriptor() const override;
   Kex::String8 areaHeader() const override;
 
