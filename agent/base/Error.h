@@ -1,6 +1,7 @@
 // What ends the program, or one of its sources, before its work is done.
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -22,6 +23,10 @@ class UsageError : public std::runtime_error {
 
 /// What the system says of its error number `number`: "No such file or directory", ...
 std::string systemError(int number);
+
+/// What `thrown` says to a person: a framework exception with its kind, "range exception: ...", any
+/// other with its text.
+std::string exceptionText(std::exception_ptr const& thrown);
 
 /// Tells a person of `text`, as one line on stderr.
 void complain(std::string const& text);

@@ -128,6 +128,14 @@ class ExitStatus(Case):
                 (["--library", host, DS2900], "no section .kex.type")):
             self.refused(1, told, "identify", *arguments)
 
+    def test_a_plug_in_that_throws_while_it_is_loaded(self):
+        plugin = os.environ["PSU_THROWING_PLUGIN"]
+        for thrown, told in (("text", "a text"), ("framework", "range exception: out of range"),
+                             ("number", "an exception that has no text")):
+            os.environ["PSU_THROWN"] = thrown
+            self.refused(1, f"{plugin}: cannot be loaded: {told}", "--library", plugin, "identify",
+                         DS2900)
+
     def test_full_output(self):
         with open("/dev/full", "wb") as full:
             self.assertEqual(run("identify", DS2900, stdout=full)[0], 1)
