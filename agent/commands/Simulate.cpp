@@ -37,17 +37,17 @@ class Stage {
   }
 
   std::unique_ptr<Smbus::Transport> transport(Loop const& loop) {
-    auto faulty = std::make_unique<FaultTransport>(place(loop));
+    auto faulty = std::make_unique<FaultTransport>(supplyTransport(loop));
     for (Fault const& fault : story_.faults) {
       faulty->faultQEnq(fault);
     }
     return faulty;
   }
 
-  std::unique_ptr<Smbus::Transport> place(Loop const& loop) {
+  std::unique_ptr<Smbus::Transport> supplyTransport(Loop const& loop) {
     if (story_.supply) {
       if (auto const* const recorded = std::get_if<RecordedSupply>(&story_.supply->kind)) {
-        return Source("replay:" + recorded->place).open({.mfrId = "", .post = loop.post()});
+        return Source("replay:" + recorded->locator).open({.mfrId = "", .post = loop.post()});
       }
     }
     auto bus = std::make_unique<SimulatedBus>();
