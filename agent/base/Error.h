@@ -7,7 +7,7 @@
 
 namespace Agent {
 
-/// Something could not be opened, loaded or written. The text is one line that names the place and
+/// Something could not be opened, loaded or written. The text is one line that says where and names
 /// the value.
 class Failure : public std::runtime_error {
  public:
@@ -15,7 +15,7 @@ class Failure : public std::runtime_error {
 };
 
 /// The command line, or a file that stands for one, does not make sense. The text is one line that
-/// names the place and the value.
+/// says where and names the value.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

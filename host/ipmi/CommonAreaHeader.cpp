@@ -1,8 +1,6 @@
 // Ipmi::CommonAreaHeader, the FRU common header.
 #include "host/ipmi/CommonAreaHeader.h"
 
-#include <algorithm>
-
 #include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
 
@@ -18,11 +16,9 @@ Kex::Ptr<CommonAreaHeader> CommonAreaHeader::CommonAreaHeaderIs(Kex::Ptr<Hal::Bu
   return Kex::make<CommonAreaHeader>(*buffer);
 }
 
-CommonAreaHeader::CommonAreaHeader(Hal::Buf const& buffer) {
-  std::ranges::copy(buffer.bytes().first(std::min<std::size_t>(kLength, buffer.len())),
-                    bytes_.begin());
-  checksumValid_ = buffer.len() != 0 && isZeroSum(bytes_);
-}
+CommonAreaHeader::CommonAreaHeader(Hal::Buf const& buffer)
+    : bytes_(firstBytes<kLength>(buffer.bytes())),
+      checksumValid_(buffer.len() != 0 && isZeroSum(bytes_)) {}
 
 std::optional<RecordFault> CommonAreaHeader::fault() const {
   if (ipmiVersion() != 1) {

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "host/hal/Buf.h"
-#include "host/ipmi/RecordFault.h"
+#include "host/ipmi/Record.h"
 
 namespace Ipmi {
 
@@ -38,8 +38,8 @@ class KEX_API CommonAreaHeader final : public Kex::PtrInterface {
   std::array<Kex::U8, kLength> const& bytes() const { return bytes_; }
 
  private:
-  std::array<Kex::U8, kLength> bytes_{};
-  bool checksumValid_ = false;
+  std::array<Kex::U8, kLength> bytes_;
+  bool checksumValid_;
 };
 
 }  // namespace Ipmi

@@ -104,10 +104,9 @@ Kex::Ptr<ProductInfoArea> ProductInfoArea::ProductInfoAreaIs(Kex::Ptr<Hal::Buf> 
 }
 
 ProductInfoArea::ProductInfoArea(Hal::Buf const& buffer)
-    : checksumOffset_(buffer.len() == 0 ? 0 : buffer.len() - 1),
+    : head_(firstBytes<kLanguage + 1>(buffer.bytes())),
+      checksumOffset_(buffer.len() == 0 ? 0 : buffer.len() - 1),
       checksumValid_(isZeroSum(buffer.bytes())) {
-  std::ranges::copy(buffer.bytes().first(std::min<std::size_t>(head_.size(), buffer.len())),
-                    head_.begin());
   // Offsets are one byte wide: an area never has more than 255 bytes, whatever the buffer has.
   FieldCursor cursor(buffer.bytes().first(std::min<std::size_t>(checksumOffset_, 255)));
   for (AreaField& field : fields_) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/hal/Buf.h"
-#include "host/ipmi/RecordFault.h"
+#include "host/ipmi/Record.h"
 
 namespace Ipmi {
 
@@ -90,7 +90,7 @@ class KEX_API ProductInfoArea final : public Kex::PtrInterface {
  private:
   std::array<AreaField, kFields> fields_;
   std::vector<AreaField> customFields_;
-  std::array<Kex::U8, kLanguage + 1> head_{};
+  std::array<Kex::U8, kLanguage + 1> head_;
   /// The last byte's offset; 0 of an empty buffer.
   Kex::U32 checksumOffset_;
   bool checksumValid_;

@@ -39,6 +39,7 @@ class KEX_API SupportedPowerSupplyRegistry final : public Kex::Entity {
   std::vector<Kex::Name> memberNames() const override;
 
   Descriptors const& powerSupplyDescriptors() const { return descriptors_; }
+  /// A walk that stands on the first descriptor.
   Walk powerSupplyDescriptorIterator() { return Walk(*this); }
   /// The descriptor that the last walk stands on or was left at, told once; null for one that came
   /// to the end.

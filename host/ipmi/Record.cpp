@@ -1,5 +1,5 @@
-// What FRU records have in common: their zero sum, and what makes one unacceptable.
-#include "host/ipmi/RecordFault.h"
+// What FRU records have in common: bytes, zero sum, and what makes one unacceptable.
+#include "host/ipmi/Record.h"
 
 #include <numeric>
 
