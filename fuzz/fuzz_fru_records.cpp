@@ -1,4 +1,6 @@
 // Fuzzes the FRU records: whatever the bytes say, nothing is read past the buffer.
+#include <algorithm>
+
 #include "fuzz/FuzzInput.h"
 #include "host/ipmi/CommonAreaHeader.h"
 #include "host/ipmi/ProductInfoArea.h"
@@ -14,16 +16,20 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   Ipmi::ProductInfoArea const area(*buffer);
   bool isOver = false;
   std::size_t end = 0;
-  for (unsigned i = 0; i < Ipmi::ProductInfoArea::kFields; ++i) {
-    Ipmi::AreaField const& field = area.field(static_cast<Ipmi::ProductInfoArea::Field>(i));
+  auto const check = [&](Ipmi::AreaField const& field) {
     if (field.offset == 0) {
       isOver = true;
       Fuzz::require(field.length == 0 && field.text.empty());
-      continue;
+      return;
     }
     Fuzz::require(!isOver && field.offset > end);
     end = std::size_t{field.offset} + field.length;
-    Fuzz::require(end <= size && field.text.len() <= 2U * field.length);
-  }
+    // The last byte is the checksum.
+    Fuzz::require(end < size && field.text.len() <= 2U * field.length);
+  };
+  std::ranges::for_each(area.fields(), check);
+  std::ranges::for_each(area.customFields(), check);
+  auto const fault = area.fault();
+  Fuzz::require(!fault || fault->offset <= size);
   return 0;
 }

@@ -78,7 +78,7 @@ void live(Fuzz::Input& input) {
   loop.runUntil(loop.config().clock()->time() + kEmptyTime + kHealingTime);
   auto const& supply = slot.status->supply();
   Fuzz::require(supply && supply->verdict == Hardware::PowerSupplySlot::Verdict::identified &&
-                supply->product && supply->product->serialNumber == Fuzz::kSerialNumber);
+                supply->product && supply->product->serialNumber() == Fuzz::kSerialNumber);
 }
 
 }  // namespace

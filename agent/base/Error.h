@@ -1,12 +1,13 @@
 // What ends the program, or one of its sources, before its work is done.
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
 namespace Agent {
 
-/// Something could not be opened, loaded or written. The text is one line that names the place and
+/// Something could not be opened, loaded or written. The text is one line that says where and names
 /// the value.
 class Failure : public std::runtime_error {
  public:
@@ -14,7 +15,7 @@ class Failure : public std::runtime_error {
 };
 
 /// The command line, or a file that stands for one, does not make sense. The text is one line that
-/// names the place and the value.
+/// says where and names the value.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -22,6 +23,10 @@ class UsageError : public std::runtime_error {
 
 /// What the system says of its error number `number`: "No such file or directory", ...
 std::string systemError(int number);
+
+/// What `thrown` says to a person: a framework exception with its kind, "range exception: ...", any
+/// other with its text.
+std::string exceptionText(std::exception_ptr const& thrown);
 
 /// Tells a person of `text`, as one line on stderr.
 void complain(std::string const& text);

@@ -1,5 +1,5 @@
 // psu-agent call: one request to an attribute, through the generic interface.
-#include "agent/commands/Call.h"
+#include "agent/commands/Command.h"
 
 #include <iostream>
 #include <memory>
@@ -7,7 +7,6 @@
 
 #include "agent/base/Error.h"
 #include "agent/base/Text.h"
-#include "agent/commands/Identify.h"
 #include "agent/slots/Candidate.h"
 #include "host/kex/entity/Directory.h"
 #include "host/kex/entity/Place.h"
@@ -137,9 +136,9 @@ Status call(Options const& options, Globals const& globals) {
   } else {
     try {
       request(options, code);
-    } catch (Kex::Exception const& refused) {
-      throw Failure(options.path + ' ' + options.attribute + ": " + refused.kind() +
-                    " exception: " + refused.what());
+    } catch (Kex::Exception const&) {
+      throw Failure(options.path + ' ' + options.attribute + ": " +
+                    exceptionText(std::current_exception()));
     }
   }
   return Status::ok;
@@ -147,10 +146,8 @@ Status call(Options const& options, Globals const& globals) {
 
 }  // namespace
 
-void addCall(CLI::App& program, Action& action) {
+Action prepareCall(CLI::App& command) {
   auto const options = std::make_shared<Options>();
-  CLI::App& command =
-      *program.add_subcommand("call", "Read, write, delete or call an attribute by name");
   addMfrIdOption(command, options->mfrId);
   command.add_option("--code", options->code, "0 reads or calls, 128 writes, 129 deletes")
       ->option_text("N");
@@ -162,9 +159,7 @@ void addCall(CLI::App& program, Action& action) {
   command.add_option("PATH", options->path, "Path of an object; without it, paths are listed");
   command.add_option("ATTRIBUTE", options->attribute, "Name of an attribute of the object");
   command.add_option("INDEX", options->index, "Key of a member of a collection");
-  command.callback([options, &action] {
-    action = [options](Globals const& globals) { return call(*options, globals); };
-  });
+  return [options](Globals const& globals) { return call(*options, globals); };
 }
 
 }  // namespace Agent

@@ -1,4 +1,4 @@
-// What the program's commands have in common.
+// What the program's commands have in common, and their list.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -18,7 +18,18 @@ struct Globals {
 /// A command's work. It may throw a `Failure` or a `UsageError`.
 using Action = std::function<Status(Globals const&)>;
 
-/// Adds a command to the program. When the command line chooses it, `action` becomes its work.
-using AddCommand = void (*)(CLI::App& program, Action& action);
+/// Adds to `command` what it takes. What is returned is done when the command line chooses it. A
+/// command is one of these, in a file of its own, and its row in CommandLine.cpp.
+using Prepare = Action(CLI::App& command);
+
+Prepare prepareIdentify;
+Prepare prepareMonitor;
+Prepare prepareSimulate;
+Prepare prepareDoctor;
+Prepare prepareCall;
+Prepare prepareTypes;
+
+/// Adds `--mfr-id`, what supplies that are simulated from files answer.
+void addMfrIdOption(CLI::App& command, std::string& mfrId);
 
 }  // namespace Agent

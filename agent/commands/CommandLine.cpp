@@ -10,14 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "agent/base/Error.h"
-#include "agent/commands/Call.h"
+#include "agent/base/Ledger.h"
 #include "agent/commands/Command.h"
-#include "agent/commands/Doctor.h"
-#include "agent/commands/Identify.h"
-#include "agent/commands/Monitor.h"
-#include "agent/commands/Simulate.h"
-#include "agent/commands/Types.h"
 #include "agent/slots/Plugin.h"
 #include "host/kex/trace/Trace.h"
 
@@ -25,8 +19,23 @@ namespace Agent {
 
 namespace {
 
-constexpr AddCommand kCommands[] = {&addIdentify, &addMonitor, &addSimulate,
-                                    &addDoctor,   &addCall,    &addTypes};
+/// A command of the program.
+struct Command {
+  char const* name;
+  /// What it does, for `--help`.
+  char const* purpose;
+  Prepare* prepare;
+};
+
+constexpr Command kCommands[] = {
+    {"identify", "Print the FDL of each SOURCE's supply", &prepareIdentify},
+    {"monitor", "Watch slots and print what changes, until --duration, SIGINT or SIGTERM",
+     &prepareMonitor},
+    {"simulate", "Run a scenario on virtual time and print what changes", &prepareSimulate},
+    {"doctor", "Tell whether recognition can work on i2c adapters", &prepareDoctor},
+    {"call", "Read, write, delete or call an attribute by name", &prepareCall},
+    {"types", "Print the types that the plug-in brings", &prepareTypes},
+};
 
 constexpr unsigned kTraceLevels = 32;
 
@@ -67,29 +76,16 @@ void turnTracesOn(std::vector<std::string> const& settings) {
   }
 }
 
-/// Runs `work` and tells of what ended it.
+/// Does `work`; whatever ends it is told of and added to `ledger`.
 template <class Work>
-Status guarded(Work work) {
+void guarded(Ledger& ledger, Work work) {
   try {
-    return work();
+    ledger.add(work());
   } catch (UsageError const& error) {
-    complain(error.what());
-    return Status::usage;
-  } catch (Kex::Exception const& error) {
-    complain(std::string(error.kind()) + " exception: " + error.what());
-  } catch (std::exception const& error) {
-    complain(error.what());
+    ledger.tell(Status::usage, error.what());
+  } catch (...) {
+    ledger.tell(Status::failed, exceptionText(std::current_exception()));
   }
-  return Status::failed;
-}
-
-Status flushed(Status status) {
-  errno = 0;
-  if (!std::cout.flush()) {
-    complain("standard output: cannot write" + (errno == 0 ? "" : ": " + systemError(errno)));
-    return worse(status, Status::failed);
-  }
-  return status;
 }
 
 }  // namespace
@@ -107,10 +103,12 @@ Status runCommandLine(int argc, char const* const* argv) {
       ->option_text("HANDLE=LEVELS ...")
       ->expected(1)
       ->take_all();
-  for (AddCommand const add : kCommands) {
-    add(program, action);
+  for (Command const& row : kCommands) {
+    CLI::App& command = *program.add_subcommand(row.name, row.purpose);
+    command.callback([&action, work = row.prepare(command)] { action = work; });
   }
-  return flushed(guarded([&] {
+  Ledger ledger;
+  guarded(ledger, [&] {
     try {
       program.parse(argc, argv);
     } catch (CLI::Success const& success) {
@@ -124,7 +122,13 @@ Status runCommandLine(int argc, char const* const* argv) {
     }
     turnTracesOn(traces);
     return action(globals);
-  }));
+  });
+  errno = 0;
+  if (!std::cout.flush()) {
+    ledger.tell(Status::failed,
+                "standard output: cannot write" + (errno == 0 ? "" : ": " + systemError(errno)));
+  }
+  return ledger.status();
 }
 
 }  // namespace Agent

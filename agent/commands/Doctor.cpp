@@ -1,5 +1,5 @@
 // psu-agent doctor: whether an i2c adapter can serve.
-#include "agent/commands/Doctor.h"
+#include "agent/commands/Command.h"
 
 #include <filesystem>
 #include <fstream>
@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "agent/base/Error.h"
+#include "agent/base/Ledger.h"
 #include "agent/base/Text.h"
 #include "agent/transport/LinuxAdapter.h"
 #include "host/kex/base/Format.h"
@@ -61,27 +61,19 @@ Status doctor(std::vector<std::string> const& sources) {
     }
     numbers.push_back(linuxBusNumber(source.substr(kPrefix.size())));
   }
-  Status status = Status::ok;
+  Ledger ledger;
   for (unsigned const number : numbers) {
-    try {
-      status = worse(status, examine(number));
-    } catch (Failure const& failure) {
-      complain(failure.what());
-      status = worse(status, Status::failed);
-    }
+    ledger.attempt([&] { ledger.add(examine(number)); });
   }
-  return status;
+  return ledger.status();
 }
 
 }  // namespace
 
-void addDoctor(CLI::App& program, Action& action) {
+Action prepareDoctor(CLI::App& command) {
   auto const sources = std::make_shared<std::vector<std::string>>();
-  CLI::App& command =
-      *program.add_subcommand("doctor", "Tell whether recognition can work on i2c adapters");
   command.add_option("SOURCE", *sources, "i2c:N or i2c:/dev/i2c-N")->required();
-  command.callback(
-      [sources, &action] { action = [sources](Globals const&) { return doctor(*sources); }; });
+  return [sources](Globals const&) { return doctor(*sources); };
 }
 
 }  // namespace Agent

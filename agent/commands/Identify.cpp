@@ -1,12 +1,12 @@
 // psu-agent identify: prints the FDL of each source's supply.
-#include "agent/commands/Identify.h"
+#include "agent/commands/Command.h"
 
 #include <cmath>
 #include <iostream>
 #include <memory>
 #include <optional>
 
-#include "agent/base/Error.h"
+#include "agent/base/Ledger.h"
 #include "agent/base/Text.h"
 #include "agent/recording/Recorder.h"
 #include "agent/report/Explain.h"
@@ -30,45 +30,24 @@ struct Options {
 
 /// A slot for each source that can be opened.
 Candidates open(std::vector<Source> const& sources, Options const& options, Plugin const& plugin,
-                Loop const& loop, Status& status) {
+                Loop const& loop, Ledger& ledger) {
   Candidates candidates;
   SourceContext const context{.mfrId = options.mfrId, .post = loop.post()};
   for (std::size_t i = 0; i < sources.size(); ++i) {
-    try {
+    ledger.attempt([&] {
       candidates.push_back(std::make_unique<Candidate>(
           sources[i], context, "PowerSupply" + std::to_string(i + 1), plugin, options.wait));
-    } catch (Failure const& failure) {
-      complain(failure.what());
-      status = worse(status, Status::failed);
-    }
+    });
   }
   return candidates;
 }
 
 /// Writes each transaction of `candidates` to `recorder`.
-void record(Candidates const& candidates, Recorder& recorder, Status& status) {
+void record(Candidates const& candidates, Recorder& recorder, Ledger& ledger) {
   for (auto const& candidate : candidates) {
     candidate->log().onRecordIs([&, slot = candidate->slot().name()](auto const& transaction) {
-      try {
-        recorder.recordIs(slot, transaction);
-      } catch (Failure const& failure) {
-        complain(failure.what());
-        status = worse(status, Status::failed);
-      }
+      ledger.attempt([&] { recorder.recordIs(slot, transaction); });
     });
-  }
-}
-
-/// Detects all that can be detected. A source that fails on the way does not stop the others.
-void detectAll(Candidates const& candidates, Loop& loop, double wait, Status& status) {
-  for (bool isOver = false; !isOver;) {
-    try {
-      detect(candidates, loop, wait);
-      isOver = true;
-    } catch (Failure const& failure) {
-      complain(failure.what());
-      status = worse(status, Status::failed);
-    }
   }
 }
 
@@ -80,7 +59,8 @@ Json json(Candidate const& candidate, Supply const& supply) {
   return object;
 }
 
-void print(Candidate const& candidate, Supply const& supply, Options const& options) {
+void print(Candidate const& candidate, Supply const& supply, Options const& options,
+           Ledger& ledger) {
   if (options.isExplained) {
     std::cout << explain(candidate.source(), candidate.log(), supply);
   } else if (options.isJson) {
@@ -88,8 +68,8 @@ void print(Candidate const& candidate, Supply const& supply, Options const& opti
   } else {
     std::cout << supply.fdl;
   }
-  if (statusOf(supply) != Status::ok) {
-    complain(candidate.source() + ": " + explanation(supply));
+  if (Status const status = statusOf(supply); status != Status::ok) {
+    ledger.tell(status, candidate.source() + ": " + explanation(supply));
   }
   for (Suspect const& suspect : suspects(supply)) {
     complain(candidate.source() + ": warning: " + suspect.field + ' ' + inQuotes(suspect.text) +
@@ -105,23 +85,24 @@ Status identify(Options const& options, Globals const& globals) {
   std::vector<Source> const sources = parseSources(options.sources);
   Plugin const plugin(globals.library);
   Loop loop(anyLive(sources) ? ClockKind::steadyClock : ClockKind::virtualClock);
-  Status status = Status::ok;
-  Candidates const candidates = open(sources, options, plugin, loop, status);
+  Ledger ledger;
+  Candidates const candidates = open(sources, options, plugin, loop, ledger);
   std::optional<Recorder> recorder;
   if (!options.record.empty()) {
-    record(candidates, recorder.emplace(options.record), status);
+    record(candidates, recorder.emplace(options.record), ledger);
   }
-  detectAll(candidates, loop, options.wait, status);
+  while (!ledger.attempt([&] { detect(candidates, loop, options.wait); })) {
+    // A source that fails on the way does not stop the others.
+  }
   for (auto const& candidate : candidates) {
     if (auto const& supply = candidate->outcome()) {
-      print(*candidate, *supply, options);
-      status = worse(status, statusOf(*supply));
+      print(*candidate, *supply, options, ledger);
     } else {
-      complain(candidate->source() + ": no outcome" + (loop.isStopped() ? " (interrupted)" : ""));
-      status = worse(status, Status::failed);
+      ledger.tell(Status::failed, candidate->source() + ": no outcome" +
+                                      (loop.isStopped() ? " (interrupted)" : ""));
     }
   }
-  return status;
+  return ledger.status();
 }
 
 }  // namespace
@@ -135,9 +116,8 @@ void addMfrIdOption(CLI::App& command, std::string& mfrId) {
       });
 }
 
-void addIdentify(CLI::App& program, Action& action) {
+Action prepareIdentify(CLI::App& command) {
   auto const options = std::make_shared<Options>();
-  CLI::App& command = *program.add_subcommand("identify", "Print the FDL of each SOURCE's supply");
   addMfrIdOption(command, options->mfrId);
   command
       .add_option("--wait", options->wait, "Poll for up to S seconds until a supply is identified")
@@ -153,9 +133,7 @@ void addIdentify(CLI::App& program, Action& action) {
       .add_option("SOURCE", options->sources,
                   "FRU image file, - for standard input, i2c:N, or replay:FILE[#SLOT]")
       ->required();
-  command.callback([options, &action] {
-    action = [options](Globals const& globals) { return identify(*options, globals); };
-  });
+  return [options](Globals const& globals) { return identify(*options, globals); };
 }
 
 }  // namespace Agent

@@ -1,5 +1,5 @@
 // psu-agent monitor: slots that are watched until told otherwise.
-#include "agent/commands/Monitor.h"
+#include "agent/commands/Command.h"
 
 #include <memory>
 #include <optional>
@@ -65,15 +65,12 @@ Status monitor(Options const& options, Globals const& globals) {
       .isJson = options.isJson, .isLive = true, .publisher = publisher ? &*publisher : nullptr};
   std::vector<std::unique_ptr<WatchedSlot>> watched;
   for (std::size_t i = 0; i < slots.names.size(); ++i) {
-    try {
+    reporting.ledger.attempt([&] {
       watched.push_back(std::make_unique<WatchedSlot>(
           slots.names[i], slots.sources[i].text(),
           slots.sources[i].open({.mfrId = options.mfrId, .post = loop.post()}), plugin, reporting));
       watched.back()->slot().pollIntervalIs(options.pollInterval);
-    } catch (Failure const& failure) {
-      complain(failure.what());
-      reporting.status = worse(reporting.status, Status::failed);
-    }
+    });
   }
   std::optional<Recorder> recorder;
   if (!options.record.empty()) {
@@ -82,15 +79,13 @@ Status monitor(Options const& options, Globals const& globals) {
   if (!watched.empty()) {
     loop.run(options.duration.value_or(Loop::kForever), [] { return false; });
   }
-  return reporting.status;
+  return reporting.ledger.status();
 }
 
 }  // namespace
 
-void addMonitor(CLI::App& program, Action& action) {
+Action prepareMonitor(CLI::App& command) {
   auto const options = std::make_shared<Options>();
-  CLI::App& command = *program.add_subcommand(
-      "monitor", "Watch slots and print what changes, until --duration, SIGINT or SIGTERM");
   command.add_option("--slot", options->slots, "A slot and its SOURCE (repeatable)")
       ->option_text("NAME=SOURCE ...")
       ->expected(1)
@@ -109,9 +104,7 @@ void addMonitor(CLI::App& program, Action& action) {
       .add_option("--publish", options->publish,
                   "Keep DIR/NAME.fdl for each slot whose supply is identified")
       ->option_text("DIR");
-  command.callback([options, &action] {
-    action = [options](Globals const& globals) { return monitor(*options, globals); };
-  });
+  return [options](Globals const& globals) { return monitor(*options, globals); };
 }
 
 }  // namespace Agent

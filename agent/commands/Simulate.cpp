@@ -1,5 +1,5 @@
 // psu-agent simulate: a scenario on virtual time.
-#include "agent/commands/Simulate.h"
+#include "agent/commands/Command.h"
 
 #include <memory>
 #include <vector>
@@ -37,17 +37,17 @@ class Stage {
   }
 
   std::unique_ptr<Smbus::Transport> transport(Loop const& loop) {
-    auto faulty = std::make_unique<FaultTransport>(place(loop));
+    auto faulty = std::make_unique<FaultTransport>(supplyTransport(loop));
     for (Fault const& fault : story_.faults) {
       faulty->faultQEnq(fault);
     }
     return faulty;
   }
 
-  std::unique_ptr<Smbus::Transport> place(Loop const& loop) {
+  std::unique_ptr<Smbus::Transport> supplyTransport(Loop const& loop) {
     if (story_.supply) {
       if (auto const* const recorded = std::get_if<RecordedSupply>(&story_.supply->kind)) {
-        return Source("replay:" + recorded->place).open({.mfrId = "", .post = loop.post()});
+        return Source("replay:" + recorded->locator).open({.mfrId = "", .post = loop.post()});
       }
     }
     auto bus = std::make_unique<SimulatedBus>();
@@ -94,21 +94,17 @@ Status simulate(Options const& options, Globals const& globals) {
     stages.push_back(std::make_unique<Stage>(story, plugin, loop, reporting));
   }
   loop.run(scenario.duration, [] { return false; });
-  return reporting.status;
+  return reporting.ledger.status();
 }
 
 }  // namespace
 
-void addSimulate(CLI::App& program, Action& action) {
+Action prepareSimulate(CLI::App& command) {
   auto const options = std::make_shared<Options>();
-  CLI::App& command =
-      *program.add_subcommand("simulate", "Run a scenario on virtual time and print what changes");
   command.add_flag("--transcript", options->isTranscript, "Print every bus transaction as well");
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
   command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required();
-  command.callback([options, &action] {
-    action = [options](Globals const& globals) { return simulate(*options, globals); };
-  });
+  return [options](Globals const& globals) { return simulate(*options, globals); };
 }
 
 }  // namespace Agent

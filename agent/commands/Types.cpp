@@ -1,8 +1,9 @@
 // psu-agent types: prints the types that the plug-in brings.
-#include "agent/commands/Types.h"
+#include "agent/commands/Command.h"
 
 #include <iostream>
 #include <memory>
+#include <vector>
 
 #include "agent/report/Report.h"
 #include "agent/slots/Plugin.h"
@@ -15,6 +16,7 @@ namespace {
 
 using Kex::KexAttr;
 using Kex::KexType;
+using Arguments = std::vector<Kex::KexArgument>;
 
 std::string text(Kex::Name const& name) { return std::string(name.str().view()); }
 
@@ -37,108 +39,108 @@ char const* flagName(Kex::KexAttrIntrospectionFlags flags) {
   return flags.isIndependentDomainAttr() ? "isIndependentDomainAttr_" : "none";
 }
 
-Json json(Kex::Name const& name, Kex::Name const& type) {
-  return {{"name", text(name)}, {"type", text(type)}};
+Arguments constructorArguments(KexType const& type) {
+  Arguments arguments;
+  for (std::size_t i = 0; i < type.constructorArgNames().size(); ++i) {
+    arguments.push_back({type.constructorArgNames()[i], type.constructorArgTypes()[i]});
+  }
+  return arguments;
+}
+
+/// The full name of a type that need not be there.
+Json nameOrNull(KexType const* type) { return type == nullptr ? Json() : Json(fullName(*type)); }
+
+Json json(Arguments const& arguments) {
+  Json list = Json::array();
+  for (Kex::KexArgument const& argument : arguments) {
+    list.push_back({{"name", text(argument.name)}, {"type", text(argument.type)}});
+  }
+  return list;
 }
 
 Json json(KexAttr const& attribute) {
-  Json arguments = Json::array();
-  for (Kex::KexArgument const& argument : attribute.arguments()) {
-    arguments.push_back(json(argument.name, argument.type));
-  }
-  KexType const* const key = attribute.keyType();
   return {{"name", text(attribute.name())},
           {"id", attribute.id()},
           {"kind", kindName(attribute.kind())},
           {"type", fullName(attribute.valueType())},
-          {"keyType", key == nullptr ? Json() : Json(fullName(*key))},
-          {"args", std::move(arguments)},
+          {"keyType", nameOrNull(attribute.keyType())},
+          {"args", json(attribute.arguments())},
           {"introspectionFlag", flagName(attribute.introspectionFlags())},
           {"flags", attribute.flags()},
           {"own", !attribute.isInherited()}};
 }
 
 Json json(KexType const& type) {
-  Json arguments = Json::array();
-  for (std::size_t i = 0; i < type.constructorArgNames().size(); ++i) {
-    arguments.push_back(json(type.constructorArgNames()[i], type.constructorArgTypes()[i]));
-  }
   Json attributes = Json::array();
   for (auto const& attribute : type.attributeQ()) {
     attributes.push_back(json(*attribute));
   }
   return {{"name", fullName(type)},
           {"shortName", text(type.name())},
-          {"base", type.base() == nullptr ? Json() : Json(fullName(*type.base()))},
+          {"base", nameOrNull(type.base())},
           {"isEntity", type.isEntity()},
           {"hasGenericIfSupport", type.hasGenericIfSupport()},
-          {"constructorArgs", std::move(arguments)},
+          {"constructorArgs", json(constructorArguments(type))},
           {"attributes", std::move(attributes)}};
 }
 
 /// "(TYPE name, ...)".
-std::string argumentList(Json const& arguments) {
+std::string inBrackets(Arguments const& arguments) {
   std::string list;
-  for (Json const& argument : arguments) {
-    list += (list.empty() ? "" : ", ") + argument["type"].get<std::string>() + ' ' +
-            argument["name"].get<std::string>();
+  for (Kex::KexArgument const& argument : arguments) {
+    list += (list.empty() ? "" : ", ") + text(argument.type) + ' ' + text(argument.name);
   }
   return '(' + list + ')';
 }
 
 /// One line an attribute: identifier, kind, then name and types as a declaration.
-void print(Json const& attribute) {
-  auto const kind = attribute["kind"].get<std::string>();
-  auto declaration = attribute["name"].get<std::string>();
-  if (!attribute["keyType"].is_null()) {
-    declaration += '[' + attribute["keyType"].get<std::string>() + ']';
+void print(KexAttr const& attribute) {
+  std::string declaration = text(attribute.name());
+  if (attribute.keyType() != nullptr) {
+    declaration += '[' + fullName(*attribute.keyType()) + ']';
   }
-  if (kind == "function" || !attribute["args"].empty()) {
-    declaration += argumentList(attribute["args"]);
+  if (attribute.kind() == KexAttr::Kind::function || !attribute.arguments().empty()) {
+    declaration += inBrackets(attribute.arguments());
   }
-  std::cout << Kex::format("  %c 0x%03x %-13s ", attribute["own"].get<bool>() ? ' ' : '^',
-                           attribute["id"].get<unsigned>(), kind.c_str())
-            << declaration << " : " << attribute["type"].get<std::string>() << '\n';
+  std::cout << Kex::format("  %c 0x%03x %-13s ", attribute.isInherited() ? '^' : ' ',
+                           attribute.id(), kindName(attribute.kind()))
+            << declaration << " : " << fullName(attribute.valueType()) << '\n';
 }
 
-void printType(Json const& type) {
-  std::cout << type["name"].get<std::string>() << argumentList(type["constructorArgs"]);
-  if (!type["base"].is_null()) {
-    std::cout << " : " << type["base"].get<std::string>();
+void print(KexType const& type) {
+  std::cout << '\n' << fullName(type) << inBrackets(constructorArguments(type));
+  if (type.base() != nullptr) {
+    std::cout << " : " << fullName(*type.base());
   }
   std::cout << '\n';
-  for (Json const& attribute : type["attributes"]) {
-    print(attribute);
+  for (auto const& attribute : type.attributeQ()) {
+    print(*attribute);
   }
 }
 
 Status types(bool isJson, Globals const& globals) {
-  Json all = Json::array();
   Plugin const plugin(globals.library);
-  for (KexType const* const type : plugin.types()) {
-    all.push_back(json(*type));
-  }
   if (isJson) {
-    std::cout << all.dump(2) << '\n';
-  } else {
-    std::cout << "Attributes: ^ inherited, identifier, kind, declaration\n";
-    for (Json const& type : all) {
-      std::cout << '\n';
-      printType(type);
+    Json all = Json::array();
+    for (KexType const* const type : plugin.types()) {
+      all.push_back(json(*type));
     }
+    std::cout << all.dump(2) << '\n';
+    return Status::ok;
+  }
+  std::cout << "Attributes: ^ inherited, identifier, kind, declaration\n";
+  for (KexType const* const type : plugin.types()) {
+    print(*type);
   }
   return Status::ok;
 }
 
 }  // namespace
 
-void addTypes(CLI::App& program, Action& action) {
+Action prepareTypes(CLI::App& command) {
   auto const isJson = std::make_shared<bool>(false);
-  CLI::App& command = *program.add_subcommand("types", "Print the types that the plug-in brings");
   command.add_flag("--json", *isJson, "Print one JSON array instead");
-  command.callback([isJson, &action] {
-    action = [isJson](Globals const& globals) { return types(*isJson, globals); };
-  });
+  return [isJson](Globals const& globals) { return types(*isJson, globals); };
 }
 
 }  // namespace Agent

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "agent/base/Error.h"
-#include "agent/base/JsonPlace.h"
+#include "agent/base/JsonValue.h"
 
 namespace Agent {
 
@@ -55,23 +55,23 @@ Json parse(std::string_view line) {
 
 void checkHeader(std::string_view line) {
   Json const json = parse(line);
-  JsonPlace const header(json, "");
+  JsonValue const header(json, "");
   header.checkKeys({"format", "version"});
-  if (JsonPlace const format = header.at("format"); format.string() != kFormat) {
+  if (JsonValue const format = header.at("format"); format.string() != kFormat) {
     format.refuse("this is no " + std::string(kFormat));
   }
   header.at("version").integer(kVersion, kVersion);
 }
 
 /// The bytes under `key`, at most `most`; none for null.
-std::optional<Smbus::Block> block(JsonPlace const& place, std::size_t most) {
-  if (place.isNull()) {
+std::optional<Smbus::Block> block(JsonValue const& value, std::size_t most) {
+  if (value.isNull()) {
     return std::nullopt;
   }
-  std::string const text = place.string();
+  std::string const text = value.string();
   Smbus::Block block;
   if (text.empty() || text.size() % 2 != 0 || text.size() > 2 * most) {
-    place.refuse(std::to_string(text.size()) + " hexadecimal digits are not those of 1 to " +
+    value.refuse(std::to_string(text.size()) + " hexadecimal digits are not those of 1 to " +
                  std::to_string(most) + " bytes");
   }
   for (std::size_t i = 0; i < text.size(); i += 2) {
@@ -79,16 +79,16 @@ std::optional<Smbus::Block> block(JsonPlace const& place, std::size_t most) {
     auto const [stop, error] =
         std::from_chars(text.data() + i, end, block.bytes[block.length++], 16);
     if (error != std::errc() || stop != end) {
-      place.refuse("\"" + text.substr(i, 2) + "\" is no byte in hexadecimal digits");
+      value.refuse("\"" + text.substr(i, 2) + "\" is no byte in hexadecimal digits");
     }
   }
   return block;
 }
 
-TransactionRecord recordFrom(JsonPlace const& object) {
+TransactionRecord recordFrom(JsonValue const& object) {
   object.checkKeys({"time", "slot", "event", "request", "device", "command", "write", "readLength",
                     "read", "status", "failure"});
-  if (JsonPlace const event = object.at("event"); event.string() != "transaction") {
+  if (JsonValue const event = object.at("event"); event.string() != "transaction") {
     event.refuse("is not \"transaction\"");
   }
   TransactionRecord record;
@@ -108,7 +108,7 @@ TransactionRecord recordFrom(JsonPlace const& object) {
     object.at("read").refuse("the status says otherwise: bytes are read when it is 3");
   }
   record.read = read.value_or(Smbus::Block{});
-  if (JsonPlace const failure = object.at("failure"); !failure.isNull()) {
+  if (JsonValue const failure = object.at("failure"); !failure.isNull()) {
     record.failure = failure.string();
   }
   return record;
@@ -133,7 +133,7 @@ Recording::Recording(std::string const& file) : file_(file) {
         break;
       }
       Json const json = parse(*line);
-      JsonPlace const object(json, "");
+      JsonValue const object(json, "");
       TransactionRecord record = recordFrom(object);
       auto& slot = slots_[object.at("slot").string()];
       if (!slot.empty() && record.time < slot.back().record.time) {

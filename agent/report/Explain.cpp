@@ -2,7 +2,7 @@
 #include "agent/report/Explain.h"
 
 #include <algorithm>
-#include <numeric>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -17,8 +17,9 @@ namespace Agent {
 
 namespace {
 
-using Hardware::PowerSupplySlot::Supply;
-using Hardware::PowerSupplySlot::Verdict;
+using Hardware::PowerSupplySlot::Stage;
+using Ipmi::CommonAreaHeader;
+using Ipmi::ProductInfoArea;
 using Kex::format;
 using Kex::U8;
 using Bytes = std::vector<U8>;
@@ -69,12 +70,24 @@ class Page {
 
 std::string str(Kex::String8 const& text) { return std::string(text.view()); }
 
-U8 sumOf(std::span<U8 const> bytes) { return std::accumulate(bytes.begin(), bytes.end(), U8{0}); }
+/// Whether the supply's road ended at `stage`.
+bool endedAt(Supply const& supply, Stage stage) { return rowOf(supply.verdict).stage == stage; }
+
+Kex::Ptr<Hal::Buf> bufOf(Bytes const& bytes) {
+  auto buffer = Kex::make<Hal::Buf>(0U);
+  buffer->doAppend(bytes);
+  return buffer;
+}
 
 /// "0x12 stored, 0x34 computed" of an area whose last byte is the checksum.
 std::string checksums(std::span<U8 const> area) {
-  auto const computed = static_cast<U8>(-sumOf(area.first(area.size() - 1)));
-  return str(format("0x%02X stored, 0x%02X computed", area.back(), computed));
+  return str(format("0x%02X stored, 0x%02X computed", area.back(),
+                    Ipmi::checksumOf(area.first(area.size() - 1))));
+}
+
+/// What becomes of a number of bytes that does not fit in one byte.
+std::string wrapped(unsigned number) {
+  return number <= 0xFF ? "" : str(format(" (wraps to 0x%02X)", number & 0xFFU));
 }
 
 constexpr std::size_t kValueColumn = 28;
@@ -88,8 +101,7 @@ void row(Page& page, std::size_t offset, char const* name, std::string const& va
 void writeTransactions(Page& page, TransactionLog const& log, Supply const& supply) {
   auto const& records = log.records();
   page.heading(str(format("Transactions (%zu)", records.size())));
-  bool const isReadFault =
-      supply.verdict == Verdict::absent || supply.verdict == Verdict::unreadable;
+  bool const isReadFault = endedAt(supply, Stage::address) || endedAt(supply, Stage::reading);
   for (TransactionRecord const& record : records) {
     Smbus::Transaction const& transaction = record.transaction;
     std::string const written =
@@ -106,47 +118,25 @@ void writeTransactions(Page& page, TransactionLog const& log, Supply const& supp
 }
 
 void writeMfrId(Page& page, std::string_view mfrId, Supply const& supply) {
-  bool const isFault = supply.verdict == Verdict::unsupportedManufacturer;
+  bool const isFault = endedAt(supply, Stage::manufacturer);
   page.heading("MFR_ID");
   page.line(inQuotes(mfrId) + (isFault ? " is not supported" : " is supported"), isFault);
 }
 
-/// Which field of a header is the one that it was rejected for; none for an accepted one.
-enum class HeaderFault : U8 { none, version, checksum, productArea };
-
-HeaderFault headerFault(std::span<U8 const> header) {
-  if ((header[0] & 0x0f) != 1) {
-    return HeaderFault::version;
-  }
-  if (sumOf(header) != 0) {
-    return HeaderFault::checksum;
-  }
-  return header[4] == 0 ? HeaderFault::productArea : HeaderFault::none;
-}
-
-void writeHeader(Page& page, Bytes const& header) {
+void writeHeader(Page& page, CommonAreaHeader const& header, Supply const& supply) {
   constexpr char const* kAreas[] = {"internal use area", "chassis info area", "board info area",
                                     "product info area", "multirecord area"};
   page.heading("FRU common header");
-  HeaderFault const fault = headerFault(header);
-  row(page, 0, "format version", std::to_string(header[0] & 0x0f), fault == HeaderFault::version);
-  for (std::size_t i = 0; i < std::size(kAreas); ++i) {
-    std::size_t const offset = i + 1;
-    unsigned const start = header[offset] * 8U;
-    row(page, offset, kAreas[i], start == 0 ? "none" : str(format("at 0x%02X", start)),
-        offset == 4 && fault == HeaderFault::productArea);
+  auto const fault = endedAt(supply, Stage::header) ? header.fault() : std::nullopt;
+  auto const tell = [&](std::size_t offset, char const* name, std::string const& value) {
+    row(page, offset, name, value, fault && fault->offset == offset);
+  };
+  tell(CommonAreaHeader::kVersion, "format version", std::to_string(header.ipmiVersion()));
+  for (std::size_t offset = 1; char const* const area : kAreas) {
+    unsigned const start = header.bytes()[offset] * 8U;
+    tell(offset++, area, start == 0 ? "none" : str(format("at 0x%02X", start)) + wrapped(start));
   }
-  row(page, 7, "checksum", checksums(header), fault == HeaderFault::checksum);
-}
-
-char const* encodingName(Ipmi::FieldEncoding encoding) {
-  switch (encoding) {
-    case Ipmi::FieldEncoding::binary: return "binary";
-    case Ipmi::FieldEncoding::bcdPlus: return "BCD plus";
-    case Ipmi::FieldEncoding::sixBitAscii: return "6-bit";
-    case Ipmi::FieldEncoding::eightBit: return "8-bit";
-  }
-  return "";
+  tell(CommonAreaHeader::kChecksum, "checksum", checksums(header.bytes()));
 }
 
 void writeField(Page& page, std::size_t start, Ipmi::AreaField const& field, char const* name) {
@@ -159,58 +149,40 @@ void writeField(Page& page, std::size_t start, Ipmi::AreaField const& field, cha
   }
 }
 
-/// Fields that the maker added, from `at` on to the end mark.
-void writeCustomFields(Page& page, std::size_t start, std::span<U8 const> area, std::size_t at) {
-  constexpr U8 kEndMark = 0xC1;
-  while (at < area.size() && area[at] != kEndMark && (area[at] & 0x3fU) < area.size() - at) {
-    auto const encoding = static_cast<Ipmi::FieldEncoding>(area[at] >> 6);
-    std::size_t const length = area[at] & 0x3fU;
-    writeField(page, start,
-               {.text = Ipmi::fieldText(encoding, area.subspan(at + 1, length)),
-                .encoding = encoding,
-                .offset = static_cast<U8>(at + 1),
-                .length = static_cast<U8>(length)},
-               "custom field");
-    at += 1 + length;
-  }
-}
-
-void writeFields(Page& page, std::size_t start, Bytes const& bytes) {
-  constexpr char const* kNames[Ipmi::ProductInfoArea::kFields] = {
-      "manufacturer name", "product name", "part number", "product version",
-      "serial number",     "asset tag",    "FRU file ID"};
-  auto const buffer = Kex::make<Hal::Buf>(0U);
-  buffer->doAppend(bytes);
-  Ipmi::ProductInfoArea const area(*buffer);
-  for (U8 i = 0; i < Ipmi::ProductInfoArea::kFields; ++i) {
-    writeField(page, start, area.field(static_cast<Ipmi::ProductInfoArea::Field>(i)), kNames[i]);
-  }
-  Ipmi::AreaField const& last = area.field(Ipmi::ProductInfoArea::kFruFileId);
-  if (last.offset != 0) {
-    writeCustomFields(page, start, bytes, std::size_t{last.offset} + last.length);
-  }
-}
-
 void writeArea(Page& page, FruBytes const& fru, U8 start, Supply const& supply) {
-  Bytes const head = fru.from(start, 2);
-  if (head.size() < 2) {
+  Bytes bytes = fru.from(start, ProductInfoArea::kHeaderLength);
+  if (bytes.size() < ProductInfoArea::kHeaderLength) {
     return;
   }
-  std::size_t const length = head[1] * std::size_t{8};
-  bool const isChecksumFault = supply.verdict == Verdict::invalidChecksum;
-  Bytes const area = fru.from(start, length);
+  std::size_t const length = std::max(std::size_t{ProductInfoArea(*bufOf(bytes)).length()},
+                                      std::size_t{ProductInfoArea::kHeaderLength});
+  bytes = fru.from(start, length);
+  std::size_t const known = bytes.size();
+  if (known < length) {
+    bytes.push_back(0);  // for the checksum, so that what stands last is not taken for it
+  }
+  ProductInfoArea const area(*bufOf(bytes));
+  auto const fault = endedAt(supply, Stage::area) ? area.fault() : std::nullopt;
+  auto const tell = [&](std::size_t offset, char const* name, std::string const& value) {
+    row(page, start + offset, name, value, fault && fault->offset == offset);
+  };
+  unsigned const units = bytes[ProductInfoArea::kLength];
   page.heading("Product info area");
-  row(page, start, "format version", std::to_string(head[0]),
-      supply.verdict == Verdict::unsupportedVersion);
-  row(page, start + 1U, "length", str(format("%u x 8 bytes", head[1])),
-      isChecksumFault && length == 0);
-  if (area.size() <= head.size()) {
+  tell(ProductInfoArea::kVersion, "format version", std::to_string(area.version()));
+  tell(ProductInfoArea::kLength, "length", str(format("%u x 8 bytes", units)) + wrapped(units * 8));
+  if (known <= ProductInfoArea::kLanguage) {
     return;
   }
-  row(page, start + 2U, "language", str(format("%u%s", area[2], area[2] == 0 ? " (English)" : "")));
-  writeFields(page, start, area);
-  if (area.size() == length) {
-    row(page, start + length - 1, "checksum", checksums(area), isChecksumFault);
+  tell(ProductInfoArea::kLanguage, "language",
+       str(format("%u%s", area.language(), area.language() == 0 ? " (English)" : "")));
+  for (std::size_t i = 0; Ipmi::AreaField const& field : area.fields()) {
+    writeField(page, start, field, ProductInfoArea::kFieldNames[i++]);
+  }
+  for (Ipmi::AreaField const& field : area.customFields()) {
+    writeField(page, start, field, "custom field");
+  }
+  if (known == length) {
+    tell(length - 1, "checksum", checksums(bytes));
   }
 }
 
@@ -242,14 +214,15 @@ std::string explain(std::string const& source, TransactionLog const& log, Supply
   if (supply.mfrId) {
     writeMfrId(page, supply.mfrId->view(), supply);
   }
-  Bytes const header = fru.from(0, Ipmi::CommonAreaHeader::kLength);
-  if (header.size() == Ipmi::CommonAreaHeader::kLength) {
-    writeHeader(page, header);
-    if (headerFault(header) == HeaderFault::none) {
-      writeArea(page, fru, static_cast<U8>(header[4] * 8), supply);
+  Bytes const headerBytes = fru.from(0, CommonAreaHeader::kLength);
+  if (headerBytes.size() == CommonAreaHeader::kLength) {
+    CommonAreaHeader const header(*bufOf(headerBytes));
+    writeHeader(page, header, supply);
+    if (!header.fault()) {
+      writeArea(page, fru, header.productAreaOffset(), supply);
     }
   }
-  if (supply.verdict == Verdict::identified || supply.verdict == Verdict::unrecognised) {
+  if (rowOf(supply.verdict).stage >= Stage::descriptors) {
     writeDescriptors(page, supply);
   }
   page.heading("Verdict");

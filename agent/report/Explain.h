@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "agent/base/Supply.h"
 #include "agent/recording/TransactionLog.h"
-#include "host/hardware/Supply.h"
 
 namespace Agent {
 
@@ -12,7 +12,6 @@ namespace Agent {
 /// common header and product info area field by field, and the descriptors in the order in which
 /// they were asked. Lines have at most 80 columns (`source` aside); the line that made
 /// identification fail begins with `>>`.
-std::string explain(std::string const& source, TransactionLog const& log,
-                    Hardware::PowerSupplySlot::Supply const& supply);
+std::string explain(std::string const& source, TransactionLog const& log, Supply const& supply);
 
 }  // namespace Agent

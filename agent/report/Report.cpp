@@ -12,25 +12,25 @@ namespace Agent {
 
 namespace {
 
-using Hardware::PowerSupplySlot::ProductTexts;
-using Hardware::PowerSupplySlot::Verdict;
+using Ipmi::ProductInfoArea;
 using Kex::String8;
 
-/// One field of a product info area: where it is, and what it is called.
+/// One field of a product info area that is told of.
 struct Field {
-  String8 ProductTexts::*text;
+  ProductInfoArea::Field field;
   char const* jsonName;
-  char const* title;
   /// Whether descriptors write it into the FDL.
   bool isWritten;
+
+  std::string_view text(ProductInfoArea const& area) const { return area.field(field).text.view(); }
 };
 
 constexpr Field kFields[] = {
-    {&ProductTexts::manufacturerName, "manufacturerName", "manufacturer name", true},
-    {&ProductTexts::productName, "productName", "product name", false},
-    {&ProductTexts::partNumber, "partNumber", "part number", false},
-    {&ProductTexts::productVersion, "productVersion", "product version", true},
-    {&ProductTexts::serialNumber, "serialNumber", "serial number", true},
+    {ProductInfoArea::kManufacturerName, "manufacturerName", true},
+    {ProductInfoArea::kProductName, "productName", false},
+    {ProductInfoArea::kPartNumber, "partNumber", false},
+    {ProductInfoArea::kProductVersion, "productVersion", true},
+    {ProductInfoArea::kSerialNumber, "serialNumber", true},
 };
 
 std::string_view upToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
@@ -58,7 +58,7 @@ Json supplyJson(Supply const& supply) {
   json["descriptor"] = textOrNull(supply.descriptor);
   for (Field const& field : kFields) {
     json[field.jsonName] =
-        supply.product ? Json(latin1ToUtf8(((*supply.product).*field.text).view())) : Json();
+        supply.product ? Json(latin1ToUtf8(field.text(*supply.product))) : Json();
   }
   json["hwError"] = supply.hwError ? Json(*supply.hwError) : Json();
   json["suspect"] = Json::array();
@@ -76,7 +76,7 @@ std::vector<Suspect> suspects(Supply const& supply) {
     return found;
   }
   for (Field const& field : kFields) {
-    std::string_view const text = ((*supply.product).*field.text).view();
+    std::string_view const text = field.text(*supply.product);
     bool const isInFdl =
         field.isWritten && supply.fdl.view().find(upToNul(text)) != std::string_view::npos;
     if (isInFdl && changesMeaning(text)) {
@@ -100,7 +100,7 @@ std::string explanation(Supply const& supply) {
   }
   if (supply.product) {
     for (Field const& field : kFields) {
-      add(field.title, ((*supply.product).*field.text).view());
+      add(ProductInfoArea::kFieldNames[field.field], field.text(*supply.product));
     }
   }
   return verdictName(supply.verdict) + (": " + reason) + read + (read.empty() ? "" : ")");
@@ -113,22 +113,17 @@ std::string supplyLine(double time, std::string const& slot, Supply const& suppl
     return line + orDash(supply.reason.view());
   }
   std::string_view const serial =
-      supply.product ? supply.product->serialNumber.view() : std::string_view();
+      supply.product ? supply.product->serialNumber().view() : std::string_view();
   return line + orDash(supply.descriptor.value_or("").view()) + ' ' + orDash(serial);
 }
 
 Status statusOf(Supply const& supply) {
-  switch (supply.verdict) {
-    case Verdict::identified: return Status::ok;
-    case Verdict::absent: return Status::absent;
-    case Verdict::unsupportedManufacturer:
-    case Verdict::invalidHeader:
-    case Verdict::unreadable:
-    case Verdict::unsupportedVersion:
-    case Verdict::invalidChecksum:
-    case Verdict::unrecognised: break;
+  using namespace Hardware::PowerSupplySlot;
+  VerdictRow const& row = rowOf(supply.verdict);
+  if (row.stage == Stage::end) {
+    return Status::ok;
   }
-  return Status::notIdentified;
+  return row.proof == Proof::isEmpty ? Status::absent : Status::notIdentified;
 }
 
 }  // namespace Agent

@@ -6,11 +6,9 @@
 
 #include "agent/base/ExitStatus.h"
 #include "agent/base/Json.h"
-#include "host/hardware/Supply.h"
+#include "agent/base/Supply.h"
 
 namespace Agent {
-
-using Hardware::PowerSupplySlot::Supply;
 
 /// The keys of a supply's JSON object from `verdict` to `fdl`, in their order. Every key is there,
 /// null where nothing is known; bytes of the supply are the code points of their values, the MFR_ID

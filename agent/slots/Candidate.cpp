@@ -24,8 +24,7 @@ SourceContext Candidate::onEnd(SourceContext context) {
 
 void Candidate::handleSupply(Supply const& supply) {
   outcome_ = supply;
-  isDone_ = supply.verdict == Hardware::PowerSupplySlot::Verdict::identified ||
-            Timer::now() >= waitUntil_;
+  isDone_ = supply.verdict == Verdict::identified || Timer::now() >= waitUntil_;
   if (isDone_) {
     slot_.stop();
   }

@@ -15,8 +15,6 @@ namespace Agent {
 /// A slot whose detection runs through poll, identify and first check, and ends with its outcome.
 class Candidate {
  public:
-  using Supply = Hardware::PowerSupplySlot::Supply;
-
   /// Until `waitUntil` (seconds) only an identified supply is an outcome that ends the detection.
   /// Throws a `Failure` when `source` cannot be opened.
   Candidate(Source const& source, SourceContext context, std::string const& slotName,

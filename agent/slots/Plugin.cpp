@@ -3,10 +3,13 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <system_error>
 
 #include "agent/base/Error.h"
+#include "agent/base/ExitStatus.h"
 #include "agent/slots/TypeSection.h"
 #include "host/kex/entity/Directory.h"
 #include "host/kex/generic/Holder.h"
@@ -34,16 +37,35 @@ class Listener final : public Kex::IntrospectionTarget {
   void handleScopeExit() override {}
 };
 
+/// While it lives, an exception that nobody catches ends the program as a failure to load `file`.
+/// What an initialiser of a library throws can be caught nowhere: it does not get past the C
+/// library, which runs the initialisers.
+class LoadGuard {
+ public:
+  explicit LoadGuard(std::string const& file) : previous_(std::set_terminate(&end)) {
+    file_ = &file;
+  }
+  LoadGuard(LoadGuard const&) = delete;
+  LoadGuard& operator=(LoadGuard const&) = delete;
+  ~LoadGuard() { std::set_terminate(previous_); }
+
+ private:
+  [[noreturn]] static void end() {
+    complain(*file_ + ": cannot be loaded: " + exceptionText(std::current_exception()));
+    std::_Exit(static_cast<int>(Status::failed));
+  }
+
+  static inline std::string const* file_ = nullptr;
+  std::terminate_handler previous_;
+};
+
 void load(std::string const& file) {
   Listener const listener;
+  LoadGuard const guard(file);
   // A name without a slash would be looked for in the system's folders.
   std::string const path = std::filesystem::absolute(file);
-  try {
-    if (::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr) {
-      throw Failure(file + ": cannot be loaded: " + ::dlerror());
-    }
-  } catch (Kex::Exception const& refused) {
-    throw Failure(file + ": cannot be loaded: " + refused.what());
+  if (::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL) == nullptr) {
+    throw Failure(file + ": cannot be loaded: " + ::dlerror());
   }
 }
 
@@ -79,9 +101,9 @@ Plugin::Plugin(std::string const& file) : file_(file) {
     types_.push_back(type);
     try {
       create(*type);
-    } catch (Kex::Exception const& refused) {
-      throw Failure(file_ + ": cannot create a " + name + ": " + refused.kind() +
-                    " exception: " + refused.what());
+    } catch (Kex::Exception const&) {
+      throw Failure(file_ + ": cannot create a " + name + ": " +
+                    exceptionText(std::current_exception()));
     }
   }
   if (!factory_) {

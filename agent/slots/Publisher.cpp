@@ -11,9 +11,9 @@ namespace Agent {
 
 namespace {
 
-void check(std::filesystem::path const& place, std::error_code const& error) {
+void check(std::filesystem::path const& file, std::error_code const& error) {
   if (error) {
-    throw Failure(place.string() + ": " + error.message());
+    throw Failure(file.string() + ": " + error.message());
   }
 }
 

@@ -9,7 +9,7 @@
 #include <set>
 
 #include "agent/base/Error.h"
-#include "agent/base/JsonPlace.h"
+#include "agent/base/JsonValue.h"
 #include "agent/base/Text.h"
 #include "agent/slots/FruImage.h"
 #include "agent/slots/Publisher.h"
@@ -42,33 +42,33 @@ class Reader {
  public:
   explicit Reader(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
-  Scenario scenario(JsonPlace const& place) {
-    place.checkKeys({"duration", "slots"});
-    Scenario scenario{.duration = place.at("duration").number(0, kLongest), .slots = {}};
-    for (JsonPlace const& slot : place.at("slots").elements()) {
+  Scenario scenario(JsonValue const& value) {
+    value.checkKeys({"duration", "slots"});
+    Scenario scenario{.duration = value.at("duration").number(0, kLongest), .slots = {}};
+    for (JsonValue const& slot : value.at("slots").elements()) {
       scenario.slots.push_back(this->slot(slot, scenario.duration));
     }
     if (scenario.slots.empty()) {
-      place.at("slots").refuse("there must be a slot");
+      value.at("slots").refuse("there must be a slot");
     }
     return scenario;
   }
 
  private:
-  ScenarioSlot slot(JsonPlace const& place, double duration) {
-    place.checkKeys({"name", "supply", "events"});
+  ScenarioSlot slot(JsonValue const& value, double duration) {
+    value.checkKeys({"name", "supply", "events"});
     ScenarioSlot slot;
-    slot.name = place.at("name").string();
+    slot.name = value.at("name").string();
     if (!isSlotName(slot.name)) {
-      place.at("name").refuse(inQuotes(slot.name) + " is no name of a slot");
+      value.at("name").refuse(inQuotes(slot.name) + " is no name of a slot");
     }
     if (!names_.insert(slot.name).second) {
-      place.at("name").refuse(inQuotes(slot.name) + " is taken by another slot");
+      value.at("name").refuse(inQuotes(slot.name) + " is taken by another slot");
     }
-    slot.supply = supply(place.at("supply"));
-    if (place.has("events")) {
+    slot.supply = supply(value.at("supply"));
+    if (value.has("events")) {
       double earliest = 0;
-      for (JsonPlace const& event : place.at("events").elements()) {
+      for (JsonValue const& event : value.at("events").elements()) {
         earliest = readEvent(event, earliest, duration, slot);
       }
     }
@@ -76,77 +76,77 @@ class Reader {
   }
 
   /// Adds the event to `slot` and returns its time.
-  double readEvent(JsonPlace const& place, double earliest, double duration, ScenarioSlot& slot) {
-    double const at = place.at("at").number(earliest, duration);
-    JsonPlace const actionPlace = place.at("action");
-    std::string const action = actionPlace.string();
+  double readEvent(JsonValue const& value, double earliest, double duration, ScenarioSlot& slot) {
+    double const at = value.at("at").number(earliest, duration);
+    JsonValue const actionValue = value.at("action");
+    std::string const action = actionValue.string();
     bool const isRecording =
         slot.supply && std::holds_alternative<RecordedSupply>(slot.supply->kind);
     if (action == "remove" || action == "insert") {
       if (isRecording) {
-        actionPlace.refuse("a recording stays in its slot");
+        actionValue.refuse("a recording stays in its slot");
       }
-      slot.changes.push_back({.at = at, .supply = inserted(place, action)});
+      slot.changes.push_back({.at = at, .supply = inserted(value, action)});
       return at;
     }
     for (FaultAction const& row : kFaultActions) {
       if (action == row.name) {
-        slot.faults.push_back(fault(place, row, at));
+        slot.faults.push_back(fault(value, row, at));
         return at;
       }
     }
-    actionPlace.refuse(inQuotes(action) + " is no action");
+    actionValue.refuse(inQuotes(action) + " is no action");
   }
 
-  std::optional<ScenarioSupply> inserted(JsonPlace const& place, std::string const& action) {
+  std::optional<ScenarioSupply> inserted(JsonValue const& value, std::string const& action) {
     if (action == "remove") {
-      place.checkKeys({"at", "action"});
+      value.checkKeys({"at", "action"});
       return std::nullopt;
     }
-    place.checkKeys({"at", "action", "supply"});
-    std::optional<ScenarioSupply> inserted = supply(place.at("supply"));
+    value.checkKeys({"at", "action", "supply"});
+    std::optional<ScenarioSupply> inserted = supply(value.at("supply"));
     if (!inserted || !std::holds_alternative<SimulatedSupply>(inserted->kind)) {
-      place.at("supply").refuse("only a supply with an image can be inserted");
+      value.at("supply").refuse("only a supply with an image can be inserted");
     }
     return inserted;
   }
 
-  static Fault fault(JsonPlace const& place, FaultAction const& row, double at) {
+  static Fault fault(JsonValue const& value, FaultAction const& row, double at) {
     auto const key = [](char const* name) { return name == nullptr ? "action" : name; };
-    place.checkKeys({"at", "action", "transactions", key(row.byteKey), key(row.valueKey)});
+    value.checkKeys({"at", "action", "transactions", key(row.byteKey), key(row.valueKey)});
     Fault fault{.kind = row.kind, .at = at};
-    if (place.has("transactions")) {
-      fault.transactions = place.at("transactions").integer(1, kMostTransactions);
+    if (value.has("transactions")) {
+      fault.transactions = value.at("transactions").integer(1, kMostTransactions);
     }
     if (row.byteKey != nullptr) {
-      fault.byte = static_cast<Kex::U8>(place.at(row.byteKey).integer(0, Smbus::kMaxBlock - 1));
+      fault.byte = static_cast<Kex::U8>(value.at(row.byteKey).integer(0, Smbus::kMaxBlock - 1));
     }
     if (row.valueKey != nullptr) {
-      fault.value = static_cast<Kex::U8>(place.at(row.valueKey).integer(row.leastValue, 255));
+      fault.value = static_cast<Kex::U8>(value.at(row.valueKey).integer(row.leastValue, 255));
     }
     return fault;
   }
 
-  std::optional<ScenarioSupply> supply(JsonPlace const& place) {
-    if (place.isNull()) {
+  std::optional<ScenarioSupply> supply(JsonValue const& value) {
+    if (value.isNull()) {
       return std::nullopt;
     }
-    place.checkKeys({"image", "mfrId", "replay"});
-    if (place.has("replay")) {
-      place.checkKeys({"replay"});
-      std::string const text = place.at("replay").string();
+    value.checkKeys({"image", "mfrId", "replay"});
+    if (value.has("replay")) {
+      value.checkKeys({"replay"});
+      std::string const text = value.at("replay").string();
       return ScenarioSupply{.text = text, .kind = RecordedSupply{(folder_ / text).string()}};
     }
-    std::string const mfrId = place.has("mfrId") ? place.at("mfrId").bytes() : "EMERSON";
+    std::string const mfrId = value.has("mfrId") ? value.at("mfrId").bytes() : "EMERSON";
     if (mfrId.empty() || mfrId.size() > SimulatedSupply::kLongestMfrId) {
-      place.at("mfrId").refuse(inQuotes(mfrId) + " has not 1 to 32 bytes");
+      value.at("mfrId").refuse(inQuotes(mfrId) + " has not 1 to 32 bytes");
     }
-    std::string const text = place.at("image").string();
-    return ScenarioSupply{.text = text, .kind = SimulatedSupply(image(place.at("image")), mfrId)};
+    std::string const text = value.at("image").string();
+    return ScenarioSupply{.text = text, .kind = SimulatedSupply(image(value.at("image")), mfrId)};
   }
 
-  std::vector<Kex::U8> const& image(JsonPlace const& place) {
-    std::string const file = (folder_ / place.string()).string();
+  std::vector<Kex::U8> const& image(JsonValue const& value) {
+    std::string const file = (folder_ / value.string()).string();
     auto const found = images_.find(file);
     if (found != images_.end()) {
       return found->second;
@@ -154,7 +154,7 @@ class Reader {
     try {
       return images_[file] = readFruImage(file);
     } catch (Failure const& failure) {
-      place.refuse(failure.what());
+      value.refuse(failure.what());
     }
   }
 
@@ -166,13 +166,13 @@ class Reader {
 }  // namespace
 
 Scenario parseScenario(std::string_view text, std::filesystem::path const& folder) {
-  JsonPlace::Json document;
+  JsonValue::Json document;
   try {
-    document = JsonPlace::Json::parse(text);
-  } catch (JsonPlace::Json::exception const& error) {
+    document = JsonValue::Json::parse(text);
+  } catch (JsonValue::Json::exception const& error) {
     throw UsageError(oneLine(error.what()));
   }
-  return Reader(folder).scenario(JsonPlace(document, ""));
+  return Reader(folder).scenario(JsonValue(document, ""));
 }
 
 Scenario readScenario(std::string const& file) {

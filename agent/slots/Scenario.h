@@ -15,7 +15,7 @@ namespace Agent {
 
 /// A recording that stands for a supply: the text after `replay:` of a SOURCE.
 struct RecordedSupply {
-  std::string place;
+  std::string locator;
 };
 
 /// What is in a slot.

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "agent/base/Supply.h"
 #include "agent/slots/Plugin.h"
 #include "host/detector/SlotDriver.h"
 #include "host/smbus/Bus.h"
@@ -16,8 +17,6 @@ namespace Agent {
 /// cell at /config/NAME, /status/NAME and /cell/NAME.
 class Slot {
  public:
-  using Supply = Hardware::PowerSupplySlot::Supply;
-
   /// Throws a `UsageError` when the root of the tree has a member called `name` already, and a
   /// `Kex::Exception` when the factory refuses.
   Slot(std::string const& name, std::unique_ptr<Smbus::Transport> transport, Plugin const& plugin);

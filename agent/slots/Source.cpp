@@ -19,39 +19,41 @@ struct Source::Kind {
   /// What the text begins with; empty for a file.
   std::string_view prefix;
   bool isLive = false;
-  /// See `Source::exclusive`; throws a `UsageError` when `place` does not make sense.
-  std::string (*exclusive)(std::string const& place);
-  TransportPtr (*open)(std::string const& place, SourceContext const& context);
+  /// See `Source::exclusive`; throws a `UsageError` when `locator` does not make sense.
+  std::string (*exclusive)(std::string const& locator);
+  TransportPtr (*open)(std::string const& locator, SourceContext const& context);
 };
 
 namespace {
 
-std::string exclusiveFile(std::string const& place) {
-  if (place.empty()) {
+std::string exclusiveFile(std::string const& locator) {
+  if (locator.empty()) {
     throw UsageError("a SOURCE must not be empty");
   }
-  return place == "-" ? "standard input" : "";
+  return locator == "-" ? "standard input" : "";
 }
 
-TransportPtr openFile(std::string const& place, SourceContext const& context) {
-  return std::make_unique<SimulatedBus>(SimulatedSupply(readFruImage(place), context.mfrId));
+TransportPtr openFile(std::string const& locator, SourceContext const& context) {
+  return std::make_unique<SimulatedBus>(SimulatedSupply(readFruImage(locator), context.mfrId));
 }
 
-std::string exclusiveBus(std::string const& place) { return linuxBusName(linuxBusNumber(place)); }
-
-TransportPtr openBus(std::string const& place, SourceContext const& context) {
-  return std::make_unique<LinuxTransport>(linuxBusNumber(place), context.post);
+std::string exclusiveBus(std::string const& locator) {
+  return linuxBusName(linuxBusNumber(locator));
 }
 
-std::string exclusiveRecording(std::string const& place) {
-  if (place.empty()) {
+TransportPtr openBus(std::string const& locator, SourceContext const& context) {
+  return std::make_unique<LinuxTransport>(linuxBusNumber(locator), context.post);
+}
+
+std::string exclusiveRecording(std::string const& locator) {
+  if (locator.empty()) {
     throw UsageError("replay: needs the name of a FILE");
   }
   return "";
 }
 
-TransportPtr openRecording(std::string const& place, SourceContext const& context) {
-  return std::make_unique<ReplayTransport>(place, context.onEnd);
+TransportPtr openRecording(std::string const& locator, SourceContext const& context) {
+  return std::make_unique<ReplayTransport>(locator, context.onEnd);
 }
 
 }  // namespace
@@ -74,13 +76,13 @@ Source::Kind const* Source::kindOf(std::string_view text) {
 Source::Source(std::string text)
     : text_(std::move(text)),
       kind_(kindOf(text_)),
-      place_(text_.substr(kind_->prefix.size())),
-      exclusive_(kind_->exclusive(place_)) {}
+      locator_(text_.substr(kind_->prefix.size())),
+      exclusive_(kind_->exclusive(locator_)) {}
 
 bool Source::isLive() const { return kind_->isLive; }
 
 TransportPtr Source::open(SourceContext const& context) const {
-  return kind_->open(place_, context);
+  return kind_->open(locator_, context);
 }
 
 std::vector<Source> parseSources(std::vector<std::string> const& texts) {

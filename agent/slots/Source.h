@@ -44,7 +44,7 @@ class Source {
   std::string text_;
   Kind const* kind_;
   /// The text without the prefix that tells the kind.
-  std::string place_;
+  std::string locator_;
   std::string exclusive_;
 };
 

@@ -4,7 +4,6 @@
 #include <iostream>
 #include <utility>
 
-#include "agent/base/Error.h"
 #include "agent/recording/TransactionLog.h"
 #include "agent/recording/Transcript.h"
 #include "agent/report/Report.h"
@@ -32,7 +31,7 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
 
 void WatchedSlot::handleSupply(Supply const& supply) {
   Shown shown{.verdict = supply.verdict,
-              .serialNumber = supply.product ? supply.product->serialNumber : Kex::String8(),
+              .serialNumber = supply.product ? supply.product->serialNumber() : Kex::String8(),
               .fdl = supply.fdl};
   if (shown_ == shown) {
     return;
@@ -59,7 +58,7 @@ void WatchedSlot::handleTransaction(Hardware::VornRequest const& request,
   }
   TransactionRecord const record = recordOf(request, transaction);
   if (reporting_.recorder != nullptr) {
-    guard([&] { reporting_.recorder->recordIs(slot_.name(), record); });
+    reporting_.ledger.attempt([&] { reporting_.recorder->recordIs(slot_.name(), record); });
   }
   if (reporting_.isTranscript) {
     print(reporting_.isJson ? jsonLine(transactionJson(slot_.name(), record))
@@ -71,22 +70,13 @@ void WatchedSlot::publish(Supply const& supply) {
   if (reporting_.publisher == nullptr) {
     return;
   }
-  guard([&] {
-    if (supply.verdict == Hardware::PowerSupplySlot::Verdict::identified) {
+  reporting_.ledger.attempt([&] {
+    if (supply.verdict == Verdict::identified) {
       reporting_.publisher->fdlIs(slot_.name(), supply.fdl.view());
     } else {
       reporting_.publisher->fdlDel(slot_.name());
     }
   });
-}
-
-void WatchedSlot::guard(std::function<void()> const& work) {
-  try {
-    work();
-  } catch (Failure const& failure) {
-    complain(failure.what());
-    reporting_.status = worse(reporting_.status, Status::failed);
-  }
 }
 
 void WatchedSlot::print(std::string const& line) const {

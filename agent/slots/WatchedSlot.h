@@ -1,12 +1,11 @@
 // A slot whose changes are printed as they happen.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "agent/base/ExitStatus.h"
+#include "agent/base/Ledger.h"
 #include "agent/recording/Recorder.h"
 #include "agent/slots/Publisher.h"
 #include "agent/slots/Slot.h"
@@ -24,8 +23,8 @@ struct Reporting {
   Publisher* publisher = nullptr;
   /// Where every bus transaction is recorded; null for nowhere.
   Recorder* recorder = nullptr;
-  /// Worsened when something cannot be written.
-  Status status = Status::ok;
+  /// Where it is kept that something cannot be written.
+  Ledger ledger{};
 };
 
 /// A slot that prints a line whenever its verdict, serial number or FDL differs from the last line
@@ -45,11 +44,9 @@ class WatchedSlot final : Smbus::TransactionObserver {
   void sourceIs(std::optional<std::string> source) { source_ = std::move(source); }
 
  private:
-  using Supply = Slot::Supply;
-
   /// What a line is about: two lines of the same are printed once.
   struct Shown {
-    Hardware::PowerSupplySlot::Verdict verdict;
+    Verdict verdict;
     Kex::String8 serialNumber;
     Kex::String8 fdl;
     bool operator==(Shown const&) const = default;
@@ -59,8 +56,6 @@ class WatchedSlot final : Smbus::TransactionObserver {
   void handleTransaction(Hardware::VornRequest const& request,
                          Smbus::Transaction const& transaction) override;
   void publish(Supply const& supply);
-  /// Does `work`; a failure is told of and makes the run's status.
-  void guard(std::function<void()> const& work);
   void print(std::string const& line) const;
 
   std::optional<std::string> source_;

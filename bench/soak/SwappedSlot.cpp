@@ -70,7 +70,7 @@ void SwappedSlot::change(std::optional<Agent::SimulatedSupply> const& supply, Ex
 
 void SwappedSlot::handleSupply(Supply const& supply) {
   Sight sight{.verdict = supply.verdict,
-              .serialNumber = supply.product ? supply.product->serialNumber : Kex::String8(),
+              .serialNumber = supply.product ? supply.product->serialNumber() : Kex::String8(),
               .fdl = supply.fdl};
   if (sight_ == sight) {
     return;

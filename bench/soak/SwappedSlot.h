@@ -31,7 +31,7 @@ class SwappedSlot {
   Kex::U64 unexpected() const { return unexpected_; }
 
  private:
-  using Supply = Agent::Slot::Supply;
+  using Supply = Agent::Supply;
 
   /// What a change is known by, as for a person who watches the slot.
   struct Sight {

@@ -85,18 +85,19 @@ Supply judgeIdentification(Findings findings, bool hwError, String8 const& fdl) 
   Supply supply;
   supply.hwError = hwError;
   supply.product = std::move(findings.product);
-  if (hwError) {
-    supply.verdict = Verdict::invalidChecksum;
-    supply.reason = "the product info area's checksum is wrong";
-  } else if (!findings.hasArea) {
-    supply.verdict = Verdict::unsupportedVersion;
-    supply.reason =
-        Kex::format("the product info area has format version %u, not 1", findings.areaVersion);
+  if (hwError || !findings.hasArea) {
+    supply.verdict = hwError ? Verdict::invalidChecksum : Verdict::unsupportedVersion;
+    // No fault is there when somebody else has set what the verdict follows from.
+    supply.reason = findings.areaFault.empty() ? "the product info area was withdrawn"
+                                               : std::move(findings.areaFault);
   } else if (fdl.empty()) {
     supply.verdict = Verdict::unrecognised;
-    auto const product = supply.product.value_or(Hardware::PowerSupplySlot::ProductTexts{});
-    supply.reason = joined({"no descriptor knows product name \"", product.productName.view(),
-                            "\", part number \"", product.partNumber.view(), "\""});
+    auto const text = [&](Ipmi::ProductInfoArea::Field field) {
+      return supply.product ? supply.product->field(field).text.view() : std::string_view();
+    };
+    supply.reason =
+        joined({"no descriptor knows product name \"", text(Ipmi::ProductInfoArea::kProductName),
+                "\", part number \"", text(Ipmi::ProductInfoArea::kPartNumber), "\""});
   } else {
     supply.verdict = Verdict::identified;
     supply.fdl = fdl;

@@ -17,11 +17,11 @@ using Hardware::PowerSupplySlot::Verdict;
 struct Findings {
   /// Why the common header was rejected, for a person.
   Kex::String8 headerFault;
-  /// Format version of the product info area, as its header was last read.
-  Kex::U8 areaVersion = 0;
+  /// Why the product info area, or its header, was rejected, for a person.
+  Kex::String8 areaFault;
   /// Whether the product info area was read; it is not when its format version is unknown.
   bool hasArea = false;
-  std::optional<Hardware::PowerSupplySlot::ProductTexts> product;
+  Kex::Ptr<Ipmi::ProductInfoArea const> product;
 };
 
 /// What is remembered of a supply while it is in the slot.

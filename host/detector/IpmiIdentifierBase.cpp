@@ -2,7 +2,6 @@
 #include "host/detector/IpmiIdentifierBase.h"
 
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
-#include "host/kex/base/Format.h"
 #include "host/tables/Access.h"
 #include "host/tables/TypeTable.h"
 
@@ -47,15 +46,10 @@ Base::BufPtr filledBuf(Kex::U32 size) {
   return buffer;
 }
 
-Kex::String8 headerFault(CommonAreaHeader const& header) {
-  if (header.ipmiVersion() != 1) {
-    return Kex::format("the FRU common header has version %u, not 1", header.ipmiVersion());
-  }
-  if (!header.checksumValid()) {
-    return Kex::format("the FRU common header's checksum 0x%02x is wrong",
-                       header.bytes()[CommonAreaHeader::kLength - 1]);
-  }
-  return header.productAreaOffset() == 0 ? "the FRU common header names no product info area" : "";
+template <class Record>
+Kex::String8 faultText(Record const& record) {
+  auto const fault = record.fault();
+  return fault ? fault->text : Kex::String8();
 }
 
 }  // namespace
@@ -111,29 +105,25 @@ void IdentifierBase::doForgetSupply() {
 PowerSupplyDetector::Findings IdentifierBase::findings() const {
   PowerSupplyDetector::Findings found;
   if (idprom() && idprom()->header()) {
-    found.headerFault = headerFault(*idprom()->header());
+    found.headerFault = faultText(*idprom()->header());
   }
-  found.areaVersion = productInfoHeaderBuf()->byte(0);
+  if (idprom()) {
+    found.product = idprom()->productInfo();
+  }
   found.hasArea = bool(productInfoBuf());
-  if (idprom() && idprom()->productInfo()) {
-    ProductInfoArea const& area = *idprom()->productInfo();
-    found.product = {.manufacturerName = area.manufacturerName(),
-                     .productName = area.productName(),
-                     .partNumber = area.partNumber(),
-                     .productVersion = area.productVersion(),
-                     .serialNumber = area.serialNumber()};
-  }
+  found.areaFault = found.hasArea && found.product
+                        ? faultText(*found.product)
+                        : faultText(ProductInfoArea(*productInfoHeaderBuf()));
   return found;
 }
 
 std::optional<Kex::String8> IdentifierBase::managingDescriptor() const {
   auto const registry = Kex::Entity::singleton<SupportedPowerSupplyRegistry>();
-  for (auto walk = registry->powerSupplyDescriptorIterator(); walk; ++walk) {
-    if (walk->managed()) {
-      return walk->fwkType().name().str();
-    }
-  }
-  return std::nullopt;
+  // Identification walks up to the descriptor whose FDL it takes. It need not have walked at all.
+  auto const reached = registry->reachedDescriptorDel();
+  return reached && reached->managed() && reached->fdl() == fdl()
+             ? std::optional(reached->fwkType().name().str())
+             : std::nullopt;
 }
 
 Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf()->str(); }

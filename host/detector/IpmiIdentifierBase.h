@@ -12,7 +12,7 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
   using BufPtr = Kex::Ptr<Hal::Buf>;
 
   /// Length of a product info area's header that is read first, in bytes.
-  static constexpr Kex::U8 kProductInfoHeaderLength = 2;
+  static constexpr Kex::U8 kProductInfoHeaderLength = ProductInfoArea::kHeaderLength;
 
   static Kex::KexType& _fwkType();
 
@@ -46,7 +46,7 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
  protected:
   void doForgetSupply() override;
   PowerSupplyDetector::Findings findings() const override;
-  /// The first descriptor, in registry order, that manages the supply examined last.
+  /// The descriptor at which the identification left its walk, if it is the one that gave the FDL.
   std::optional<Kex::String8> managingDescriptor() const override;
   Kex::String8 areaHeader() const override;
 

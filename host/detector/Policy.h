@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "host/hardware/Supply.h"
+#include "host/kex/base/Export.h"
 #include "host/kex/base/Types.h"
 
 namespace PowerSupplyDetector {
@@ -28,7 +29,7 @@ enum class Next : Kex::U8 {
 
 /// Time after which the detection of a supply with a wrong checksum or an unsupported version is
 /// repeated, in seconds: it doubles from the least to the most.
-class BackOff {
+class KEX_API BackOff {
  public:
   /// Least and most interval.
   static constexpr double kLeast = 1.0;
@@ -95,11 +96,11 @@ enum class Checked : Kex::U8 {
 };
 
 /// After a poll that found a supply or did not.
-Move afterPoll(bool isPresent, Situation const& situation);
+KEX_API Move afterPoll(bool isPresent, Situation const& situation);
 /// After an identification with its verdict; none: it was given up.
-Move afterIdentify(std::optional<Hardware::PowerSupplySlot::Verdict> verdict,
-                   Situation const& situation);
+KEX_API Move afterIdentify(std::optional<Hardware::PowerSupplySlot::Verdict> verdict,
+                           Situation const& situation);
 /// After a check; `isFirst`: what identification found is not told yet.
-Move afterCheck(Checked checked, bool isFirst, Situation const& situation);
+KEX_API Move afterCheck(Checked checked, bool isFirst, Situation const& situation);
 
 }  // namespace PowerSupplyDetector

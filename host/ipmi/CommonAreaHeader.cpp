@@ -1,16 +1,10 @@
 // Ipmi::CommonAreaHeader, the FRU common header.
 #include "host/ipmi/CommonAreaHeader.h"
 
-#include <algorithm>
-#include <numeric>
-
+#include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
 
 namespace Ipmi {
-
-bool isZeroSum(std::span<Kex::U8 const> bytes) {
-  return !bytes.empty() && std::accumulate(bytes.begin(), bytes.end(), 0U) % 256 == 0;
-}
 
 Kex::KexType& CommonAreaHeader::_fwkType() {
   static Kex::KexType& record =
@@ -23,9 +17,27 @@ Kex::Ptr<CommonAreaHeader> CommonAreaHeader::CommonAreaHeaderIs(Kex::Ptr<Hal::Bu
 }
 
 CommonAreaHeader::CommonAreaHeader(Hal::Buf const& buffer)
-    : checksumValid_(isZeroSum(buffer.bytes())) {
-  std::ranges::copy(buffer.bytes().first(std::min<std::size_t>(kLength, buffer.len())),
-                    bytes_.begin());
+    : bytes_(firstBytes<kLength>(buffer.bytes())),
+      checksumValid_(buffer.len() != 0 && isZeroSum(bytes_)) {}
+
+std::optional<RecordFault> CommonAreaHeader::fault() const {
+  if (ipmiVersion() != 1) {
+    return RecordFault{kVersion,
+                       Kex::format("the FRU common header has version %u, not 1", ipmiVersion())};
+  }
+  if (!checksumValid()) {
+    return RecordFault{kChecksum, Kex::format("the FRU common header's checksum 0x%02x is wrong",
+                                              bytes_[kChecksum])};
+  }
+  if (productAreaOffset() != 0) {
+    return std::nullopt;
+  }
+  unsigned const start = bytes_[kProductArea] * 8U;
+  return RecordFault{kProductArea,
+                     start == 0 ? "the FRU common header names no product info area"
+                                : Kex::format("the FRU common header names a product info area at "
+                                              "0x%x, which no one-byte offset reaches",
+                                              start)};
 }
 
 Kex::KexType& CommonAreaHeader::fwkType() const { return _fwkType(); }

@@ -1,9 +1,10 @@
 // Ipmi::ProductInfoArea, the FRU product info area.
 #include "host/ipmi/ProductInfoArea.h"
 
+#include <algorithm>
 #include <string>
 
-#include "host/ipmi/CommonAreaHeader.h"
+#include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
 
 namespace Ipmi {
@@ -12,9 +13,9 @@ namespace {
 
 using Bytes = std::span<Kex::U8 const>;
 
-constexpr std::size_t kLanguageOffset = 2;
-constexpr std::size_t kFirstField = 3;
 constexpr Kex::U8 kEndOfFields = 0xC1;
+
+std::string storedText(Bytes bytes) { return {bytes.begin(), bytes.end()}; }
 
 std::string bcdPlusText(Bytes bytes) {
   constexpr std::string_view kDigits = "0123456789 -.???";
@@ -37,7 +38,26 @@ std::string sixBitText(Bytes bytes) {
   return text;
 }
 
-/// Reads fields one after the other; once a field overruns the area, or the end mark is met, there
+/// A way in which a field's bytes stand for its text.
+struct Encoding {
+  char const* name;
+  std::string (*text)(Bytes bytes);
+};
+
+/// In the order of `FieldEncoding`, which has no more than the two bits of it. BCD digits that mean
+/// nothing are shown as `?`.
+constexpr Encoding kEncodings[] = {
+    {"binary", &storedText},
+    {"BCD plus", &bcdPlusText},
+    {"6-bit", &sixBitText},
+    {"8-bit", &storedText},
+};
+
+Encoding const& encodingOf(FieldEncoding encoding) {
+  return kEncodings[static_cast<Kex::U8>(encoding)];
+}
+
+/// Reads fields one after the other; once a field overruns `area`, or the end mark is met, there
 /// is nothing more.
 class FieldCursor {
  public:
@@ -57,7 +77,7 @@ class FieldCursor {
     }
     at_ = start + length;
     auto const encoding = static_cast<FieldEncoding>(typeLength >> 6);
-    return {.text = fieldText(encoding, area_.subspan(start, length)),
+    return {.text = Kex::String8(encodingOf(encoding).text(area_.subspan(start, length))),
             .encoding = encoding,
             .offset = static_cast<Kex::U8>(start),
             .length = static_cast<Kex::U8>(length)};
@@ -65,21 +85,13 @@ class FieldCursor {
 
  private:
   Bytes area_;
-  std::size_t at_ = kFirstField;
+  std::size_t at_ = ProductInfoArea::kLanguage + 1;
   bool isAtEnd_ = false;
 };
 
 }  // namespace
 
-Kex::String8 fieldText(FieldEncoding encoding, Bytes bytes) {
-  switch (encoding) {
-    case FieldEncoding::bcdPlus: return Kex::String8(bcdPlusText(bytes));
-    case FieldEncoding::sixBitAscii: return Kex::String8(sixBitText(bytes));
-    case FieldEncoding::binary:
-    case FieldEncoding::eightBit: break;
-  }
-  return Kex::String8(bytes);
-}
+char const* encodingName(FieldEncoding encoding) { return encodingOf(encoding).name; }
 
 Kex::KexType& ProductInfoArea::_fwkType() {
   static Kex::KexType& record =
@@ -92,16 +104,28 @@ Kex::Ptr<ProductInfoArea> ProductInfoArea::ProductInfoAreaIs(Kex::Ptr<Hal::Buf> 
 }
 
 ProductInfoArea::ProductInfoArea(Hal::Buf const& buffer)
-    : checksumValid_(isZeroSum(buffer.bytes())) {
-  // Offsets are one byte wide; an area never has more than 255 bytes, whatever the buffer has.
-  Bytes const area = buffer.bytes().first(std::min<std::size_t>(buffer.len(), 255));
-  if (area.size() > kLanguageOffset) {
-    language_ = area[kLanguageOffset];
-  }
-  FieldCursor cursor(area);
+    : head_(firstBytes<kLanguage + 1>(buffer.bytes())),
+      checksumOffset_(buffer.len() == 0 ? 0 : buffer.len() - 1),
+      checksumValid_(isZeroSum(buffer.bytes())) {
+  // Offsets are one byte wide: an area never has more than 255 bytes, whatever the buffer has.
+  FieldCursor cursor(buffer.bytes().first(std::min<std::size_t>(checksumOffset_, 255)));
   for (AreaField& field : fields_) {
     field = cursor.next();
   }
+  for (AreaField field = cursor.next(); field.offset != 0; field = cursor.next()) {
+    customFields_.push_back(std::move(field));
+  }
+}
+
+std::optional<RecordFault> ProductInfoArea::fault() const {
+  if (version() != 1) {
+    return RecordFault{
+        kVersion, Kex::format("the product info area has format version %u, not 1", version())};
+  }
+  if (!checksumValid()) {
+    return RecordFault{checksumOffset_, "the product info area's checksum is wrong"};
+  }
+  return std::nullopt;
 }
 
 Kex::KexType& ProductInfoArea::fwkType() const { return _fwkType(); }

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <span>
+#include <vector>
 
 #include "host/hal/Buf.h"
+#include "host/ipmi/Record.h"
 
 namespace Ipmi {
 
@@ -20,11 +23,14 @@ struct AreaField {
   Kex::U8 offset = 0;
   /// Number of stored bytes.
   Kex::U8 length = 0;
+
+  bool operator==(AreaField const&) const = default;
 };
 
 /// A product info area (IPMI Platform Management FRU Information Storage Definition, section 12).
-/// Nothing is read past the buffer: a field that overruns it is empty with offset and length 0, and
-/// so are all after it. `0xC1` ends the fields.
+/// Nothing is read past the buffer, whose last byte is the checksum: a field that reaches into it
+/// is empty with offset and length 0, and so are all after it. `0xC1` ends the fields. Bytes that
+/// the buffer does not have read as 0.
 class KEX_API ProductInfoArea final : public Kex::PtrInterface {
  public:
   /// The fields that every area has, in their order.
@@ -38,6 +44,14 @@ class KEX_API ProductInfoArea final : public Kex::PtrInterface {
     kFruFileId,
     kFields
   };
+  /// What the fields are called.
+  static constexpr std::array<char const*, kFields> kFieldNames = {
+      "manufacturer name", "product name", "part number", "product version",
+      "serial number",     "asset tag",    "FRU file ID"};
+  /// Where an area's version, length and language stand, in bytes.
+  enum Offset : Kex::U8 { kVersion, kLength, kLanguage };
+  /// Length of an area's header, its version and length, in bytes.
+  static constexpr Kex::U8 kHeaderLength = 2;
 
   static Kex::KexType& _fwkType();
   /// The record of what `buffer` holds now.
@@ -56,19 +70,33 @@ class KEX_API ProductInfoArea final : public Kex::PtrInterface {
   Kex::U8 serialNumberLength() const { return field(kSerialNumber).length; }
   /// One field; of `kFields` there is none.
   AreaField const& field(Field which) const { return fields_[which]; }
+  /// All of them, in their order.
+  std::array<AreaField, kFields> const& fields() const { return fields_; }
+  /// Fields that the maker added, from behind the last field to the end mark.
+  std::vector<AreaField> const& customFields() const { return customFields_; }
 
   /// Whether all bytes of the area add up to 0 modulo 256; false when there are none.
   bool checksumValid() const { return checksumValid_; }
+  /// The area's format version.
+  Kex::U8 version() const { return head_[kVersion]; }
+  /// The area's length in bytes as it stands in the area, one byte wide.
+  Kex::U8 length() const { return static_cast<Kex::U8>(head_[kLength] * 8); }
   /// The IPMI language code; 0 is English.
-  Kex::U8 language() const { return language_; }
+  Kex::U8 language() const { return head_[kLanguage]; }
+  /// What makes the area unacceptable: another version than 1, else a wrong checksum. None for an
+  /// accepted area. Of an area's header alone the version can be judged.
+  std::optional<RecordFault> fault() const;
 
  private:
   std::array<AreaField, kFields> fields_;
+  std::vector<AreaField> customFields_;
+  std::array<Kex::U8, kLanguage + 1> head_;
+  /// The last byte's offset; 0 of an empty buffer.
+  Kex::U32 checksumOffset_;
   bool checksumValid_;
-  Kex::U8 language_ = 0;
 };
 
-/// The text that `bytes` stand for in `encoding`. BCD digits that mean nothing are shown as `?`.
-KEX_API Kex::String8 fieldText(FieldEncoding encoding, std::span<Kex::U8 const> bytes);
+/// The encoding's name for a person.
+KEX_API char const* encodingName(FieldEncoding encoding);
 
 }  // namespace Ipmi

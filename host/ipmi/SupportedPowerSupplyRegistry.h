@@ -12,6 +12,23 @@ class KEX_API SupportedPowerSupplyRegistry final : public Kex::Entity {
  public:
   using Descriptors = Kex::HashMap<SupportedPowerSupplyDescriptorBase>;
 
+  /// A walk over the descriptors; the registry knows how far the one that moved last has come.
+  class Walk : public Descriptors::Iterator {
+   public:
+    explicit Walk(SupportedPowerSupplyRegistry& registry)
+        : Iterator(registry.descriptors_), registry_(&registry) {
+      registry_->reached_ = **this;
+    }
+    Walk& operator++() {
+      Iterator::operator++();
+      registry_->reached_ = **this;
+      return *this;
+    }
+
+   private:
+    SupportedPowerSupplyRegistry* registry_;
+  };
+
   static Kex::KexType& _fwkType();
 
   explicit SupportedPowerSupplyRegistry(Kex::Name name) : Entity(std::move(name)) {}
@@ -25,7 +42,13 @@ class KEX_API SupportedPowerSupplyRegistry final : public Kex::Entity {
   }
 
   Descriptors const& powerSupplyDescriptors() const { return descriptors_; }
-  Descriptors::Iterator powerSupplyDescriptorIterator() const { return descriptors_.begin(); }
+  /// A walk that stands on the first descriptor.
+  Walk powerSupplyDescriptorIterator() { return Walk(*this); }
+  /// The descriptor that the last walk stands on or was left at, told once; null for one that came
+  /// to the end.
+  Kex::Ptr<SupportedPowerSupplyDescriptorBase> reachedDescriptorDel() {
+    return std::exchange(reached_, {});
+  }
   /// Takes `descriptor` in, in place of one of the same name.
   void powerSupplyDescriptorIs(Kex::Ptr<SupportedPowerSupplyDescriptorBase> const& descriptor);
   /// Lets the descriptor go; null if there was none.
@@ -33,6 +56,7 @@ class KEX_API SupportedPowerSupplyRegistry final : public Kex::Entity {
 
  private:
   Descriptors descriptors_;
+  Kex::Ptr<SupportedPowerSupplyDescriptorBase> reached_;
 };
 
 }  // namespace Ipmi

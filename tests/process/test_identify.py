@@ -39,8 +39,16 @@ class Output(Case):
                 self.assertIn(f"{name}.fru: warning: {field}", err[0])
 
     def test_explain_marks_the_line_that_failed(self):
+        # A start and a length that one byte wide wrap to 0.
+        start, length = (self.folder / name for name in ("start", "length"))
+        image = bytearray(DS2900.read_bytes())
+        start.write_bytes(image[:4] + bytes([0x20]) + image[5:7] + bytes(
+            [(image[7] + image[4] - 0x20) & 0xff]) + image[8:])
+        length.write_bytes(image[:9] + bytes([0x20]) + image[10:])
         for arguments, marked in (
                 ([DS2900], []),
+                ([start], ["0x04", "product info area", "at 0x100 (wraps to 0x00)"]),
+                ([length], ["0x09", "length", "32 x 8 bytes (wraps to 0x00)"]),
                 (["--mfr-id", "ACME", DS2900], ["ACME"]),
                 ([faulty("header-checksum")], ["0x07", "stored"]),
                 ([faulty("no-product-area")], ["0x04", "product info area", "none"]),
@@ -119,6 +127,14 @@ class ExitStatus(Case):
                 (["--library", elf, DS2900], "elf: "),
                 (["--library", host, DS2900], "no section .kex.type")):
             self.refused(1, told, "identify", *arguments)
+
+    def test_a_plug_in_that_throws_while_it_is_loaded(self):
+        plugin = os.environ["PSU_THROWING_PLUGIN"]
+        for thrown, told in (("text", "a text"), ("framework", "range exception: out of range"),
+                             ("number", "an exception that has no text")):
+            os.environ["PSU_THROWN"] = thrown
+            self.refused(1, f"{plugin}: cannot be loaded: {told}", "--library", plugin, "identify",
+                         DS2900)
 
     def test_full_output(self):
         with open("/dev/full", "wb") as full:

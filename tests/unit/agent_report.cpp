@@ -6,14 +6,14 @@
 
 #include "agent/base/Text.h"
 #include "agent/report/Report.h"
+#include "tests/unit/ipmi_support.h"
 
 namespace {
 
 using namespace std::string_literals;
 using Agent::Status;
 using Agent::Supply;
-using Hardware::PowerSupplySlot::ProductTexts;
-using Hardware::PowerSupplySlot::Verdict;
+using Agent::Verdict;
 using Kex::String8;
 using testing::ElementsAre;
 
@@ -42,8 +42,8 @@ Supply identified(std::array<std::string, 5> const& texts, std::string const& fd
   supply.verdict = Verdict::identified;
   supply.mfrId = bytes("EMER\0\0\0"s);
   supply.descriptor = "DS2900";
-  supply.product = ProductTexts{bytes(texts[0]), bytes(texts[1]), bytes(texts[2]), bytes(texts[3]),
-                                bytes(texts[4])};
+  supply.product =
+      ipmiTest::idpromOf({texts[0], texts[1], texts[2], texts[3], texts[4]})->productInfo();
   supply.hwError = false;
   supply.transactions = 9;
   supply.fdl = bytes(fdl);
@@ -87,6 +87,17 @@ TEST(Report, LinesForPeople) {
   EXPECT_EQ(Agent::supplyLine(10, "PS1", supply), "10.000 PS1 unrecognised nobody knows \"A\"");
   EXPECT_EQ(Agent::explanation(supply),
             "unrecognised: nobody knows \"A\" (MFR_ID \"EMER\", serial number \"\\x0A\")");
+}
+
+TEST(ExitStatus, OfAVerdict) {
+  for (auto const& row : Hardware::PowerSupplySlot::kVerdicts) {
+    Supply supply;
+    supply.verdict = row.verdict;
+    EXPECT_EQ(Agent::statusOf(supply), row.verdict == Verdict::absent ? Status::absent
+                                       : row.verdict == Verdict::identified
+                                           ? Status::ok
+                                           : Status::notIdentified);
+  }
 }
 
 TEST(ExitStatus, Precedence) {

@@ -1,10 +1,78 @@
 // What holds the identifiers of a slot: none is left running, none is hurt by what comes late.
+#include <array>
+
 #include "host/kex/base/Exception.h"
+#include "host/kex/type/KexType.h"
 #include "tests/support/ScriptedBus.h"
 
 namespace {
 
 using busTest::Slot;
+
+/// A descriptor of a type of its own, which leaves the registry while it is asked, if it is to.
+template <int number>
+class Typed final : public Ipmi::SupportedPowerSupplyDescriptorBase {
+ public:
+  Typed(char const* part, bool isLeaving)
+      : SupportedPowerSupplyDescriptorBase(kName), part_(part), isLeaving_(isLeaving) {}
+  static constexpr char kName[] = {'T', '0' + number, '\0'};
+  static Kex::KexType& _fwkType() {
+    static Kex::KexType& record = Kex::newHostType<Typed>(kName, nullptr);
+    return record;
+  }
+  Kex::KexType& fwkType() const override { return _fwkType(); }
+  void doGenerateFdl(Kex::Ptr<Ipmi::IdpromContents> const& idprom) override {
+    managedIs(idprom->productInfo()->partNumber() == part_);
+    fdlIs(managed() ? Kex::String8(part_) : Kex::String8());
+    if (isLeaving_) {
+      Slot::registry().powerSupplyDescriptorDel(name());
+    }
+  }
+
+ private:
+  char const* part_;
+  bool isLeaving_;
+};
+
+TEST(DetectorSlots, nameTheDescriptorThatGaveTheFdl) {
+  struct {
+    char const* what;
+    std::array<char const*, 2> parts;  ///< of the descriptors in the order of the walk
+    std::array<bool, 2> isLeaving;
+    bool isManagedBefore;  ///< both managed a supply in another slot
+    char const* descriptor;
+  } const rows[] = {
+      {"the first", {"P", "P"}, {false, false}, false, "T1"},
+      {"the second", {"Q", "P"}, {false, false}, false, "T0"},
+      {"what is left over", {"P", "Q"}, {false, false}, true, "T1"},
+      {"one that leaves, and what is left over", {"P", "Q"}, {true, false}, true, "T1"},
+      {"behind one that leaves", {"Q", "P"}, {true, false}, true, "T0"},
+  };
+  for (auto const& row : rows) {
+    Slot slot(".....");
+    auto const first = Kex::make<Typed<1>>(row.parts[0], row.isLeaving[0]);
+    auto const second = Kex::make<Typed<0>>(row.parts[1], row.isLeaving[1]);
+    Slot::registry().powerSupplyDescriptorIs(first);
+    Slot::registry().powerSupplyDescriptorIs(second);
+    ASSERT_EQ(Slot::registry().memberNames().front(), first->name());
+    first->managedIs(row.isManagedBefore);
+    second->managedIs(row.isManagedBefore);
+    EXPECT_EQ(slot.run(0.5).supply().descriptor, Kex::String8(row.descriptor)) << row.what;
+  }
+}
+
+TEST(DetectorSlots, nameNoDescriptorThatWasNotAsked) {
+  Slot slot("......");
+  Slot::descriptorIs("stub", "Q");
+  slot.run(0.5);
+  // A walk of somebody else ends at a descriptor that manages something else.
+  Slot::registry().powerSupplyDescriptorIterator()->managedIs(true);
+  slot.identifier->fdlIs("mine");
+  slot.identifier->doIdentifySupplyRequestComplete(true);
+  slot.run(0.6);
+  EXPECT_EQ(slot.supply().fdl, "mine");
+  EXPECT_EQ(slot.supply().descriptor, std::nullopt);
+}
 
 TEST(DetectorSlots, letGoOfIdentifiersWithAReadInFlight) {
   void (*const ways[])(Slot&) = {

@@ -115,7 +115,7 @@ TEST(DetectorStates, neverDescribeAMixtureOfTwoSupplies) {
   };
   EXPECT_EQ(slot.run(1.5).timeline,
             "P0 P0 I0.2 I0.2 I0.2 C0.2 P1 P1 I1.2 I1.2 I1.2 C1.2 identified");
-  EXPECT_EQ(slot.supply().product->serialNumber.view(), second.serial);
+  EXPECT_EQ(slot.supply().product->serialNumber().view(), second.serial);
 }
 
 TEST(DetectorStates, repeatAUselessDetectionMoreAndMoreRarely) {

@@ -174,7 +174,7 @@ TEST(FaultSweep, endsWithTheRightSupply) {
     Supply const supply = lifeWith(plan, expected.fdl);
     EXPECT_EQ(supply.verdict, Verdict::identified);
     EXPECT_EQ(supply.fdl, expected.fdl);
-    EXPECT_EQ(supply.product, expected.product);
+    EXPECT_EQ(supply.product->fields(), expected.product->fields());
     if (HasFailure()) {
       for (auto const& [at, kind] : plan) {
         ADD_FAILURE() << kind->name << " from transaction " << at << " on";

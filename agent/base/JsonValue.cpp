@@ -1,5 +1,5 @@
 // A value in a JSON document, with the path that names it in messages.
-#include "agent/base/JsonPlace.h"
+#include "agent/base/JsonValue.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,21 +11,21 @@ namespace Agent {
 namespace {
 
 /// `value` as it stands in the document, cut where it is long.
-std::string shown(JsonPlace::Json const& value) {
+std::string shown(JsonValue::Json const& value) {
   constexpr std::size_t kMost = 60;
-  std::string text = value.dump(-1, ' ', true, JsonPlace::Json::error_handler_t::replace);
+  std::string text = value.dump(-1, ' ', true, JsonValue::Json::error_handler_t::replace);
   return text.size() <= kMost ? text : text.substr(0, kMost) + "...";
 }
 
-std::string numberText(double number) { return JsonPlace::Json(number).dump(); }
+std::string numberText(double number) { return JsonValue::Json(number).dump(); }
 
 }  // namespace
 
-void JsonPlace::refuse(std::string const& why) const {
+void JsonValue::refuse(std::string const& why) const {
   throw UsageError((path_.empty() ? "the document" : path_) + ": " + why);
 }
 
-void JsonPlace::checkKeys(std::initializer_list<std::string_view> allowed) const {
+void JsonValue::checkKeys(std::initializer_list<std::string_view> allowed) const {
   if (!value_->is_object()) {
     refuse(shown(*value_) + " is no object");
   }
@@ -36,32 +36,32 @@ void JsonPlace::checkKeys(std::initializer_list<std::string_view> allowed) const
   }
 }
 
-JsonPlace JsonPlace::at(char const* key) const {
+JsonValue JsonValue::at(char const* key) const {
   if (!has(key)) {
     refuse("the key \"" + std::string(key) + "\" is missing");
   }
   return {(*value_)[key], path_.empty() ? key : path_ + "." + key};
 }
 
-std::vector<JsonPlace> JsonPlace::elements() const {
+std::vector<JsonValue> JsonValue::elements() const {
   if (!value_->is_array()) {
     refuse(shown(*value_) + " is no array");
   }
-  std::vector<JsonPlace> places;
+  std::vector<JsonValue> elements;
   for (Json const& element : *value_) {
-    places.emplace_back(element, path_ + "[" + std::to_string(places.size()) + "]");
+    elements.emplace_back(element, path_ + "[" + std::to_string(elements.size()) + "]");
   }
-  return places;
+  return elements;
 }
 
-std::string JsonPlace::string() const {
+std::string JsonValue::string() const {
   if (!value_->is_string()) {
     refuse(shown(*value_) + " is no string");
   }
   return value_->get<std::string>();
 }
 
-std::string JsonPlace::bytes() const {
+std::string JsonValue::bytes() const {
   std::string const text = string();
   std::string bytes;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -79,7 +79,7 @@ std::string JsonPlace::bytes() const {
   return bytes;
 }
 
-double JsonPlace::number(double least, double most) const {
+double JsonValue::number(double least, double most) const {
   double const number = value_->is_number() ? value_->get<double>() : std::nan("");
   bool const isWithin = number >= least && number <= most;  // false for what is no number
   if (!isWithin) {
@@ -88,7 +88,7 @@ double JsonPlace::number(double least, double most) const {
   return number;
 }
 
-unsigned JsonPlace::integer(unsigned least, unsigned most) const {
+unsigned JsonValue::integer(unsigned least, unsigned most) const {
   double const value = value_->is_number() ? value_->get<double>() : std::nan("");
   bool const isWithin = value >= least && value <= most;
   if (!isWithin || value != std::floor(value)) {

@@ -13,21 +13,21 @@ namespace Agent {
 
 /// Reads a value by what is expected of it. Whatever does not fit throws a `UsageError` that begins
 /// with the value's path: `slots[0].events[2].at: ...`.
-class JsonPlace {
+class JsonValue {
  public:
   using Json = nlohmann::ordered_json;
 
-  /// `value` must outlive the place; `path` is what it is called, empty for the whole document.
-  JsonPlace(Json const& value, std::string path) : value_(&value), path_(std::move(path)) {}
+  /// `value` must outlive this one; `path` is what it is called, empty for the whole document.
+  JsonValue(Json const& value, std::string path) : value_(&value), path_(std::move(path)) {}
 
   bool isNull() const { return value_->is_null(); }
   /// Throws unless the value is an object whose keys are among `allowed`.
   void checkKeys(std::initializer_list<std::string_view> allowed) const;
   bool has(char const* key) const { return value_->contains(key); }
   /// The member under `key`, which must be there.
-  JsonPlace at(char const* key) const;
+  JsonValue at(char const* key) const;
   /// The elements; the value must be an array.
-  std::vector<JsonPlace> elements() const;
+  std::vector<JsonValue> elements() const;
   std::string string() const;
   /// A text whose code points stand for bytes (Latin-1).
   std::string bytes() const;
