@@ -29,9 +29,10 @@ void Module::define() {
 void Module::declare(ModuleType const& type) const {
   IntrospectionReactor& reactor = IntrospectionReactor::global();
   Kex::KexType& record = type.record();
-  reactor.handleType(record, record.base());
+  Kex::KexType* const base = type.table->baseRecord();
+  reactor.handleType(record, base);
   Tables::declareType(record, *type.table);
-  Tables::declareAttributes(record, type.table->rows, [](Kex::KexAttr& attribute) {
+  Tables::declareAttributes(record, base, type.table->rows, [](Kex::KexAttr& attribute) {
     IntrospectionReactor::global().handleAttr(attribute);
     IntrospectionReactor::global().handleAttrContextExit();
   });

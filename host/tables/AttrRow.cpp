@@ -43,15 +43,15 @@ AttrRow const* dispatchedRow(std::span<AttrRow const> rows, Kex::AttributeId id)
   return found == rows.end() ? nullptr : &*found;
 }
 
-void declareAttributes(Kex::KexType& record, std::span<AttrRow const> rows,
-                       void (*told)(Kex::KexAttr& attribute)) {
+void declareAttributes(Kex::KexType& record, Kex::KexType const* base,
+                       std::span<AttrRow const> rows, void (*told)(Kex::KexAttr& attribute)) {
   auto const tell = [told](Kex::KexAttr& attribute) {
     if (told != nullptr) {
       told(attribute);
     }
   };
-  if (record.base() != nullptr) {
-    for (auto const& attribute : record.base()->attributeQ()) {
+  if (base != nullptr) {
+    for (auto const& attribute : base->attributeQ()) {
       Kex::Ptr<Kex::KexAttr> const copy = attribute->copyFor(record);
       record.attributeQEnq(copy);
       tell(*copy);

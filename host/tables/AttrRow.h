@@ -59,9 +59,11 @@ struct AttrRow {
 /// The row that answers to `id`; null where none does.
 AttrRow const* dispatchedRow(std::span<AttrRow const> rows, Kex::AttributeId id);
 
-/// Declares the schema of `record`: copies of its base's attributes in their order, then those of
-/// `rows` that are declared. `told`, where there is one, is called with each as it is enqueued.
-void declareAttributes(Kex::KexType& record, std::span<AttrRow const> rows,
+/// Declares the schema of `record`: copies of the attributes of `base` (null: none) in their order,
+/// then those of `rows` that are declared. `told`, where there is one, is called with each as it is
+/// enqueued.
+void declareAttributes(Kex::KexType& record, Kex::KexType const* base,
+                       std::span<AttrRow const> rows,
                        void (*told)(Kex::KexAttr& attribute) = nullptr);
 
 }  // namespace Tables

@@ -57,7 +57,9 @@ class HostTableType final : public TableType {
   using TableType::TableType;
 
  private:
-  void declareAttributes() override { Tables::declareAttributes(*this, table().rows); }
+  void declareAttributes() override {
+    Tables::declareAttributes(*this, table().baseRecord(), table().rows);
+  }
 };
 
 }  // namespace

@@ -27,6 +27,9 @@ struct TypeTable {
   std::span<AttrRow const> rows;
   /// The generic construction from a name; null where the type has none.
   Kex::Ptr<Kex::PtrInterface> (*create)(Kex::Name name) = nullptr;
+
+  /// Null for a root.
+  Kex::KexType* baseRecord() const { return base == nullptr ? nullptr : &base(); }
 };
 
 /// The record of a type that has a table. One class serves all types: what they differ in stands in
@@ -57,7 +60,7 @@ void declareType(Kex::KexType& record, TypeTable const& table);
 /// A record for the type that `table` is about, known to its base and never destroyed.
 template <class Record>
 Record& newRecord(TypeTable const& table) {
-  Kex::KexType* const base = table.base == nullptr ? nullptr : &table.base();
+  Kex::KexType* const base = table.baseRecord();
   auto const record = Kex::make<Record>(table, base);
   record->isNondestructingIs(true);
   if (base != nullptr) {
