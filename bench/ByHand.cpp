@@ -9,15 +9,20 @@
 #include <string_view>
 
 #include "ipmi/Trim.h"
-#include "ipmi/families/DS1100.h"
-#include "ipmi/families/DS1600.h"
-#include "ipmi/families/DS2700.h"
-#include "ipmi/families/DS2900.h"
-#include "ipmi/families/DS3000.h"
-#include "ipmi/families/DS460.h"
-#include "ipmi/families/DS500.h"
-#include "ipmi/families/DS750.h"
-#include "ipmi/families/Emerson760.h"
+#include "ipmi/families/All.h"
+
+// What the rows refer to, as the plug-in builds it.
+namespace Emerson::IpmiIdentifier {
+
+Kex::String8 const ds1100FdlTemplate = kDs1100FdlText;
+Kex::String8 const ds1600FdlTemplate = kDs1600FdlText;
+Kex::String8 const ds2700FdlTemplate = kDs2700FdlText;
+Kex::String8 const ds3000FdlTemplate = kDs3000FdlText;
+Kex::String8 const ds460FdlTemplate = kDs460FdlText;
+Kex::String8 const ds500FdlTemplate = kDs500FdlText;
+Kex::String8 const ds750FdlTemplate = kDs750FdlText;
+
+}  // namespace Emerson::IpmiIdentifier
 
 namespace ByHand {
 

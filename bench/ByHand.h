@@ -5,7 +5,7 @@
 #include <string>
 
 #include "agent/transport/SimulatedSupply.h"
-#include "ipmi/DescriptorTypes.h"
+#include "ipmi/model/DescriptorTypes.h"
 
 namespace ByHand {
 
@@ -35,7 +35,7 @@ struct Description {
 /// Fills the template of the DS2900 with `fields`: `snprintf` and nothing else. Answers the length.
 int fill(Fields const& fields, char* text, std::size_t size);
 
-/// Asks the 30 models one after the other: trims the key where the model wants it so, compares it,
+/// Asks all models one after the other: trims the key where the model wants it so, compares it,
 /// sets both outputs. Answers whether one knows the supply.
 bool walk(Fields const& fields, Outputs& outputs);
 

@@ -6,7 +6,7 @@
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 #include "host/kex/entity/Directory.h"
 #include "host/kex/generic/Holder.h"
-#include "ipmi/DescriptorTypes.h"
+#include "ipmi/model/DescriptorTypes.h"
 #include "pmbus/IdentifierFactory.h"
 
 namespace Fuzz {

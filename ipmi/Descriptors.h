@@ -1,4 +1,4 @@
-// The 30 descriptor classes, one a supported model and airflow direction, and their factories.
+// The descriptor classes, one a supported model and airflow direction, and their factories.
 #pragma once
 
 #include <utility>
@@ -10,9 +10,9 @@
 #include "host/kex/entity/Entity.h"
 #include "host/kex/notify/Notifiee.h"
 #include "host/kex/reference/Ptr.h"
-#include "ipmi/DescriptorTypes.h"
 #include "ipmi/Generate.h"
 #include "ipmi/Models.h"
+#include "ipmi/model/DescriptorTypes.h"
 
 namespace Emerson::IpmiIdentifier {
 

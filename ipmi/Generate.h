@@ -3,7 +3,7 @@
 
 #include "host/ipmi/IdpromContents.h"
 #include "host/ipmi/SupportedPowerSupplyDescriptorBase.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 

@@ -6,15 +6,7 @@
 #include <cstddef>
 
 #include "ipmi/Trim.h"
-#include "ipmi/families/DS1100.h"
-#include "ipmi/families/DS1600.h"
-#include "ipmi/families/DS2700.h"
-#include "ipmi/families/DS2900.h"
-#include "ipmi/families/DS3000.h"
-#include "ipmi/families/DS460.h"
-#include "ipmi/families/DS500.h"
-#include "ipmi/families/DS750.h"
-#include "ipmi/families/Emerson760.h"
+#include "ipmi/families/All.h"
 
 namespace Emerson::IpmiIdentifier {
 namespace {
@@ -85,6 +77,19 @@ consteval bool keysUnique() {
   return true;
 }
 
+consteval bool keysHaveTheirFamilysLength() {
+  return std::ranges::all_of(kModels, [](Model const& row) {
+    auto const& [one, other] = row.family->keyLengths;
+    return one == 0 || std::ranges::all_of(row.keys, [&](std::string_view key) {
+             return key.empty() || key.size() == one || key.size() == other;
+           });
+  });
+}
+
+consteval bool columnsAreThoseOfTheTemplates() {
+  return std::ranges::all_of(kModels, [](Model const& row) { return row.family->isComplete(row); });
+}
+
 consteval bool reversedNamesBlowBackToFront() {
   return std::ranges::all_of(kModels, [](Model const& row) {
     return kTypeNames[static_cast<std::size_t>(row.id)].ends_with("_Reversed") ==
@@ -92,11 +97,13 @@ consteval bool reversedNamesBlowBackToFront() {
   });
 }
 
-static_assert(kModels.size() == kModelCount && kModelCount == 30, "as many models as are promised");
 static_assert(inDeclaredOrder(), "the rows stand in the order of the list of types");
 static_assert(keysReachable(), "each row has a key, and each key a text that it accepts");
 static_assert(keysUnique(), "no text is accepted by two keys of one field");
-static_assert(reversedNamesBlowBackToFront());
+static_assert(keysHaveTheirFamilysLength(), "a key has one of the lengths that its family's have");
+static_assert(columnsAreThoseOfTheTemplates(),
+              "a row has the columns that its family's template asks for, and no other one");
+static_assert(reversedNamesBlowBackToFront(), "the airflow is the one that the name says");
 
 }  // namespace
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "ipmi/Model.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 

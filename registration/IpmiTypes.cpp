@@ -1,10 +1,11 @@
-// The types of the module EmersonIpmiIdentifier: the 30 descriptors.
+// The types of the module EmersonIpmiIdentifier: the descriptors.
 #include <algorithm>
 #include <array>
 
 #include "host/tables/Access.h"
 #include "host/tables/TypeTable.h"
 #include "ipmi/Descriptors.h"
+#include "ipmi/families/All.h"
 #include "registration/Module.h"
 
 namespace Emerson::IpmiIdentifier {
@@ -80,6 +81,15 @@ constinit Registration::Module module("IpmiIdentifier", kTypes, kFetchOrder);
 [[maybe_unused]] bool const isLoaded = (module.load(), true);
 
 }  // namespace
+
+// The templates are built behind the registration, since they stand behind it in this file.
+Kex::String8 const ds1100FdlTemplate = kDs1100FdlText;
+Kex::String8 const ds1600FdlTemplate = kDs1600FdlText;
+Kex::String8 const ds2700FdlTemplate = kDs2700FdlText;
+Kex::String8 const ds3000FdlTemplate = kDs3000FdlText;
+Kex::String8 const ds460FdlTemplate = kDs460FdlText;
+Kex::String8 const ds500FdlTemplate = kDs500FdlText;
+Kex::String8 const ds750FdlTemplate = kDs750FdlText;
 
 #define EMERSON_FWK_TYPE(type, stem)                                                               \
   Kex::KexType& type::_fwkType() {                                                                 \

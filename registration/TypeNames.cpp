@@ -1,6 +1,6 @@
 // The section `.kex.type`: the full names of all types of this library, for the host's loader.
 #include "host/kex/base/Export.h"
-#include "ipmi/DescriptorTypes.h"
+#include "ipmi/model/DescriptorTypes.h"
 #include "registration/PmbusTypes.h"
 
 // Instrumentation may put padding behind a variable, which in this section would be read as names.

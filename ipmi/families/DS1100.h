@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -46,7 +46,8 @@ inline constexpr char kDs1100FdlText[] =
     "for ( coolingLevel, fanSpeed ) in coolingLevelToFanSpeed.items():\n"
     "   f1.physicalProperties.coolingLevelToFanSpeed[ coolingLevel ] = fanSpeed\n";
 
-inline Kex::String8 const ds1100FdlTemplate = kDs1100FdlText;
+/// `kDs1100FdlText`, built when the library is loaded.
+extern Kex::String8 const ds1100FdlTemplate;
 
 using Ds1100Filling =
     Filling<&Model::api, &Model::modelName, &Ipmi::ProductInfoArea::manufacturerName,
@@ -55,7 +56,8 @@ static_assert(Ds1100Filling::fits(kDs1100FdlText));
 
 inline constexpr Family kDs1100Family{.keyField = KeyField::productName,
                                       .rule = MatchRule::trimmedEquality,
-                                      .fill = Ds1100Filling::fill<ds1100FdlTemplate>};
+                                      .fill = Ds1100Filling::fill<ds1100FdlTemplate>,
+                                      .isComplete = Ds1100Filling::isComplete};
 
 inline constexpr Model kDs1100Models[] = {
     {.id = ModelId::DS1100,

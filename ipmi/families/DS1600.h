@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -38,7 +38,8 @@ inline constexpr char kDs1600FdlText[] =
     "for ( coolingLevel, fanSpeed ) in coolingLevelToFanSpeed.items():\n"
     "   f1.physicalProperties.coolingLevelToFanSpeed[ coolingLevel ] = fanSpeed\n";
 
-inline Kex::String8 const ds1600FdlTemplate = kDs1600FdlText;
+/// `kDs1600FdlText`, built when the library is loaded.
+extern Kex::String8 const ds1600FdlTemplate;
 
 using Ds1600Filling =
     Filling<&Model::api, &Model::modelName, &Ipmi::ProductInfoArea::manufacturerName,
@@ -47,7 +48,8 @@ static_assert(Ds1600Filling::fits(kDs1600FdlText));
 
 inline constexpr Family kDs1600Family{.keyField = KeyField::productName,
                                       .rule = MatchRule::trimmedEquality,
-                                      .fill = Ds1600Filling::fill<ds1600FdlTemplate>};
+                                      .fill = Ds1600Filling::fill<ds1600FdlTemplate>,
+                                      .isComplete = Ds1600Filling::isComplete};
 
 inline constexpr Model kDs1600Models[] = {
     {.id = ModelId::DS1600,

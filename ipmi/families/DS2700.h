@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -50,7 +50,8 @@ inline constexpr char kDs2700FdlText[] =
     "for ( coolingLevel, fanSpeed ) in coolingLevelToFanSpeed.items():\n"
     "   f1.physicalProperties.coolingLevelToFanSpeed[ coolingLevel ] = fanSpeed\n";
 
-inline Kex::String8 const ds2700FdlTemplate = kDs2700FdlText;
+/// `kDs2700FdlText`, built when the library is loaded.
+extern Kex::String8 const ds2700FdlTemplate;
 
 using Ds2700Filling =
     Filling<&Ipmi::ProductInfoArea::manufacturerName, &Model::modelName,
@@ -61,7 +62,8 @@ static_assert(Ds2700Filling::fits(kDs2700FdlText));
 
 inline constexpr Family kDs2700Family{.keyField = KeyField::partNumber,
                                       .rule = MatchRule::trimmedEquality,
-                                      .fill = Ds2700Filling::fill<ds2700FdlTemplate>};
+                                      .fill = Ds2700Filling::fill<ds2700FdlTemplate>,
+                                      .isComplete = Ds2700Filling::isComplete};
 
 inline constexpr Model kDs2700Models[] = {
     {.id = ModelId::DS2700,

@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -55,7 +55,8 @@ static_assert(Ds2900Filling::fits(ds2900FdlTemplate));
 
 inline constexpr Family kDs2900Family{.keyField = KeyField::partNumber,
                                       .rule = MatchRule::prefix,
-                                      .fill = Ds2900Filling::fill<ds2900FdlTemplate>};
+                                      .fill = Ds2900Filling::fill<ds2900FdlTemplate>,
+                                      .isComplete = Ds2900Filling::isComplete};
 
 inline constexpr Model kDs2900Models[] = {
     {.id = ModelId::DS2900, .family = &kDs2900Family, .keys = {"DS2900-3"}},

@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -50,7 +50,8 @@ inline constexpr char kDs3000FdlText[] =
     "for ( coolingLevel, fanSpeed ) in coolingLevelToFanSpeed.items():\n"
     "   f1.physicalProperties.coolingLevelToFanSpeed[ coolingLevel ] = fanSpeed\n";
 
-inline Kex::String8 const ds3000FdlTemplate = kDs3000FdlText;
+/// `kDs3000FdlText`, built when the library is loaded.
+extern Kex::String8 const ds3000FdlTemplate;
 
 using Ds3000Filling =
     Filling<&Ipmi::ProductInfoArea::manufacturerName, &Model::modelName,
@@ -60,7 +61,8 @@ static_assert(Ds3000Filling::fits(kDs3000FdlText));
 
 inline constexpr Family kDs3000Family{.keyField = KeyField::partNumber,
                                       .rule = MatchRule::trimmedEquality,
-                                      .fill = Ds3000Filling::fill<ds3000FdlTemplate>};
+                                      .fill = Ds3000Filling::fill<ds3000FdlTemplate>,
+                                      .isComplete = Ds3000Filling::isComplete};
 
 inline constexpr Model kDs3000Models[] = {
     {.id = ModelId::DS3000,

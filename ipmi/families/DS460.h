@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -39,7 +39,8 @@ inline constexpr char kDs460FdlText[] =
     "for ( coolingLevel, fanSpeed ) in coolingLevelToFanSpeed.items():\n"
     "   f1.physicalProperties.coolingLevelToFanSpeed[ coolingLevel ] = fanSpeed\n";
 
-inline Kex::String8 const ds460FdlTemplate = kDs460FdlText;
+/// `kDs460FdlText`, built when the library is loaded.
+extern Kex::String8 const ds460FdlTemplate;
 
 using Ds460Filling =
     Filling<&Model::api, &Model::modelName, &Ipmi::ProductInfoArea::manufacturerName,
@@ -48,7 +49,9 @@ static_assert(Ds460Filling::fits(kDs460FdlText));
 
 inline constexpr Family kDs460Family{.keyField = KeyField::productName,
                                      .rule = MatchRule::exactLength,
-                                     .fill = Ds460Filling::fill<ds460FdlTemplate>};
+                                     .keyLengths = {12, 14},
+                                     .fill = Ds460Filling::fill<ds460FdlTemplate>,
+                                     .isComplete = Ds460Filling::isComplete};
 
 inline constexpr Model kDs460Models[] = {
     {.id = ModelId::DS460TwoMicrocontroller,

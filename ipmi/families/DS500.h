@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -59,18 +59,20 @@ inline constexpr char kDs500FdlText[] =
     "for ( coolingLevel, fanSpeed ) in coolingLevelToFanSpeed.items():\n"
     "   f1.physicalProperties.coolingLevelToFanSpeed[ coolingLevel ] = fanSpeed\n";
 
-inline Kex::String8 const ds500FdlTemplate = kDs500FdlText;
+/// `kDs500FdlText`, built when the library is loaded.
+extern Kex::String8 const ds500FdlTemplate;
 
 using Ds500Filling =
     Filling<&Model::api, &Model::modelName, &Ipmi::ProductInfoArea::manufacturerName,
             &Ipmi::ProductInfoArea::serialNumber, &Model::sensor1Overheat, &Model::sensor1Critical,
-            &Model::sensor2Overheat, &Model::sensor2Critical, &Model::extraSensorBlock,
-            &Model::fanSuffix, &Model::airflowText>;
+            &Model::sensor2Overheat, &Model::sensor2Critical,
+            MayBeEmpty<&Model::extraSensorBlock>{}, &Model::fanSuffix, &Model::airflowText>;
 static_assert(Ds500Filling::fits(kDs500FdlText));
 
 inline constexpr Family kDs500Family{.keyField = KeyField::productName,
                                      .rule = MatchRule::trimmedEquality,
-                                     .fill = Ds500Filling::fill<ds500FdlTemplate>};
+                                     .fill = Ds500Filling::fill<ds500FdlTemplate>,
+                                     .isComplete = Ds500Filling::isComplete};
 
 inline constexpr Model kDs500Models[] = {
     {.id = ModelId::DS500,

@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -47,7 +47,8 @@ inline constexpr char kDs750FdlText[] =
     "for ( coolingLevel, fanSpeed ) in coolingLevelToFanSpeed.items():\n"
     "   f1.physicalProperties.coolingLevelToFanSpeed[ coolingLevel ] = fanSpeed\n";
 
-inline Kex::String8 const ds750FdlTemplate = kDs750FdlText;
+/// `kDs750FdlText`, built when the library is loaded.
+extern Kex::String8 const ds750FdlTemplate;
 
 using Ds750Filling =
     Filling<&Model::api, &Model::modelName, &Ipmi::ProductInfoArea::manufacturerName,
@@ -56,7 +57,8 @@ static_assert(Ds750Filling::fits(kDs750FdlText));
 
 inline constexpr Family kDs750Family{.keyField = KeyField::productName,
                                      .rule = MatchRule::trimmedEquality,
-                                     .fill = Ds750Filling::fill<ds750FdlTemplate>};
+                                     .fill = Ds750Filling::fill<ds750FdlTemplate>,
+                                     .isComplete = Ds750Filling::isComplete};
 
 inline constexpr Model kDs750Models[] = {
     {.id = ModelId::DS750,

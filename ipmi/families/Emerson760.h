@@ -3,8 +3,8 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Filling.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -42,7 +42,8 @@ static_assert(Emerson760Filling::fits(emerson760FdlTemplate));
 
 inline constexpr Family kEmerson760Family{.keyField = KeyField::productName,
                                           .rule = MatchRule::prefix,
-                                          .fill = Emerson760Filling::fill<emerson760FdlTemplate>};
+                                          .fill = Emerson760Filling::fill<emerson760FdlTemplate>,
+                                          .isComplete = Emerson760Filling::isComplete};
 
 inline constexpr Model kEmerson760Models[] = {
     {.id = ModelId::Emerson760,

@@ -7,7 +7,7 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/DescriptorTypes.h"
+#include "ipmi/model/DescriptorTypes.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -38,8 +38,12 @@ struct Model;
 struct Family {
   KeyField keyField;
   MatchRule rule;
+  /// The lengths in bytes that accepted keys have; 0: any.
+  std::array<std::size_t, 2> keyLengths{};
   /// Fills the family's template. May be called only once the library is loaded.
   Kex::String8 (*fill)(Model const&, Ipmi::ProductInfoArea const&);
+  /// Whether a row has each column that the family's template asks for, and no other one.
+  bool (*isComplete)(Model const&);
 };
 
 /// One row: a model in one airflow direction. A column that a family's template does not ask for
@@ -63,6 +67,11 @@ struct Model {
   int sensor2Critical = 0;            ///< degrees Celsius
   int sensor2Target = 0;              ///< degrees Celsius
 
+  /// All columns that templates may ask for.
+  static constexpr auto texts();
+  /// See `texts`.
+  static constexpr auto numbers();
+
   /// The airflow as the FDL names it.
   constexpr char const* airflowText() const noexcept {
     return airflow == Airflow::frontToBack ? "frontToBackAirflow" : "backToFrontAirflow";
@@ -73,5 +82,16 @@ struct Model {
     return airflow == Airflow::frontToBack ? "F" : "R";
   }
 };
+
+constexpr auto Model::texts() {
+  return std::to_array<char const * Model::*>(
+      {&Model::api, &Model::modelName, &Model::offOnPowerLoss, &Model::extraSensorBlock});
+}
+
+constexpr auto Model::numbers() {
+  return std::to_array<int Model::*>({&Model::fanSpeed, &Model::sensor1Overheat,
+                                      &Model::sensor1Critical, &Model::sensor2Overheat,
+                                      &Model::sensor2Critical, &Model::sensor2Target});
+}
 
 }  // namespace Emerson::IpmiIdentifier

@@ -1,5 +1,5 @@
 // Fills templates.
-#include "ipmi/Filling.h"
+#include "ipmi/model/Filling.h"
 
 #include <charconv>
 #include <string>

@@ -1,6 +1,7 @@
 // The typed list of what fills a template's placeholders, checked against the text at compile time.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <span>
@@ -9,7 +10,7 @@
 
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
-#include "ipmi/Model.h"
+#include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
@@ -38,6 +39,10 @@ class Argument {
 /// as many of the ones as of the others.
 Kex::String8 filled(std::string_view pattern, std::span<Argument const> arguments);
 
+/// An argument that is a column which a row may leave empty.
+template <char const* Model::*kColumn>
+struct MayBeEmpty {};
+
 /// The arguments of one template in the order of its placeholders. An argument is a column of the
 /// row (`&Model::api`), a text worked out from it (`&Model::airflowText`) or a field of the product
 /// info area (`&Ipmi::ProductInfoArea::serialNumber`), which goes in as stored up to its first NUL.
@@ -61,6 +66,17 @@ class Filling {
     return found == sizeof...(kArguments);
   }
 
+  /// Whether `row` has each column that is an argument, unless that may be empty, and no other one.
+  static constexpr bool isComplete(Model const& row) {
+    return std::ranges::all_of(Model::texts(),
+                               [&](auto column) {
+                                 return (*(row.*column) != '\0') == takes(column) ||
+                                        isOptional(column);
+                               }) &&
+           std::ranges::all_of(Model::numbers(),
+                               [&](auto column) { return (row.*column != 0) == takes(column); });
+  }
+
   /// `kTemplate` with its placeholders filled.
   template <auto const& kTemplate>
   static Kex::String8 fill(Model const& model, Ipmi::ProductInfoArea const& fields) {
@@ -72,6 +88,29 @@ class Filling {
   static std::string_view textOf(char const* constant) { return constant; }
   static std::string_view textOf(Kex::String8 const& constant) { return constant.view(); }
 
+  template <class Column>
+  static constexpr bool takes(Column column) {
+    return (... || [&] {
+      if constexpr (std::is_same_v<std::remove_const_t<decltype(kArguments)>, Column>) {
+        return kArguments == column;
+      } else {
+        return false;
+      }
+    }());
+  }
+  template <char const* Model::*kColumn>
+  static constexpr bool isOptionalIn(MayBeEmpty<kColumn>, char const* Model::*column) {
+    return kColumn == column;
+  }
+  static constexpr bool isOptionalIn(auto, char const* Model::*) { return false; }
+  static constexpr bool isOptional(char const* Model::*column) {
+    return (... || isOptionalIn(kArguments, column));
+  }
+
+  template <char const* Model::*kColumn>
+  static char const* value(MayBeEmpty<kColumn>, Model const& model, Ipmi::ProductInfoArea const&) {
+    return model.*kColumn;
+  }
   static int value(int Model::*column, Model const& model, Ipmi::ProductInfoArea const&) {
     return model.*column;
   }
