@@ -1,7 +1,6 @@
 // A transfer buffer of the identifier: created once, reused by every transaction.
 #pragma once
 
-#include <algorithm>
 #include <utility>
 
 #include "host/hal/Buf.h"
@@ -21,9 +20,10 @@ class TransferBuf {
   explicit TransferBuf(Use use) : use_(use) {}
 
   BufPtr const& buf() const { return buf_; }
-  /// A new buffer of `size` bytes; a write buffer's size is at least its length.
+  /// A new buffer of `size` bytes. Throws a range exception where a write buffer's length does not
+  /// fit.
   BufPtr create(Kex::U32 size) const {
-    auto buffer = Kex::make<Hal::Buf>(use_ == Use::write ? std::max(size, kWriteLength) : size);
+    auto buffer = Kex::make<Hal::Buf>(size);
     if (use_ == Use::write) {
       buffer->lenIs(kWriteLength);
     }
