@@ -59,19 +59,6 @@ void record(Candidates const& candidates, Recorder& recorder, Status& status) {
   }
 }
 
-/// Detects all that can be detected. A source that fails on the way does not stop the others.
-void detectAll(Candidates const& candidates, Loop& loop, double wait, Status& status) {
-  for (bool isOver = false; !isOver;) {
-    try {
-      detect(candidates, loop, wait);
-      isOver = true;
-    } catch (Failure const& failure) {
-      complain(failure.what());
-      status = worse(status, Status::failed);
-    }
-  }
-}
-
 Json json(Candidate const& candidate, Supply const& supply) {
   Json object;
   object["source"] = candidate.source();
@@ -111,7 +98,7 @@ Status identify(Options const& options, Globals const& globals) {
   if (!options.record.empty()) {
     record(candidates, recorder.emplace(options.record), status);
   }
-  detectAll(candidates, loop, options.wait, status);
+  detect(candidates, loop, options.wait);
   for (auto const& candidate : candidates) {
     if (auto const& supply = candidate->outcome()) {
       print(*candidate, *supply, options);

@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "host/hardware/Supply.h"
 #include "host/hardware/VornRequest.h"
@@ -77,6 +78,6 @@ Supply unreadable(char const* what, Hardware::VornRequest const& request);
 /// Whether the request is loaded with a lone read: the MFR_ID, not FRU data.
 bool isLoneRead(Hardware::VornRequest const& request);
 /// The text that a block holds, whatever its count byte says.
-Kex::String8 blockText(Smbus::Block const& block);
+Kex::String8 blockText(std::span<Kex::U8 const> block);
 
 }  // namespace PowerSupplyDetector
