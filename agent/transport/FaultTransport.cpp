@@ -24,32 +24,29 @@ void FaultTransport::start(Smbus::Transaction const& transaction, Kex::U64 ticke
   if (late_) {
     lateTimer_.startIn(0);
   }
-  fault_ = nextFault();
-  if (FaultKind const* const kind = kindOfFault(); kind != nullptr && !kind->isAsked) {
-    fail(*kind);
+  auto const fault = nextFault();
+  fault_ = fault.value_or(Fault{});
+  kind_ = fault ? &faultKinds()[static_cast<std::size_t>(fault->kind)] : nullptr;
+  if (kind_ != nullptr && !kind_->isAsked) {
+    fail(kind_->error.value_or(Smbus::ErrorKind::other));
   } else {
     inner_->start(transaction, ticket, *this);
   }
 }
 
 void FaultTransport::answerIs(Kex::U64 ticket, Smbus::Reply const& reply) {
-  FaultKind const* const kind = kindOfFault();
-  if (ticket != ticket_ || kind == nullptr) {
+  if (ticket != ticket_ || kind_ == nullptr) {
     return sink_->answerIs(ticket, reply);
   }
-  if (kind->error) {
+  if (kind_->error) {
     late_ = {.ticket = ticket, .reply = reply};
-    return fail(*kind);
+    return fail(*kind_->error);
   }
   Smbus::Reply changed = reply;
-  if (kind->change != nullptr) {
-    kind->change(*fault_, std::span(changed.read.bytes).first(changed.read.length));
+  if (kind_->change != nullptr) {
+    kind_->change(fault_, std::span(changed.read.bytes).first(changed.read.length));
   }
   sink_->answerIs(ticket, changed);
-}
-
-FaultKind const* FaultTransport::kindOfFault() const {
-  return fault_ ? &faultKinds()[static_cast<std::size_t>(fault_->kind)] : nullptr;
 }
 
 std::optional<Fault> FaultTransport::nextFault() {
@@ -75,9 +72,9 @@ std::optional<Fault> FaultTransport::randomFault() {
                .value = static_cast<Kex::U8>(random_())};
 }
 
-void FaultTransport::fail(FaultKind const& kind) {
-  bool const isTimeout = *kind.error == Smbus::ErrorKind::timeout;
-  failure_ = Smbus::Reply::failed(*kind.error);
+void FaultTransport::fail(Smbus::ErrorKind error) {
+  bool const isTimeout = error == Smbus::ErrorKind::timeout;
+  failure_ = Smbus::Reply::failed(error);
   failureTimer_.startAt(isTimeout ? std::max(Timer::now(), timeout_) : Timer::now());
 }
 

@@ -38,9 +38,8 @@ class FaultTransport final : public Smbus::Transport, private Smbus::AnswerSink 
   void answerIs(Kex::U64 ticket, Smbus::Reply const& reply) override;
   std::optional<Fault> nextFault();
   std::optional<Fault> randomFault();
-  FaultKind const* kindOfFault() const;
-  /// Fails the transaction as a fault of `kind` does.
-  void fail(FaultKind const& kind);
+  /// Fails the transaction: a timeout when its bus timeout is over, anything else at once.
+  void fail(Smbus::ErrorKind error);
   void giveLateAnswer();
 
   std::unique_ptr<Smbus::Transport> inner_;
@@ -50,7 +49,9 @@ class FaultTransport final : public Smbus::Transport, private Smbus::AnswerSink 
   Smbus::AnswerSink* sink_ = nullptr;
   /// The transaction under way: its ticket, what it suffers, and when its bus timeout is over.
   Kex::U64 ticket_ = 0;
-  std::optional<Fault> fault_;
+  Fault fault_;
+  /// Of what kind the fault is; null for none.
+  FaultKind const* kind_ = nullptr;
   double timeout_ = 0;
   Smbus::Reply failure_;
   Timer failureTimer_;
