@@ -35,11 +35,11 @@ class Watch final : public Smbus::TransactionObserver {
   double chunkAllocations() const { return chunkAllocations_ / chunks_; }
 
  private:
-  void handleTransaction(Hardware::VornRequest const& request,
-                         Smbus::Transaction const& transaction) override {
+  void handleTransaction(Smbus::Client const& client, Smbus::Transaction const& transaction,
+                         Smbus::Reply const&) override {
     ++transactions_;
     wireSeconds_ += Agent::wireTime(transaction, supply_.answer(transaction), true);
-    if (request.name() != "identifySupply") {
+    if (client.name() != "identifySupply") {
       return;
     }
     auto const now = static_cast<double>(heap().allocations);

@@ -18,7 +18,8 @@ class PromptBus final : public Smbus::Transport, private Kex::Activity {
 
   void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
              Smbus::AnswerSink& sink) override {
-    reply_ = supply_ != nullptr ? supply_->answer(transaction) : Agent::notAcknowledged();
+    reply_ = supply_ != nullptr ? supply_->answer(transaction)
+                                : Smbus::Reply::failed(Smbus::ErrorKind::noAcknowledge);
     ticket_ = ticket;
     sink_ = &sink;
     enqueue();

@@ -36,7 +36,7 @@ class HostileTransport final : public Smbus::Transport {
     ticket_ = ticket;
     sink_ = &sink;
     Kex::U8 const what = input_.byte();
-    reply_ = what % 8 == 0 ? Reply::failed("hostile") : answer(transaction, what);
+    reply_ = what % 8 == 0 ? failure(what) : answer(transaction, what);
     if (input_.isEmpty()) {
       pulledAt_ = std::min(pulledAt_, Agent::Timer::now());
     }
@@ -44,6 +44,9 @@ class HostileTransport final : public Smbus::Transport {
   }
 
  private:
+  static Reply failure(Kex::U8 what) {
+    return Reply::failed(Smbus::kErrorKinds[what / 8U % Smbus::kErrorKinds.size()].kind);
+  }
   /// An honest answer with bytes of the input over it, or the input's alone.
   Reply answer(Smbus::Transaction const& transaction, Kex::U8 what) {
     Reply reply{.isOk = true, .read = {}, .failure = {}};

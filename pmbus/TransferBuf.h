@@ -1,7 +1,7 @@
 // A transfer buffer of the identifier: created once, reused by every transaction.
 #pragma once
 
-#include <algorithm>
+#include <utility>
 
 #include "host/hal/Buf.h"
 #include "host/kex/entity/NamedMembers.h"
@@ -23,9 +23,10 @@ class TransferBuf {
       : use_(use), buf_(members, name) {}
 
   BufPtr const& buf() const { return buf_.ptr(); }
-  /// A new buffer of `size` bytes; a write buffer's size is at least its length.
+  /// A new buffer of `size` bytes. Throws a range exception where a write buffer's length does not
+  /// fit.
   BufPtr create(Kex::U32 size) const {
-    auto buffer = Kex::make<Hal::Buf>(use_ == Use::write ? std::max(size, kWriteLength) : size);
+    auto buffer = Kex::make<Hal::Buf>(size);
     if (use_ == Use::write) {
       buffer->lenIs(kWriteLength);
     }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "agent/base/Error.h"
@@ -65,10 +66,13 @@ Status monitor(Options const& options, Globals const& globals) {
       .isJson = options.isJson, .isLive = true, .publisher = publisher ? &*publisher : nullptr};
   std::vector<std::unique_ptr<WatchedSlot>> watched;
   for (std::size_t i = 0; i < slots.names.size(); ++i) {
+    Source const& source = slots.sources[i];
+    auto const open = [&](auto onEnd) {
+      return source.open({.mfrId = options.mfrId, .post = loop.post(), .onEnd = std::move(onEnd)});
+    };
     reporting.ledger.attempt([&] {
-      watched.push_back(std::make_unique<WatchedSlot>(
-          slots.names[i], slots.sources[i].text(),
-          slots.sources[i].open({.mfrId = options.mfrId, .post = loop.post()}), plugin, reporting));
+      watched.push_back(
+          std::make_unique<WatchedSlot>(slots.names[i], source.text(), open, plugin, reporting));
       watched.back()->slot().pollIntervalIs(options.pollInterval);
     });
   }

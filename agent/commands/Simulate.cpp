@@ -2,12 +2,14 @@
 #include "agent/commands/Command.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "agent/slots/Loop.h"
 #include "agent/slots/Scenario.h"
 #include "agent/slots/Source.h"
 #include "agent/slots/WatchedSlot.h"
+#include "agent/transport/FaultTransport.h"
 #include "agent/transport/SimulatedBus.h"
 #include "agent/transport/Timer.h"
 
@@ -26,7 +28,9 @@ class Stage {
  public:
   Stage(ScenarioSlot const& story, Plugin const& plugin, Loop const& loop, Reporting& reporting)
       : story_(story),
-        slot_(story.name, nameOf(story.supply), transport(loop), plugin, reporting),
+        slot_(
+            story.name, nameOf(story.supply),
+            [&](auto onEnd) { return transport(loop, std::move(onEnd)); }, plugin, reporting),
         timer_([this] { change(); }) {
     scheduleNext();
   }
@@ -36,18 +40,19 @@ class Stage {
     return supply ? std::optional(supply->text) : std::nullopt;
   }
 
-  std::unique_ptr<Smbus::Transport> transport(Loop const& loop) {
-    auto faulty = std::make_unique<FaultTransport>(supplyTransport(loop));
+  std::unique_ptr<Smbus::Transport> transport(Loop const& loop, OnEnd onEnd) {
+    auto faulty = std::make_unique<FaultTransport>(supplyTransport(loop, std::move(onEnd)));
     for (Fault const& fault : story_.faults) {
       faulty->faultQEnq(fault);
     }
     return faulty;
   }
 
-  std::unique_ptr<Smbus::Transport> supplyTransport(Loop const& loop) {
+  std::unique_ptr<Smbus::Transport> supplyTransport(Loop const& loop, OnEnd onEnd) {
     if (story_.supply) {
       if (auto const* const recorded = std::get_if<RecordedSupply>(&story_.supply->kind)) {
-        return Source("replay:" + recorded->locator).open({.mfrId = "", .post = loop.post()});
+        return Source("replay:" + recorded->target)
+            .open({.mfrId = "", .post = loop.post(), .onEnd = std::move(onEnd)});
       }
     }
     auto bus = std::make_unique<SimulatedBus>();

@@ -12,21 +12,29 @@
 
 #include "agent/base/Error.h"
 #include "agent/base/JsonValue.h"
+#include "agent/base/Text.h"
+#include "host/hardware/VornRequest.h"
 
 namespace Agent {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
+using Smbus::ErrorKind;
 
 /// Far above what a line can need; an endless one is not read to its end.
 constexpr std::size_t kLongestLine = std::size_t{1} << 16;
 constexpr char const* kFormat = "psu-agent recording";
 constexpr unsigned kVersion = 1;
 
-/// The next line, without its end, which stands in `buffer`; none after the last. Throws a
-/// `UsageError`.
-std::optional<std::string_view> nextLine(std::istream& in, std::vector<char>& buffer) {
+struct Line {
+  std::string_view text;
+  /// Whether it has its line feed.
+  bool isEnded;
+};
+
+/// The next line, which stands in `buffer`; none after the last. Throws a `UsageError`.
+std::optional<Line> nextLine(std::istream& in, std::vector<char>& buffer) {
   buffer.resize(kLongestLine);
   in.getline(buffer.data(), kLongestLine);
   auto const length = static_cast<std::size_t>(in.gcount());
@@ -34,15 +42,13 @@ std::optional<std::string_view> nextLine(std::istream& in, std::vector<char>& bu
     throw UsageError("cannot read: " + systemError(errno));
   }
   if (in.eof()) {
-    if (length != 0) {
-      throw UsageError("the line is cut short: it has no end");
-    }
-    return std::nullopt;
+    return length == 0 ? std::nullopt
+                       : std::optional(Line{.text = {buffer.data(), length}, .isEnded = false});
   }
   if (in.fail()) {
     throw UsageError("longer than " + std::to_string(kLongestLine) + " bytes");
   }
-  return std::string_view(buffer.data(), length - 1);
+  return Line{.text = {buffer.data(), length - 1}, .isEnded = true};
 }
 
 Json parse(std::string_view line) {
@@ -63,7 +69,7 @@ void checkHeader(std::string_view line) {
   header.at("version").integer(kVersion, kVersion);
 }
 
-/// The bytes under `key`, at most `most`; none for null.
+/// The bytes of `value`, at most `most`; none for null.
 std::optional<Smbus::Block> block(JsonValue const& value, std::size_t most) {
   if (value.isNull()) {
     return std::nullopt;
@@ -85,9 +91,30 @@ std::optional<Smbus::Block> block(JsonValue const& value, std::size_t most) {
   return block;
 }
 
+/// The kind of `record`'s failure, which recordings did not always hold.
+ErrorKind errorOf(JsonValue const& object, TransactionRecord const& record) {
+  if (!object.has("error")) {
+    bool const isNack = record.failure == Smbus::rowOf(ErrorKind::noAcknowledge).text;
+    return isNack ? ErrorKind::noAcknowledge : ErrorKind::other;
+  }
+  JsonValue const error = object.at("error");
+  if (error.isNull() != record.isOk) {
+    error.refuse("the status says otherwise: an error has a kind when it is 2");
+  }
+  if (record.isOk) {
+    return ErrorKind::other;
+  }
+  std::string const name = error.string();
+  std::optional<ErrorKind> const kind = Smbus::errorKindOf(name);
+  if (!kind) {
+    error.refuse(inQuotes(name) + " is no kind of error");
+  }
+  return *kind;
+}
+
 TransactionRecord recordFrom(JsonValue const& object) {
   object.checkKeys({"time", "slot", "event", "request", "device", "command", "write", "readLength",
-                    "read", "status", "failure"});
+                    "read", "status", "error", "failure"});
   if (JsonValue const event = object.at("event"); event.string() != "transaction") {
     event.refuse("is not \"transaction\"");
   }
@@ -111,6 +138,7 @@ TransactionRecord recordFrom(JsonValue const& object) {
   if (JsonValue const failure = object.at("failure"); !failure.isNull()) {
     record.failure = failure.string();
   }
+  record.error = errorOf(object, record);
   return record;
 }
 
@@ -126,13 +154,17 @@ Recording::Recording(std::string const& file) : file_(file) {
   std::vector<char> buffer;
   std::size_t number = 1;
   try {
-    checkHeader(nextLine(in, buffer).value_or(""));
+    checkHeader(nextLine(in, buffer).value_or(Line{.text = "", .isEnded = false}).text);
     for (++number;; ++number) {
       auto const line = nextLine(in, buffer);
       if (!line) {
         break;
       }
-      Json const json = parse(*line);
+      if (!line->isEnded && !Json::accept(line->text)) {
+        isCut_ = true;
+        break;
+      }
+      Json const json = parse(line->text);
       JsonValue const object(json, "");
       TransactionRecord record = recordFrom(object);
       auto& slot = slots_[object.at("slot").string()];

@@ -29,9 +29,12 @@ class Recording {
   /// The transactions of `slot`; an empty name is the one slot that there is. Throws a `Failure`
   /// when there is no such slot.
   std::vector<RecordedTransaction> const& transactions(std::string const& slot) const;
+  /// Whether the file ends in the middle of a line, which is left out.
+  bool isCut() const { return isCut_; }
 
  private:
   std::string file_;
+  bool isCut_ = false;
   std::map<std::string, std::vector<RecordedTransaction>> slots_;
 };
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "agent/base/Error.h"
 #include "agent/base/Text.h"
 #include "host/kex/base/Format.h"
 
@@ -29,41 +28,51 @@ std::string described(Smbus::Transaction const& transaction) {
 
 }  // namespace
 
-ReplayTransport::ReplayTransport(std::string const& place, std::function<void()> onEnd)
-    : file_(place.substr(0, place.rfind('#'))),
+ReplayTransport::ReplayTransport(std::string const& target, OnEnd onEnd)
+    : file_(target.substr(0, target.rfind('#'))),
       onEnd_(std::move(onEnd)),
       timer_([this] { finish(); }) {
-  std::string const slot = file_.size() < place.size() ? place.substr(file_.size() + 1) : "";
-  transactions_ = Recording(file_).transactions(slot);
+  std::string const slot = file_.size() < target.size() ? target.substr(file_.size() + 1) : "";
+  Recording const recording(file_);
+  transactions_ = recording.transactions(slot);
+  isCut_ = recording.isCut();
 }
 
 void ReplayTransport::start(Smbus::Transaction const& transaction, Kex::U64 ticket,
                             Smbus::AnswerSink& sink) {
-  if (next_ == transactions_.size()) {
-    return end();
-  }
-  auto const& [record, line] = transactions_[next_];
-  if (!isSame(transaction, record.transaction)) {
-    end();
-    throw Failure(file_ + ":" + std::to_string(line) + ": the recorded request (" +
-                  described(record.transaction) + ") is not the one that is asked for (" +
-                  described(transaction) + ")");
-  }
   ticket_ = ticket;
   sink_ = &sink;
-  timer_.startAt(record.time);
+  if (end_.empty()) {
+    end_ = obstacle(transaction);
+  }
+  timer_.startAt(end_.empty() ? transactions_[next_].record.time : Timer::now());
 }
 
-void ReplayTransport::end() const {
-  if (onEnd_) {
-    onEnd_();
+std::string ReplayTransport::obstacle(Smbus::Transaction const& transaction) const {
+  bool const isOver = next_ == transactions_.size();
+  auto const& [record, line] = transactions_[isOver ? next_ - 1 : next_];
+  std::string const where = file_ + ":" + std::to_string(line) + ": ";
+  if (isOver) {
+    return where + "the recording ends here" + (isCut_ ? "; the file's last line is cut" : "");
   }
+  return isSame(transaction, record.transaction)
+             ? ""
+             : where + "the recorded request (" + described(record.transaction) +
+                   ") is not the one that is asked for (" + described(transaction) + ")";
 }
 
 void ReplayTransport::finish() {
+  if (!end_.empty()) {
+    if (auto const onEnd = std::exchange(onEnd_, {})) {
+      onEnd(end_);
+    }
+    return sink_->answerIs(
+        ticket_, Smbus::Reply::failed(Smbus::ErrorKind::busGone, Kex::String8(std::string(end_))));
+  }
   TransactionRecord const& record = transactions_[next_++].record;
   sink_->answerIs(ticket_, {.isOk = record.isOk,
                             .read = record.read,
+                            .error = record.error,
                             .failure = Kex::String8(std::string_view(record.failure))});
 }
 

@@ -5,19 +5,21 @@
 
 namespace Agent {
 
-TransactionRecord recordOf(Hardware::VornRequest const& request,
-                           Smbus::Transaction const& transaction) {
+TransactionRecord recordOf(Smbus::Client const& client, Smbus::Transaction const& transaction,
+                           Smbus::Reply const& reply) {
   return {.time = Kex::activityManager().config().clock()->time(),
-          .request = std::string(request.name().str().view()),
+          .request = std::string(client.name().str().view()),
           .transaction = transaction,
-          .isOk = request.status() == Kex::Request::kSucceeded,
-          .read = request.lastRead(),
-          .failure = std::string(request.failure().view())};
+          .isOk = reply.isOk,
+          .read = reply.isOk ? reply.readOf(transaction.readLength) : Smbus::Block{},
+          .error = reply.error,
+          .failure = std::string(reply.failure.view())};
 }
 
-void TransactionLog::handleTransaction(Hardware::VornRequest const& request,
-                                       Smbus::Transaction const& transaction) {
-  records_.push_back(recordOf(request, transaction));
+void TransactionLog::handleTransaction(Smbus::Client const& client,
+                                       Smbus::Transaction const& transaction,
+                                       Smbus::Reply const& reply) {
+  records_.push_back(recordOf(client, transaction, reply));
   if (onRecord_) {
     onRecord_(records_.back());
   }

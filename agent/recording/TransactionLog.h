@@ -6,7 +6,6 @@
 #include <string>
 #include <utility>
 
-#include "host/hardware/VornRequest.h"
 #include "host/smbus/Bus.h"
 
 namespace Agent {
@@ -21,13 +20,15 @@ struct TransactionRecord {
   bool isOk = false;
   /// The bytes as they reached the handler's buffer, count byte first; empty when it failed.
   Smbus::Block read;
+  /// What went wrong; of a failure only.
+  Smbus::ErrorKind error = Smbus::ErrorKind::other;
   /// Why it failed, for a person.
   std::string failure;
 };
 
-/// The record of the transaction that `request` has just ended.
-TransactionRecord recordOf(Hardware::VornRequest const& request,
-                           Smbus::Transaction const& transaction);
+/// The record of `client`'s transaction, which has just ended with `reply`.
+TransactionRecord recordOf(Smbus::Client const& client, Smbus::Transaction const& transaction,
+                           Smbus::Reply const& reply);
 
 /// Keeps the latest transactions of a bus.
 class TransactionLog final : public Smbus::TransactionObserver {
@@ -42,8 +43,8 @@ class TransactionLog final : public Smbus::TransactionObserver {
   }
 
  private:
-  void handleTransaction(Hardware::VornRequest const& request,
-                         Smbus::Transaction const& transaction) override;
+  void handleTransaction(Smbus::Client const& client, Smbus::Transaction const& transaction,
+                         Smbus::Reply const& reply) override;
 
   std::deque<TransactionRecord> records_;
   std::function<void(TransactionRecord const&)> onRecord_;

@@ -2,6 +2,7 @@
 #include "agent/recording/Transcript.h"
 
 #include "agent/base/Text.h"
+#include "host/hardware/VornRequest.h"
 #include "host/kex/base/Format.h"
 
 namespace Agent {
@@ -23,6 +24,7 @@ Json transactionJson(std::string const& slot, TransactionRecord const& record) {
   object["read"] = record.isOk ? Json(hex(record.read.view())) : Json(nullptr);
   object["status"] =
       static_cast<int>(record.isOk ? Kex::Request::kSucceeded : Kex::Request::kFailed);
+  object["error"] = record.isOk ? Json(nullptr) : Json(Smbus::rowOf(record.error).name);
   return object;
 }
 

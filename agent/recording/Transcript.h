@@ -9,8 +9,8 @@
 namespace Agent {
 
 /// `{"time":S,"slot":NAME,"event":"transaction","request":...,"device":N,"command":N,
-/// "write":HEX|null,"readLength":N,"read":HEX|null,"status":2|3}`; `time` is when the transaction
-/// ended, `read` the bytes as they reached the handler's buffer.
+/// "write":HEX|null,"readLength":N,"read":HEX|null,"status":2|3,"error":KIND|null}`; `time` is when
+/// the transaction ended, `read` the bytes as they reached the handler's buffer.
 nlohmann::ordered_json transactionJson(std::string const& slot, TransactionRecord const& record);
 
 /// The same for a person: `SECONDS SLOT request 0xDEV 0xCMD write HEX -> HEX`, or the failure in

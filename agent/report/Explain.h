@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "agent/base/Supply.h"
 #include "agent/recording/TransactionLog.h"
+#include "agent/report/Supply.h"
 
 namespace Agent {
 

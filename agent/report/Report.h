@@ -6,7 +6,7 @@
 
 #include "agent/base/ExitStatus.h"
 #include "agent/base/Json.h"
-#include "agent/base/Supply.h"
+#include "agent/report/Supply.h"
 
 namespace Agent {
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "agent/base/Error.h"
 #include "agent/transport/Timer.h"
 
 namespace Agent {
@@ -18,7 +19,11 @@ Candidate::Candidate(Source const& source, SourceContext context, std::string co
 }
 
 SourceContext Candidate::onEnd(SourceContext context) {
-  context.onEnd = [this] { hasSourceEnded_ = true; };
+  context.onEnd = [this](std::string const& why) {
+    hasSourceEnded_ = true;
+    slot_.stop();
+    complain(why);
+  };
   return context;
 }
 

@@ -1,7 +1,6 @@
 // Scenario files: which supplies are in which slots, and what happens to them.
 #include "agent/slots/Scenario.h"
 
-#include <array>
 #include <cerrno>
 #include <fstream>
 #include <iterator>
@@ -21,22 +20,6 @@ namespace {
 /// A hundred years; beyond that, times in seconds lose their milliseconds.
 constexpr double kLongest = 3.2e9;
 constexpr unsigned kMostTransactions = 1'000'000'000;
-
-/// An action that makes transactions go wrong, and the keys that it has besides.
-struct FaultAction {
-  std::string_view name;
-  Fault::Kind kind;
-  char const* byteKey;
-  char const* valueKey;
-  unsigned leastValue;
-};
-
-constexpr std::array kFaultActions{
-    FaultAction{"nack", Fault::Kind::nack, nullptr, nullptr, 0},
-    FaultAction{"hang", Fault::Kind::hang, nullptr, nullptr, 0},
-    FaultAction{"count", Fault::Kind::count, nullptr, "count", 0},
-    FaultAction{"flip", Fault::Kind::flip, "byte", "mask", 1},
-};
 
 class Reader {
  public:
@@ -89,9 +72,9 @@ class Reader {
       slot.changes.push_back({.at = at, .supply = inserted(value, action)});
       return at;
     }
-    for (FaultAction const& row : kFaultActions) {
-      if (action == row.name) {
-        slot.faults.push_back(fault(value, row, at));
+    for (FaultKind const& kind : faultKinds()) {
+      if (kind.name != nullptr && action == kind.name) {
+        slot.faults.push_back(fault(value, kind, at));
         return at;
       }
     }
@@ -111,18 +94,18 @@ class Reader {
     return inserted;
   }
 
-  static Fault fault(JsonValue const& value, FaultAction const& row, double at) {
+  static Fault fault(JsonValue const& value, FaultKind const& kind, double at) {
     auto const key = [](char const* name) { return name == nullptr ? "action" : name; };
-    value.checkKeys({"at", "action", "transactions", key(row.byteKey), key(row.valueKey)});
-    Fault fault{.kind = row.kind, .at = at};
+    value.checkKeys({"at", "action", "transactions", key(kind.byteKey), key(kind.valueKey)});
+    Fault fault{.kind = kind.kind, .at = at};
     if (value.has("transactions")) {
       fault.transactions = value.at("transactions").integer(1, kMostTransactions);
     }
-    if (row.byteKey != nullptr) {
-      fault.byte = static_cast<Kex::U8>(value.at(row.byteKey).integer(0, Smbus::kMaxBlock - 1));
+    if (kind.byteKey != nullptr) {
+      fault.byte = static_cast<Kex::U8>(value.at(kind.byteKey).integer(0, Smbus::kMaxBlock - 1));
     }
-    if (row.valueKey != nullptr) {
-      fault.value = static_cast<Kex::U8>(value.at(row.valueKey).integer(row.leastValue, 255));
+    if (kind.valueKey != nullptr) {
+      fault.value = static_cast<Kex::U8>(value.at(kind.valueKey).integer(kind.leastValue, 255));
     }
     return fault;
   }

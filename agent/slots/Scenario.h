@@ -8,14 +8,14 @@
 #include <variant>
 #include <vector>
 
-#include "agent/transport/FaultTransport.h"
+#include "agent/transport/FaultKind.h"
 #include "agent/transport/SimulatedSupply.h"
 
 namespace Agent {
 
 /// A recording that stands for a supply: the text after `replay:` of a SOURCE.
 struct RecordedSupply {
-  std::string locator;
+  std::string target;
 };
 
 /// What is in a slot.

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "agent/base/Supply.h"
+#include "agent/report/Supply.h"
 #include "agent/slots/Plugin.h"
 #include "host/detector/SlotDriver.h"
 #include "host/smbus/Bus.h"

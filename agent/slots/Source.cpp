@@ -19,41 +19,39 @@ struct Source::Kind {
   /// What the text begins with; empty for a file.
   std::string_view prefix;
   bool isLive = false;
-  /// See `Source::exclusive`; throws a `UsageError` when `locator` does not make sense.
-  std::string (*exclusive)(std::string const& locator);
-  TransportPtr (*open)(std::string const& locator, SourceContext const& context);
+  /// See `Source::exclusive`; throws a `UsageError` when `target` does not make sense.
+  std::string (*exclusive)(std::string const& target);
+  TransportPtr (*open)(std::string const& target, SourceContext const& context);
 };
 
 namespace {
 
-std::string exclusiveFile(std::string const& locator) {
-  if (locator.empty()) {
+std::string exclusiveFile(std::string const& target) {
+  if (target.empty()) {
     throw UsageError("a SOURCE must not be empty");
   }
-  return locator == "-" ? "standard input" : "";
+  return target == "-" ? "standard input" : "";
 }
 
-TransportPtr openFile(std::string const& locator, SourceContext const& context) {
-  return std::make_unique<SimulatedBus>(SimulatedSupply(readFruImage(locator), context.mfrId));
+TransportPtr openFile(std::string const& target, SourceContext const& context) {
+  return std::make_unique<SimulatedBus>(SimulatedSupply(readFruImage(target), context.mfrId));
 }
 
-std::string exclusiveBus(std::string const& locator) {
-  return linuxBusName(linuxBusNumber(locator));
+std::string exclusiveBus(std::string const& target) { return linuxBusName(linuxBusNumber(target)); }
+
+TransportPtr openBus(std::string const& target, SourceContext const& context) {
+  return std::make_unique<LinuxTransport>(linuxBusNumber(target), context.post);
 }
 
-TransportPtr openBus(std::string const& locator, SourceContext const& context) {
-  return std::make_unique<LinuxTransport>(linuxBusNumber(locator), context.post);
-}
-
-std::string exclusiveRecording(std::string const& locator) {
-  if (locator.empty()) {
+std::string exclusiveRecording(std::string const& target) {
+  if (target.empty()) {
     throw UsageError("replay: needs the name of a FILE");
   }
   return "";
 }
 
-TransportPtr openRecording(std::string const& locator, SourceContext const& context) {
-  return std::make_unique<ReplayTransport>(locator, context.onEnd);
+TransportPtr openRecording(std::string const& target, SourceContext const& context) {
+  return std::make_unique<ReplayTransport>(target, context.onEnd);
 }
 
 }  // namespace
@@ -76,13 +74,13 @@ Source::Kind const* Source::kindOf(std::string_view text) {
 Source::Source(std::string text)
     : text_(std::move(text)),
       kind_(kindOf(text_)),
-      locator_(text_.substr(kind_->prefix.size())),
-      exclusive_(kind_->exclusive(locator_)) {}
+      target_(text_.substr(kind_->prefix.size())),
+      exclusive_(kind_->exclusive(target_)) {}
 
 bool Source::isLive() const { return kind_->isLive; }
 
 TransportPtr Source::open(SourceContext const& context) const {
-  return kind_->open(locator_, context);
+  return kind_->open(target_, context);
 }
 
 std::vector<Source> parseSources(std::vector<std::string> const& texts) {

@@ -1,12 +1,12 @@
 // A SOURCE of the command line: where a supply is, and how it is reached.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "agent/transport/OnEnd.h"
 #include "agent/transport/Post.h"
 #include "host/smbus/Transport.h"
 
@@ -18,8 +18,8 @@ struct SourceContext {
   std::string mfrId;
   /// For transports whose work is done on other threads.
   Post post;
-  /// Called on the run loop's thread when the source has nothing more to answer; may be empty.
-  std::function<void()> onEnd{};
+  /// Told of the end of a source that has one; may be empty.
+  OnEnd onEnd{};
 };
 
 /// A SOURCE as it was written. Kinds of sources are rows of one table in Source.cpp.
@@ -44,7 +44,7 @@ class Source {
   std::string text_;
   Kind const* kind_;
   /// The text without the prefix that tells the kind.
-  std::string locator_;
+  std::string target_;
   std::string exclusive_;
 };
 

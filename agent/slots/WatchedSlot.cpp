@@ -18,9 +18,10 @@ double now() { return Kex::activityManager().config().clock()->time(); }
 }  // namespace
 
 WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> source,
-                         std::unique_ptr<Smbus::Transport> transport, Plugin const& plugin,
-                         Reporting& reporting)
-    : source_(std::move(source)), reporting_(reporting), slot_(name, std::move(transport), plugin) {
+                         Open const& open, Plugin const& plugin, Reporting& reporting)
+    : source_(std::move(source)),
+      reporting_(reporting),
+      slot_(name, open([this](std::string const& why) { end(why); }), plugin) {
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
   slot_.observerIs(this);
   if (reporting_.publisher != nullptr) {
@@ -51,12 +52,13 @@ void WatchedSlot::handleSupply(Supply const& supply) {
   print(jsonLine(object));
 }
 
-void WatchedSlot::handleTransaction(Hardware::VornRequest const& request,
-                                    Smbus::Transaction const& transaction) {
+void WatchedSlot::handleTransaction(Smbus::Client const& client,
+                                    Smbus::Transaction const& transaction,
+                                    Smbus::Reply const& reply) {
   if (reporting_.recorder == nullptr && !reporting_.isTranscript) {
     return;
   }
-  TransactionRecord const record = recordOf(request, transaction);
+  TransactionRecord const record = recordOf(client, transaction, reply);
   if (reporting_.recorder != nullptr) {
     reporting_.ledger.attempt([&] { reporting_.recorder->recordIs(slot_.name(), record); });
   }
@@ -64,6 +66,11 @@ void WatchedSlot::handleTransaction(Hardware::VornRequest const& request,
     print(reporting_.isJson ? jsonLine(transactionJson(slot_.name(), record))
                             : transactionLine(slot_.name(), record));
   }
+}
+
+void WatchedSlot::end(std::string const& why) {
+  slot_.stop();
+  complain(slot_.name() + ": " + why);
 }
 
 void WatchedSlot::publish(Supply const& supply) {

@@ -9,6 +9,7 @@
 #include "agent/recording/Recorder.h"
 #include "agent/slots/Publisher.h"
 #include "agent/slots/Slot.h"
+#include "agent/transport/OnEnd.h"
 
 namespace Agent {
 
@@ -31,11 +32,13 @@ struct Reporting {
 /// printed for it.
 class WatchedSlot final : Smbus::TransactionObserver {
  public:
+  /// Opens the way to the slot's supply, whose end ends the slot.
+  using Open = std::function<std::unique_ptr<Smbus::Transport>(OnEnd onEnd)>;
+
   /// `source` is what the slot's supply is called in JSON, none for an empty slot. `reporting` must
-  /// outlive the slot.
-  WatchedSlot(std::string const& name, std::optional<std::string> source,
-              std::unique_ptr<Smbus::Transport> transport, Plugin const& plugin,
-              Reporting& reporting);
+  /// outlive the slot. Throws what `open` does.
+  WatchedSlot(std::string const& name, std::optional<std::string> source, Open const& open,
+              Plugin const& plugin, Reporting& reporting);
   WatchedSlot(WatchedSlot const&) = delete;
   WatchedSlot& operator=(WatchedSlot const&) = delete;
   ~WatchedSlot() = default;
@@ -53,8 +56,10 @@ class WatchedSlot final : Smbus::TransactionObserver {
   };
 
   void handleSupply(Supply const& supply);
-  void handleTransaction(Hardware::VornRequest const& request,
-                         Smbus::Transaction const& transaction) override;
+  void handleTransaction(Smbus::Client const& client, Smbus::Transaction const& transaction,
+                         Smbus::Reply const& reply) override;
+  /// Stops the slot, whose source has ended, and tells why.
+  void end(std::string const& why);
   void publish(Supply const& supply);
   void print(std::string const& line) const;
 

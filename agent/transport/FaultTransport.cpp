@@ -4,15 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "agent/transport/SimulatedSupply.h"
-
 namespace Agent {
-
-namespace {
-
-Smbus::Reply timedOut() { return Smbus::Reply::failed("timeout"); }
-
-}  // namespace
 
 FaultTransport::FaultTransport(std::unique_ptr<Smbus::Transport> inner)
     : inner_(std::move(inner)),
@@ -32,31 +24,27 @@ void FaultTransport::start(Smbus::Transaction const& transaction, Kex::U64 ticke
   if (late_) {
     lateTimer_.startIn(0);
   }
-  fault_ = nextFault();
-  if (fault_ && fault_->kind == Fault::Kind::nack) {
-    failAt(Timer::now(), notAcknowledged());
-  } else if (fault_ && fault_->kind == Fault::Kind::hang) {
-    failAt(timeout_, timedOut());
+  auto const fault = nextFault();
+  fault_ = fault.value_or(Fault{});
+  kind_ = fault ? &faultKinds()[static_cast<std::size_t>(fault->kind)] : nullptr;
+  if (kind_ != nullptr && !kind_->isAsked) {
+    fail(kind_->error.value_or(Smbus::ErrorKind::other));
   } else {
     inner_->start(transaction, ticket, *this);
   }
 }
 
 void FaultTransport::answerIs(Kex::U64 ticket, Smbus::Reply const& reply) {
-  if (ticket != ticket_ || !fault_) {
+  if (ticket != ticket_ || kind_ == nullptr) {
     return sink_->answerIs(ticket, reply);
   }
-  if (fault_->kind == Fault::Kind::late) {
+  if (kind_->error) {
     late_ = {.ticket = ticket, .reply = reply};
-    return failAt(std::max(Timer::now(), timeout_), timedOut());
+    return fail(*kind_->error);
   }
   Smbus::Reply changed = reply;
-  auto const bytes = std::span(changed.read.bytes).first(changed.read.length);
-  if (fault_->kind == Fault::Kind::count && !bytes.empty()) {
-    bytes[0] = fault_->value;
-    std::ranges::fill(bytes.subspan(std::min<std::size_t>(bytes.size(), fault_->value + 1U)), 0);
-  } else if (fault_->kind == Fault::Kind::flip && fault_->byte < bytes.size()) {
-    bytes[fault_->byte] ^= fault_->value;
+  if (kind_->change != nullptr) {
+    kind_->change(fault_, std::span(changed.read.bytes).first(changed.read.length));
   }
   sink_->answerIs(ticket, changed);
 }
@@ -79,15 +67,15 @@ std::optional<Fault> FaultTransport::randomFault() {
   if (static_cast<double>(random_() >> 11) * 0x1p-53 >= rate_) {
     return std::nullopt;
   }
-  constexpr unsigned kKinds = 5;
-  return Fault{.kind = static_cast<Fault::Kind>(random_() % kKinds),
+  return Fault{.kind = faultKinds()[random_() % faultKinds().size()].kind,
                .byte = static_cast<Kex::U8>(random_() % Smbus::kMaxBlock),
                .value = static_cast<Kex::U8>(random_())};
 }
 
-void FaultTransport::failAt(double time, Smbus::Reply const& failure) {
-  failure_ = failure;
-  failureTimer_.startAt(time);
+void FaultTransport::fail(Smbus::ErrorKind error) {
+  bool const isTimeout = error == Smbus::ErrorKind::timeout;
+  failure_ = Smbus::Reply::failed(error);
+  failureTimer_.startAt(isTimeout ? std::max(Timer::now(), timeout_) : Timer::now());
 }
 
 void FaultTransport::giveLateAnswer() {

@@ -6,31 +6,11 @@
 #include <random>
 #include <vector>
 
+#include "agent/transport/FaultKind.h"
 #include "agent/transport/Timer.h"
 #include "host/smbus/Transport.h"
 
 namespace Agent {
-
-/// A way in which transactions go wrong.
-struct Fault {
-  enum class Kind : Kex::U8 {
-    nack,   ///< fails at once; the device sees nothing of it
-    hang,   ///< fails when the address's bus timeout is over; the device sees nothing of it
-    count,  ///< the reply's count byte becomes `value`, and the data beyond it zero
-    flip,   ///< the reply's byte number `byte` (0 is the count byte) is exclusive-ored with `value`
-    late,   ///< fails when the bus timeout is over; the answer comes once the next one has begun
-  };
-  /// For `transactions`: all that follow. A nack of that many is a supply that disappeared.
-  static constexpr Kex::U32 kForever = ~Kex::U32{0};
-
-  Kind kind = Kind::nack;
-  /// Applies to transactions that start at this time (seconds) or later.
-  double at = 0;
-  /// How many transactions it applies to.
-  Kex::U32 transactions = 1;
-  Kex::U8 byte = 0;
-  Kex::U8 value = 0;
-};
 
 /// Forwards to another transport and applies faults: those of a script, of which each transaction
 /// meets the first that is due and not used up, or else random ones.
@@ -58,7 +38,8 @@ class FaultTransport final : public Smbus::Transport, private Smbus::AnswerSink 
   void answerIs(Kex::U64 ticket, Smbus::Reply const& reply) override;
   std::optional<Fault> nextFault();
   std::optional<Fault> randomFault();
-  void failAt(double time, Smbus::Reply const& failure);
+  /// Fails the transaction: a timeout when its bus timeout is over, anything else at once.
+  void fail(Smbus::ErrorKind error);
   void giveLateAnswer();
 
   std::unique_ptr<Smbus::Transport> inner_;
@@ -68,7 +49,9 @@ class FaultTransport final : public Smbus::Transport, private Smbus::AnswerSink 
   Smbus::AnswerSink* sink_ = nullptr;
   /// The transaction under way: its ticket, what it suffers, and when its bus timeout is over.
   Kex::U64 ticket_ = 0;
-  std::optional<Fault> fault_;
+  Fault fault_;
+  /// Of what kind the fault is; null for none.
+  FaultKind const* kind_ = nullptr;
   double timeout_ = 0;
   Smbus::Reply failure_;
   Timer failureTimer_;

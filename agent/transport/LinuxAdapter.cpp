@@ -13,13 +13,16 @@
 #include <charconv>
 #include <cstring>
 
-#include "agent/base/Error.h"
 #include "agent/base/Text.h"
 #include "host/kex/base/Format.h"
 
 namespace Agent {
 
+using Smbus::ErrorKind;
+
 namespace {
+
+std::string devicePath(unsigned number) { return "/dev/" + linuxBusName(number); }
 
 /// Adapter numbers that the kernel can give.
 constexpr unsigned kAdapters = 1U << 20;
@@ -51,31 +54,53 @@ constexpr Way kWays[] = {
 
 struct Meaning {
   int error;
+  ErrorKind kind;
   std::string_view text;
 };
 
-// What the kernel's i2c drivers mean by the error numbers that they agree on.
-constexpr Meaning kMeanings[] = {
-    {EAGAIN, "arbitration lost"},
-    {EBADMSG, "wrong packet error code"},
-    {EBUSY, "the bus is busy"},
-    {ENODEV, "the adapter has gone"},
-    {ENXIO, "no acknowledge"},
-    {EOPNOTSUPP, "unsupported by the adapter"},
-    {EPROTO, "bad count byte"},
-    {EREMOTEIO, "no acknowledge"},
-    {ESHUTDOWN, "the adapter is suspended"},
-    {ETIMEDOUT, "timeout"},
-};
-
-std::string meaning(int error) {
-  auto const* const found = std::ranges::find(kMeanings, error, &Meaning::error);
-  char const* const name = strerrorname_np(error);
-  return (found != std::end(kMeanings) ? std::string(found->text) : systemError(error)) + " (" +
-         (name != nullptr ? name : std::to_string(error)) + ")";
+constexpr Meaning meant(int error, ErrorKind kind) {
+  return {.error = error, .kind = kind, .text = Smbus::rowOf(kind).text};
 }
 
-std::string devicePath(unsigned number) { return "/dev/" + linuxBusName(number); }
+// What the kernel's i2c drivers mean by the error numbers that they agree on.
+constexpr Meaning kMeanings[] = {
+    meant(EAGAIN, ErrorKind::arbitrationLost),
+    {EBADMSG, ErrorKind::other, "wrong packet error code"},
+    meant(EBUSY, ErrorKind::busBusy),
+    meant(ENODEV, ErrorKind::busGone),
+    meant(ENXIO, ErrorKind::noAcknowledge),
+    meant(EOPNOTSUPP, ErrorKind::unsupported),
+    meant(EPROTO, ErrorKind::badCount),
+    meant(EREMOTEIO, ErrorKind::noAcknowledge),
+    {ESHUTDOWN, ErrorKind::other, "the adapter is suspended"},
+    meant(ETIMEDOUT, ErrorKind::timeout),
+};
+// The same where an address is selected, as far as it differs.
+constexpr Meaning kSelectMeaning = meant(EBUSY, ErrorKind::addressHeld);
+
+BusFailure failureOf(Meaning const& meaning, std::string const& before = {}) {
+  std::string const text =
+      meaning.text.empty() ? systemError(meaning.error) : std::string(meaning.text);
+  char const* const name = strerrorname_np(meaning.error);
+  return {meaning.kind,
+          before + text + " (" + (name != nullptr ? name : std::to_string(meaning.error)) + ")"};
+}
+
+/// What the error number means; `before` stands before the text.
+BusFailure failureOf(int error, std::string const& before = {}) {
+  auto const* const found = std::ranges::find(kMeanings, error, &Meaning::error);
+  return failureOf(found != std::end(kMeanings)
+                       ? *found
+                       : Meaning{.error = error, .kind = ErrorKind::other, .text = {}},
+                   before);
+}
+
+/// Why a bus cannot be opened. One that is not there has gone, or has not come yet.
+BusFailure cannotOpen(unsigned number, int error) {
+  bool const isGone = error == ENOENT || error == ENODEV || error == ENXIO;
+  return {isGone ? ErrorKind::busGone : ErrorKind::other,
+          linuxBusName(number) + ": cannot open " + devicePath(number) + ": " + systemError(error)};
+}
 
 }  // namespace
 
@@ -97,15 +122,16 @@ std::string usefulFunctions(unsigned long functions, bool present) {
   return names;
 }
 
-unsigned linuxBusNumber(std::string const& place) {
+unsigned linuxBusNumber(std::string const& target) {
   constexpr std::string_view kFolder = "/dev/i2c-";
   std::string_view const digits =
-      std::string_view(place).substr(place.starts_with(kFolder) ? kFolder.size() : 0);
+      std::string_view(target).substr(target.starts_with(kFolder) ? kFolder.size() : 0);
   unsigned number = 0;
   auto const [end, error] = std::from_chars(digits.begin(), digits.end(), number);
   // Written back it must be the same text: no sign, no leading zero, nothing behind it.
   if (error != std::errc() || std::to_string(number) != digits || number >= kAdapters) {
-    throw UsageError("i2c:" + oneLine(place) + " is not i2c:N or i2c:/dev/i2c-N with N from 0 to " +
+    throw UsageError("i2c:" + oneLine(target) +
+                     " is not i2c:N or i2c:/dev/i2c-N with N from 0 to " +
                      std::to_string(kAdapters - 1));
   }
   return number;
@@ -116,13 +142,12 @@ std::string linuxBusName(unsigned number) { return "i2c-" + std::to_string(numbe
 LinuxAdapter::LinuxAdapter(unsigned number)
     : number_(number), file_(open(devicePath(number).c_str(), O_RDWR | O_CLOEXEC)) {
   if (file_ < 0) {
-    throw Failure(linuxBusName(number) + ": cannot open " + devicePath(number) + ": " +
-                  systemError(errno));
+    throw cannotOpen(number, errno);
   }
   if (ioctl(file_, I2C_FUNCS, &functions_) < 0) {
     int const error = errno;
     close(file_);
-    throw Failure(linuxBusName(number) + ": does not tell what it can do: " + meaning(error));
+    throw failureOf(error, linuxBusName(number) + ": does not tell what it can do: ");
   }
 }
 
@@ -130,8 +155,9 @@ LinuxAdapter::~LinuxAdapter() { close(file_); }
 
 void LinuxAdapter::checkWay() const {
   if (way() == LinuxWay::none) {
-    throw Failure(linuxBusName(number_) + ": the adapter cannot serve: it lacks " +
-                  usefulFunctions(functions_, false));
+    throw BusFailure(ErrorKind::unsupported, linuxBusName(number_) +
+                                                 ": the adapter cannot serve: it lacks " +
+                                                 usefulFunctions(functions_, false));
   }
 }
 
@@ -142,7 +168,7 @@ int LinuxAdapter::select(Kex::U8 device) const {
 bool LinuxAdapter::isHeld(Kex::U8 device) const {
   int const error = select(device);
   if (error != 0 && error != EBUSY) {
-    throw Failure(linuxBusName(number_) + ": cannot address a device: " + meaning(error));
+    throw failureOf(error, linuxBusName(number_) + ": cannot address a device: ");
   }
   return error == EBUSY;
 }
@@ -152,21 +178,22 @@ Smbus::Reply LinuxAdapter::transfer(Smbus::Transaction const& transaction) const
   Kex::U8 const device = transaction.address.device();
   try {
     if (int const error = select(device); error != 0) {
-      throw Failure(error == EBUSY ? "the address is held by a kernel driver (EBUSY)"
-                                   : meaning(error));
+      throw error == EBUSY ? failureOf(kSelectMeaning) : failureOf(error);
     }
     Smbus::Block read =
         way() == LinuxWay::smbus ? transferSmbus(transaction) : transferPlainI2c(transaction);
     Kex::U8 const count = read.bytes[0];
     if (count >= Smbus::kMaxBlock) {
-      throw Failure("bad count byte: " + std::to_string(count) + ", where 32 is the most");
+      throw BusFailure(ErrorKind::badCount,
+                       "bad count byte: " + std::to_string(count) + ", where 32 is the most");
     }
     read.length = std::min(static_cast<Kex::U8>(count + 1), transaction.readLength);
     std::fill(read.bytes.begin() + read.length, read.bytes.end(), Kex::U8{0});
     return {.isOk = true, .read = read, .failure = {}};
-  } catch (Failure const& failure) {
-    return Smbus::Reply::failed(Kex::format("%s, device 0x%02x: %s", linuxBusName(number_).c_str(),
-                                            device, failure.what()));
+  } catch (BusFailure const& failure) {
+    return Smbus::Reply::failed(
+        failure.kind(), Kex::format("%s, device 0x%02x: %s", linuxBusName(number_).c_str(), device,
+                                    failure.what()));
   }
 }
 
@@ -181,7 +208,7 @@ Smbus::Block LinuxAdapter::transferSmbus(Smbus::Transaction const& transaction) 
   call.size = isProcessCall ? I2C_SMBUS_BLOCK_PROC_CALL : I2C_SMBUS_BLOCK_DATA;
   call.data = &data;
   if (ioctl(file_, I2C_SMBUS, &call) < 0) {
-    throw Failure(meaning(errno));
+    throw failureOf(errno);
   }
   Smbus::Block read;
   std::copy_n(data.block, read.bytes.size(), read.bytes.begin());
@@ -207,10 +234,11 @@ Smbus::Block LinuxAdapter::transferPlainI2c(Smbus::Transaction const& transactio
   call.nmsgs = messages.size();
   int const done = ioctl(file_, I2C_RDWR, &call);
   if (done < 0) {
-    throw Failure(meaning(errno));
+    throw failureOf(errno);
   }
   if (done != static_cast<int>(messages.size())) {
-    throw Failure("the adapter carried out " + std::to_string(done) + " of 2 messages");
+    throw BusFailure(ErrorKind::other,
+                     "the adapter carried out " + std::to_string(done) + " of 2 messages");
   }
   return read;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "agent/base/Error.h"
 #include "host/smbus/Transport.h"
 
 namespace Agent {
@@ -24,9 +25,19 @@ std::string usefulFunctions(unsigned long functions, bool present);
 
 /// The adapter's number in what follows `i2c:`, which is `N` or `/dev/i2c-N`. Throws a
 /// `UsageError`.
-unsigned linuxBusNumber(std::string const& place);
+unsigned linuxBusNumber(std::string const& target);
 /// `i2c-N`.
 std::string linuxBusName(unsigned number);
+
+/// A bus that did not do what it was asked to.
+class BusFailure : public Failure {
+ public:
+  BusFailure(Smbus::ErrorKind kind, std::string const& text) : Failure(text), kind_(kind) {}
+  Smbus::ErrorKind kind() const { return kind_; }
+
+ private:
+  Smbus::ErrorKind kind_;
+};
 
 /// An adapter, open. The kernel does not let go of an adapter that a program holds open, so it is
 /// opened anew for each transaction: one that was unplugged and has returned is found again.

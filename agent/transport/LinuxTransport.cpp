@@ -2,16 +2,19 @@
 #include "agent/transport/LinuxTransport.h"
 
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <thread>
 #include <utility>
 
-#include "agent/base/Error.h"
 #include "agent/transport/LinuxAdapter.h"
 #include "host/kex/base/Format.h"
 
 namespace Agent {
+
+using Smbus::ErrorKind;
+using Smbus::Reply;
 
 /// What the run loop's thread and the worker share. It outlives whichever of them ends first.
 class LinuxTransport::Mailbox : public std::enable_shared_from_this<Mailbox> {
@@ -71,11 +74,13 @@ class LinuxTransport::Mailbox : public std::enable_shared_from_this<Mailbox> {
 
 namespace {
 
-Smbus::Reply replyTo(unsigned number, Smbus::Transaction const& transaction) {
+Reply replyTo(unsigned number, Smbus::Transaction const& transaction) {
   try {
     return LinuxAdapter(number).transfer(transaction);
-  } catch (Failure const& failure) {
-    return Smbus::Reply::failed(failure.what());
+  } catch (BusFailure const& failure) {
+    return Reply::failed(failure.kind(), failure.what());
+  } catch (std::exception const& error) {
+    return Reply::failed(ErrorKind::other, error.what());
   }
 }
 
@@ -97,7 +102,11 @@ void LinuxTransport::work(unsigned number, Mailbox& mailbox) {
     if (!job) {
       return;
     }
-    mailbox.replyIs(job->ticket, replyTo(number, job->transaction));
+    try {
+      mailbox.replyIs(job->ticket, replyTo(number, job->transaction));
+    } catch (...) {
+      // No memory for the answer: the deadline gives one.
+    }
   }
 }
 
@@ -119,13 +128,14 @@ void LinuxTransport::handleReply(Kex::U64 ticket, Smbus::Reply const& reply) {
 
 void LinuxTransport::handleDeadline() {
   bool const isWaiting = mailbox_->jobDel();
-  handleReply(ticket_, Smbus::Reply::failed(Kex::format(
-                           "%s, device 0x%02x: %s within the bus timeout of %u ms",
-                           linuxBusName(number_).c_str(), address_.device(),
-                           isWaiting ? "the kernel did not give the bus back from an earlier "
-                                       "transaction"
-                                     : "the kernel did not return",
-                           unsigned{address_.busTimeout()})));
+  char const* const what = isWaiting
+                               ? "the kernel did not give the bus back from an earlier transaction"
+                               : "the kernel did not return";
+  handleReply(ticket_, Reply::failed(isWaiting ? ErrorKind::busBusy : ErrorKind::timeout,
+                                     Kex::format("%s, device 0x%02x: %s within the bus timeout of "
+                                                 "%u ms",
+                                                 linuxBusName(number_).c_str(), address_.device(),
+                                                 what, unsigned{address_.busTimeout()})));
 }
 
 }  // namespace Agent

@@ -1,9 +1,12 @@
-// A bus with one place for a simulated supply.
+// A bus with room for one simulated supply.
 #include "agent/transport/SimulatedBus.h"
 
 #include <utility>
 
 namespace Agent {
+
+using Smbus::ErrorKind;
+using Smbus::Reply;
 
 SimulatedBus::SimulatedBus(std::optional<SimulatedSupply> const& supply)
     : supply_(supply), timer_([this] { finish(); }) {}
@@ -12,7 +15,7 @@ void SimulatedBus::supplyIs(std::optional<SimulatedSupply> const& supply) {
   bool const hasLeft = supply_.has_value();
   supply_ = supply;
   if (hasLeft && sink_ != nullptr) {
-    reply_ = notAcknowledged();
+    reply_ = Reply::failed(ErrorKind::noAcknowledge);
     timer_.startIn(0);
   }
 }
@@ -20,7 +23,7 @@ void SimulatedBus::supplyIs(std::optional<SimulatedSupply> const& supply) {
 void SimulatedBus::start(Smbus::Transaction const& transaction, Kex::U64 ticket,
                          Smbus::AnswerSink& sink) {
   bool const isPresent = supply_ && SimulatedSupply::isPresentAt(transaction.address);
-  reply_ = supply_ ? supply_->answer(transaction) : notAcknowledged();
+  reply_ = supply_ ? supply_->answer(transaction) : Reply::failed(ErrorKind::noAcknowledge);
   ticket_ = ticket;
   sink_ = &sink;
   timer_.startIn(wireTime(transaction, reply_, isPresent));

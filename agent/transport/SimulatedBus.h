@@ -1,4 +1,4 @@
-// A bus with one place for a simulated supply.
+// A bus with room for one simulated supply.
 #pragma once
 
 #include <optional>
@@ -12,10 +12,10 @@ namespace Agent {
 /// framework's clock. The supply may come and go at any moment. A transaction costs no allocation.
 class SimulatedBus final : public Smbus::Transport {
  public:
-  /// With `supply` in its place, or nothing.
+  /// With `supply` on it, or nothing.
   explicit SimulatedBus(std::optional<SimulatedSupply> const& supply = {});
 
-  /// Puts a supply into the place, or takes it away. The transaction that is under way with one
+  /// Puts a supply on the bus, or takes it away. The transaction that is under way with one
   /// that leaves fails at once.
   void supplyIs(std::optional<SimulatedSupply> const& supply);
 

@@ -38,7 +38,7 @@ Smbus::Reply SimulatedSupply::answer(Smbus::Transaction const& transaction) cons
       return fruBytes(write.bytes[1]);
     }
   }
-  return notAcknowledged();
+  return Smbus::Reply::failed(Smbus::ErrorKind::noAcknowledge);
 }
 
 Smbus::Reply SimulatedSupply::fruBytes(Kex::U8 start) const {
@@ -50,8 +50,5 @@ Smbus::Reply SimulatedSupply::fruBytes(Kex::U8 start) const {
   }
   return reply;
 }
-
-// Short enough to be kept without an allocation.
-Smbus::Reply notAcknowledged() { return Smbus::Reply::failed("no acknowledge"); }
 
 }  // namespace Agent

@@ -37,7 +37,4 @@ class SimulatedSupply {
   Smbus::Block mfrId_;
 };
 
-/// The reply of a bus on which nobody answers.
-Smbus::Reply notAcknowledged();
-
 }  // namespace Agent

@@ -24,14 +24,17 @@ String8 joined(std::initializer_list<std::string_view> parts) {
   return String8(std::move(text));
 }
 
-bool isShort(Smbus::Block const& block) { return block.bytes[0] + 1U < block.length; }
+bool isShort(std::span<Kex::U8 const> block) {
+  return !block.empty() && block[0] + 1U < block.size();
+}
 
 String8 outcome(char const* what, VornRequest const& request) {
-  Smbus::Block const& block = request.lastRead();
+  auto const block = request.received();
   if (request.status() == Request::kFailed) {
     return joined({what, " failed: ", request.failure().view()});
   }
-  return Kex::format("%s was cut short: %u of %u bytes", what, block.bytes[0], block.length - 1U);
+  return Kex::format("%s was cut short: %u of %zu bytes", what, block.empty() ? 0U : block[0],
+                     block.empty() ? 0 : block.size() - 1);
 }
 
 String8 notSupported(std::optional<String8> const& mfrId) {
@@ -42,8 +45,8 @@ String8 notSupported(std::optional<String8> const& mfrId) {
 
 bool isLoneRead(VornRequest const& request) { return request.operations().size() == 1; }
 
-String8 blockText(Smbus::Block const& block) {
-  return String8(block.view().subspan(std::min<std::size_t>(1, block.length)));
+String8 blockText(std::span<Kex::U8 const> block) {
+  return String8(block.subspan(std::min<std::size_t>(1, block.size())));
 }
 
 Supply unreadable(char const* what, VornRequest const& request) {
@@ -70,7 +73,7 @@ Supply judgePoll(VornRequest const& request, Findings const& findings,
     bool const isAnswered = request.status() != Request::kFailed;
     supply.verdict = isAnswered ? Verdict::unsupportedManufacturer : Verdict::absent;
     supply.reason = isAnswered ? notSupported(mfrId) : outcome("reading MFR_ID", request);
-  } else if (request.status() == Request::kFailed || isShort(request.lastRead())) {
+  } else if (request.status() == Request::kFailed || isShort(request.received())) {
     supply = unreadable("reading the FRU common header", request);
   } else {
     supply.verdict = Verdict::invalidHeader;

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "host/detector/Policy.h"
 #include "host/hardware/Supply.h"
@@ -53,6 +54,6 @@ Supply unreadable(char const* what, Hardware::VornRequest const& request);
 /// Whether the request is loaded with a lone read: the MFR_ID, not FRU data.
 bool isLoneRead(Hardware::VornRequest const& request);
 /// The text that a block holds, whatever its count byte says.
-Kex::String8 blockText(Smbus::Block const& block);
+Kex::String8 blockText(std::span<Kex::U8 const> block);
 
 }  // namespace PowerSupplyDetector

@@ -260,7 +260,7 @@ void IdentifierBase::Channel::handleStatus(VornRequest& request) {
   }
   if (&request == owner_.pollForInsertionRequest().ptr() && isLoneRead(request) &&
       request.status() == Kex::Request::kSucceeded) {
-    owner_.detection_.mfrId = blockText(request.lastRead());
+    owner_.detection_.mfrId = blockText(request.received());
   }
   owner_.guarded(handle_);
   owner_.handleRetry();

@@ -20,12 +20,12 @@ void checkIndex(U32 index, U32 length) {
   }
 }
 
-U32 checkedSize(U32 size) {
+U32 checkedSize(std::size_t size) {
   if (size > BufBase::kMaxSize) {
     Kex::throwRangeException(
-        Kex::format("a buffer of %u bytes; it may have %u", size, BufBase::kMaxSize));
+        Kex::format("a buffer of %zu bytes; it may have %u", size, BufBase::kMaxSize));
   }
-  return size;
+  return static_cast<U32>(size);
 }
 
 }  // namespace
@@ -71,15 +71,24 @@ void BufBase::bytesIs(U32 offset, std::span<U8 const> bytes) {
 Kex::String8 BufBase::str() const { return Kex::String8(bytes()); }
 
 void BufBase::strIs(Kex::String8 const& text) {
-  bytes_.resize(std::max<std::size_t>(bytes_.size(), text.len()));
+  U32 const length = checkedSize(text.view().size());
+  bytes_.resize(std::max(size(), length));
   std::ranges::copy(text.view(), bytes_.begin());
-  len_ = text.len();
+  len_ = length;
 }
 
 void BufBase::doAppend(std::span<U8 const> bytes) {
-  bytes_.resize(std::max<std::size_t>(bytes_.size(), len_ + bytes.size()));
-  std::ranges::copy(bytes, bytes_.begin() + len_);
-  len_ += static_cast<U32>(bytes.size());
+  U32 const length = checkedSize(len_ + bytes.size());
+  if (length > size()) {
+    // The bytes may be the buffer's own, so both are copied before the old ones go.
+    std::vector<U8> grown(length);
+    std::ranges::copy(this->bytes(), grown.begin());
+    std::ranges::copy(bytes, grown.begin() + len_);
+    bytes_.swap(grown);
+  } else {
+    std::ranges::copy(bytes, bytes_.begin() + len_);
+  }
+  len_ = length;
 }
 
 void BufBase::capacityIs(U32 size) {

@@ -35,9 +35,11 @@ class KEX_API BufBase : public Kex::Owned {
 
   /// The bytes up to the length as a string.
   Kex::String8 str() const;
-  /// Replaces the contents by the string's bytes; grows the capacity where needed.
+  /// Replaces the contents by the string's bytes; grows the capacity where needed. Throws a range
+  /// exception above `kMaxSize`.
   void strIs(Kex::String8 const& text);
-  /// Appends `bytes`; grows the capacity where needed.
+  /// Appends `bytes`, which may be the buffer's own, up to its length; grows the capacity where
+  /// needed. Throws a range exception above `kMaxSize`.
   void doAppend(std::span<Kex::U8 const> bytes);
 
  protected:

@@ -35,7 +35,7 @@ Kex::KexType& VornRequest::fwkType() const { return _fwkType(); }
 
 VornRequest::~VornRequest() {
   if (bus_) {
-    bus_->requestDel(*this);
+    bus_->clientDel(*this);
   }
 }
 
@@ -64,7 +64,7 @@ void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData
 }
 
 void VornRequest::activeIs(bool active) {
-  bus_->requestDel(*this);
+  bus_->clientDel(*this);
   dequeue();
   status_ = Request::kIdle;
   isActive_ = active;
@@ -75,9 +75,9 @@ void VornRequest::activeIs(bool active) {
   ++activations_;
   status_ = Request::kRunning;
   if (isTransaction()) {
-    bus_->requestIs(*this);
+    bus_->clientQEnq(*this);
   } else {
-    answerIs(Smbus::Reply::failed("the request holds no transaction"));
+    handleReply(Smbus::Reply::failed(Smbus::ErrorKind::other, "the request holds no transaction"));
   }
 }
 
@@ -96,17 +96,23 @@ Smbus::Transaction VornRequest::transaction() const {
           .readLength = static_cast<Kex::U8>(read.length)};
 }
 
-void VornRequest::answerIs(Smbus::Reply const& reply) {
-  lastRead_ = {};
+std::span<Kex::U8 const> VornRequest::received() const {
+  if (operations_.empty() || operations_.back().opcode != VornOp::kRead) {
+    return {};
+  }
+  VornOp const& read = operations_.back();
+  auto const bytes = read.data.buffer().bytes();
+  return bytes.first(std::min<std::size_t>(bytes.size(), read.length));
+}
+
+void VornRequest::handleReply(Smbus::Reply const& reply) {
+  error_ = reply.error;
   failure_ = reply.failure;
   if (reply.isOk) {
     VornOp const& read = operations_.back();
-    // The whole length is written: what the reply leaves is zero, what is beyond is cut.
-    lastRead_.length = static_cast<Kex::U8>(read.length);
-    std::copy_n(reply.read.bytes.begin(), std::min(reply.read.length, lastRead_.length),
-                lastRead_.bytes.begin());
-    auto const room = std::min<std::size_t>(lastRead_.length, read.data.buffer().len());
-    read.data.buffer().bytesIs(0, lastRead_.view().first(room));
+    Smbus::Block const block = reply.readOf(static_cast<Kex::U8>(read.length));
+    auto const room = std::min<std::size_t>(block.length, read.data.buffer().len());
+    read.data.buffer().bytesIs(0, block.view().first(room));
   }
   statusIs(reply.isOk ? Request::kSucceeded : Request::kFailed);
 }

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <ostream>
+#include <span>
 #include <vector>
 
 #include "host/hal/Buf.h"
-#include "host/kex/base/Name.h"
 #include "host/kex/entity/NamedMembers.h"
 #include "host/kex/notify/Activity.h"
 #include "host/smbus/Bus.h"
@@ -42,7 +42,7 @@ struct VornOp {
 ///
 /// Each terminal status (failed, succeeded) is delivered to the handler exactly once, from the run
 /// loop; afterwards the status is idle again, unless the handler started the request anew.
-class KEX_API VornRequest final : public Kex::Owned, private Kex::Activity {
+class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, private Kex::Activity {
  public:
   /// Whose request it is.
   class Handler {
@@ -64,7 +64,7 @@ class KEX_API VornRequest final : public Kex::Owned, private Kex::Activity {
   ~VornRequest() override;
 
   /// What the request is for, as transcripts call it.
-  Kex::Name const& name() const { return name_; }
+  Kex::Name const& name() const override { return name_; }
   void nameIs(Kex::Name name) { name_ = std::move(name); }
   /// Who is told of terminal statuses; null for nobody. Not owned.
   void handlerIs(Handler* handler) { handler_ = handler; }
@@ -84,21 +84,22 @@ class KEX_API VornRequest final : public Kex::Owned, private Kex::Activity {
 
   Kex::Request::Status status() const { return status_; }
   std::vector<VornOp> const& operations() const { return operations_; }
-  /// What the last transaction read, count byte first, as it reached the buffer.
-  Smbus::Block const& lastRead() const { return lastRead_; }
+  /// What the last transaction read, count byte first, where it stands: in the buffer of the read
+  /// operation. One that failed leaves there what it found.
+  std::span<Kex::U8 const> received() const;
+  /// Of what kind the last transaction's failure was; of one that failed only.
+  Smbus::ErrorKind error() const { return error_; }
   /// Why the last transaction failed, for a person; empty when it did not.
   Kex::String8 const& failure() const { return failure_; }
   /// How many transactions were begun on the wire, ever.
   Kex::U64 started() const { return started_; }
 
  private:
-  friend class Smbus::Bus;
-
   /// The operations as one transaction.
-  Smbus::Transaction transaction() const;
+  Smbus::Transaction transaction() const override;
   bool isTransaction() const;
-  void handleStarted() { ++started_; }
-  void answerIs(Smbus::Reply const& reply);
+  void handleStarted() override { ++started_; }
+  void handleReply(Smbus::Reply const& reply) override;
   void statusIs(Kex::Request::Status terminal);
   void run() override;
 
@@ -106,7 +107,7 @@ class KEX_API VornRequest final : public Kex::Owned, private Kex::Activity {
   Kex::Ptr<Smbus::Bus> bus_;
   Handler* handler_ = nullptr;
   std::vector<VornOp> operations_;
-  Smbus::Block lastRead_;
+  Smbus::ErrorKind error_ = Smbus::ErrorKind::other;
   Kex::String8 failure_;
   Kex::U64 started_ = 0;
   Kex::U64 activations_ = 0;

@@ -2,8 +2,8 @@
 #include "host/smbus/Bus.h"
 
 #include <algorithm>
+#include <utility>
 
-#include "host/hardware/VornRequest.h"
 #include "host/kex/type/KexType.h"
 
 namespace Smbus {
@@ -19,14 +19,14 @@ Kex::KexType& Bus::fwkType() const { return _fwkType(); }
 
 Bus::~Bus() = default;
 
-void Bus::requestIs(Hardware::VornRequest& request) {
-  waiting_.push_back(&request);
+void Bus::clientQEnq(Client& client) {
+  waiting_.push_back(&client);
   startNext();
 }
 
-void Bus::requestDel(Hardware::VornRequest& request) {
-  std::erase(waiting_, &request);
-  if (current_ == &request) {
+void Bus::clientDel(Client& client) {
+  std::erase(waiting_, &client);
+  if (current_ == &client) {
     current_ = nullptr;
   }
 }
@@ -48,11 +48,10 @@ void Bus::answerIs(Kex::U64 ticket, Reply const& reply) {
     return;
   }
   isBusy_ = false;
-  Kex::Ptr<Hardware::VornRequest> const request(std::exchange(current_, nullptr));
-  if (request) {
-    request->answerIs(reply);
+  if (Client* const client = std::exchange(current_, nullptr); client != nullptr) {
+    client->handleReply(reply);
     if (observer_ != nullptr) {
-      observer_->handleTransaction(*request, transaction_);
+      observer_->handleTransaction(*client, transaction_, reply);
     }
   }
   startNext();

@@ -5,20 +5,16 @@
 #include <vector>
 
 #include "host/kex/notify/PtrInterface.h"
-#include "host/smbus/Transport.h"
-
-namespace Hardware {
-class VornRequest;
-}
+#include "host/smbus/Client.h"
 
 namespace Smbus {
 
 /// Sees every transaction of a bus when it has ended.
 class KEX_API TransactionObserver {
  public:
-  /// `request` holds the transaction's operations and outcome. Called before the request's handler.
-  virtual void handleTransaction(Hardware::VornRequest const& request,
-                                 Transaction const& transaction) = 0;
+  /// `client`'s `transaction` ended with `reply`, of which the client was told just before.
+  virtual void handleTransaction(Client const& client, Transaction const& transaction,
+                                 Reply const& reply) = 0;
 
  protected:
   TransactionObserver() = default;
@@ -27,7 +23,7 @@ class KEX_API TransactionObserver {
   ~TransactionObserver() = default;
 };
 
-/// One bus: requests wait their turn, one transaction is on the wire at a time.
+/// One bus: its clients wait their turn, one transaction is on the wire at a time.
 class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
  public:
   static Kex::KexType& _fwkType();
@@ -36,11 +32,11 @@ class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
   Kex::KexType& fwkType() const override;
   ~Bus() override;
 
-  /// Queues `request`'s transaction. The request withdraws itself before it goes away.
-  void requestIs(Hardware::VornRequest& request);
-  /// Takes `request` back: it is not started if it waits, and its answer is dropped if it is on the
-  /// wire.
-  void requestDel(Hardware::VornRequest& request);
+  /// Queues a transaction of `client`, which withdraws itself before it goes away.
+  void clientQEnq(Client& client);
+  /// Takes back what `client` queued: it is not started if it waits, and its answer is dropped if
+  /// it is on the wire.
+  void clientDel(Client& client);
 
   /// Who sees the transactions; null for nobody. Not owned.
   void observerIs(TransactionObserver* observer) { observer_ = observer; }
@@ -50,11 +46,11 @@ class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
   void startNext();
 
   std::unique_ptr<Transport> transport_;
-  std::vector<Hardware::VornRequest*> waiting_;
+  std::vector<Client*> waiting_;
   TransactionObserver* observer_ = nullptr;
   Transaction transaction_;
   /// Whose transaction is on the wire; null when it was withdrawn or the bus is idle.
-  Hardware::VornRequest* current_ = nullptr;
+  Client* current_ = nullptr;
   Kex::U64 ticket_ = 0;
   bool isBusy_ = false;
 };

@@ -1,10 +1,13 @@
 // The seam to the bus: what a transport is asked, and how it answers.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <span>
+#include <utility>
 
 #include "host/kex/base/String8.h"
+#include "host/smbus/ErrorKind.h"
 #include "host/smbus/VornAddress.h"
 
 namespace Smbus {
@@ -34,13 +37,24 @@ struct Reply {
   bool isOk = false;
   /// What the device answered: count byte, then data. Empty on failure.
   Block read;
+  /// What went wrong; of a failure only.
+  ErrorKind error = ErrorKind::other;
   /// What went wrong, for a person; empty on success.
   Kex::String8 failure;
 
-  /// The reply to a transaction that failed; `why` is for a person.
-  static Reply failed(Kex::String8 why) {
-    return {.isOk = false, .read = {}, .failure = std::move(why)};
+  /// What a read of `length` bytes, at most `kMaxBlock`, brings to its buffer: what the device left
+  /// out is zero, what it sent beyond is cut.
+  Block readOf(Kex::U8 length) const {
+    Block block{.length = length};
+    std::copy_n(read.bytes.begin(), std::min(read.length, length), block.bytes.begin());
+    return block;
   }
+  /// The reply to a transaction that failed; `why` is for a person.
+  static Reply failed(ErrorKind error, Kex::String8 why) {
+    return {.isOk = false, .read = {}, .error = error, .failure = std::move(why)};
+  }
+  /// The same in the kind's own words.
+  static Reply failed(ErrorKind error) { return failed(error, Kex::String8(rowOf(error).text)); }
 };
 
 /// Is told how a transaction ended.
@@ -66,7 +80,8 @@ class Transport {
   virtual ~Transport() = default;
 
   /// Starts `transaction` and returns at once. The answer is given to `sink` later, never from
-  /// inside this call, on the run loop's thread, within the address's bus timeout.
+  /// inside this call, on the run loop's thread, within the address's bus timeout. Never throws:
+  /// what cannot be carried out is answered with the kind of error that it is.
   virtual void start(Transaction const& transaction, Kex::U64 ticket, AnswerSink& sink) = 0;
 };
 

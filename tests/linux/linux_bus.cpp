@@ -80,29 +80,32 @@ TEST_F(LinuxBus, AsksForTheSameInBothWays) {
 TEST_F(LinuxBus, KeepsErrorsApart) {
   struct {
     Behaviour behaviour;
+    char const* error;
     std::string text;
   } const rows[] = {
-      {{.slaveError = EBUSY}, "the address is held by a kernel driver (EBUSY)"},
-      {{.slaveError = EINVAL}, "Invalid argument (EINVAL)"},
-      {{.transferError = ENXIO}, "no acknowledge (ENXIO)"},
-      {{.transferError = EREMOTEIO}, "no acknowledge (EREMOTEIO)"},
-      {{.transferError = ETIMEDOUT}, "timeout (ETIMEDOUT)"},
-      {{.transferError = EAGAIN}, "arbitration lost (EAGAIN)"},
-      {{.transferError = EBUSY}, "the bus is busy (EBUSY)"},
-      {{.transferError = EPROTO}, "bad count byte (EPROTO)"},
-      {{.transferError = EBADMSG}, "wrong packet error code (EBADMSG)"},
-      {{.transferError = EOPNOTSUPP}, "unsupported by the adapter (EOPNOTSUPP)"},
-      {{.transferError = ESHUTDOWN}, "the adapter is suspended (ESHUTDOWN)"},
-      {{.transferError = EIO}, "Input/output error (EIO)"},
-      {{.count = 33}, "bad count byte: 33, where 32 is the most"},
-      {{.count = 255}, "bad count byte: 255, where 32 is the most"},
+      {{.slaveError = EBUSY}, "addressHeld", "the address is held by a kernel driver (EBUSY)"},
+      {{.slaveError = ENODEV}, "busGone", "the adapter has gone (ENODEV)"},
+      {{.slaveError = EINVAL}, "other", "Invalid argument (EINVAL)"},
+      {{.transferError = ENXIO}, "noAcknowledge", "no acknowledge (ENXIO)"},
+      {{.transferError = EREMOTEIO}, "noAcknowledge", "no acknowledge (EREMOTEIO)"},
+      {{.transferError = ETIMEDOUT}, "timeout", "timeout (ETIMEDOUT)"},
+      {{.transferError = EAGAIN}, "arbitrationLost", "arbitration lost (EAGAIN)"},
+      {{.transferError = EBUSY}, "busBusy", "the bus is busy (EBUSY)"},
+      {{.transferError = EPROTO}, "badCount", "bad count byte (EPROTO)"},
+      {{.transferError = EBADMSG}, "other", "wrong packet error code (EBADMSG)"},
+      {{.transferError = EOPNOTSUPP}, "unsupported", "unsupported by the adapter (EOPNOTSUPP)"},
+      {{.transferError = ESHUTDOWN}, "other", "the adapter is suspended (ESHUTDOWN)"},
+      {{.transferError = EIO}, "other", "Input/output error (EIO)"},
+      {{.count = 33}, "badCount", "bad count byte: 33, where 32 is the most"},
+      {{.count = 255}, "badCount", "bad count byte: 255, where 32 is the most"},
   };
   FakeAdapter& fake = adapter();
   for (unsigned long const functions : kEachWay) {
-    for (auto [behaviour, text] : rows) {
+    for (auto [behaviour, error, text] : rows) {
       behaviour.functions = functions;
       fake.behaviourIs(behaviour);
       EXPECT_EQ(answer(mfrIdRead()), "1 i2c-7, device 0x58: " + text);
+      EXPECT_EQ(answers_.errors.back(), error) << text;
     }
   }
   fake.behaviourIs({.functions = I2C_FUNC_I2C, .messages = 1});
@@ -144,6 +147,7 @@ TEST_F(LinuxBus, AHangDelaysNobodyElse) {
       answers_.texts,
       ElementsAre(StartsWith("0 100506"), "1 " + device + "return" + timeout,
                   "2 " + device + "give the bus back from an earlier transaction" + timeout));
+  EXPECT_THAT(answers_.errors, ElementsAre("", "timeout", "busBusy"));
 
   // Once the kernel returns the bus goes on, and the late answer is nobody's.
   transport.start(fruRead(4), 3, answers_);
@@ -195,6 +199,7 @@ TEST_F(LinuxBus, AnAdapterThatReturnsIsFoundAgain) {
   ASSERT_EQ(std::rename(node.c_str(), away.c_str()), 0);
   EXPECT_EQ(answer(transport, mfrIdRead()),
             "1 i2c-7: cannot open /dev/i2c-7: No such file or directory");
+  EXPECT_THAT(answers_.errors, ElementsAre("", "busGone", "busGone"));
   ASSERT_EQ(std::rename(away.c_str(), node.c_str()), 0);
   fake.behaviourIs({.functions = I2C_FUNC_I2C});
   EXPECT_EQ(answer(transport, mfrIdRead()), "1 07454D4552534F4E");

@@ -48,6 +48,14 @@ class Docs(unittest.TestCase):
                     count += 1
         self.assertGreater(count, 0)
 
+    def test_every_kind_of_error_is_told(self):
+        table = (SOURCE / "host" / "smbus" / "ErrorKind.h").read_text()
+        kinds = re.findall(r'^    \{ErrorKind::\w+, "(\w+)"', table, re.M)
+        self.assertIn("noAcknowledge", kinds)
+        for page in ("faults.md", "psu-agent.1"):
+            words = re.findall(r"\w+", (SOURCE / "docs" / page).read_text())
+            self.assertEqual([kind for kind in kinds if kind not in words], [], page)
+
     def test_every_scenario_is_shown(self):
         page = (SOURCE / "docs" / "scenarios.md").read_text()
         for scenario in sorted((SOURCE / "samples" / "scenarios").glob("*.json")):

@@ -10,6 +10,14 @@ GOOD = ('{"time":0.5,"slot":"A","event":"transaction","request":"pollForInsertio
         '"failure":null}\n')
 
 
+def changed(key, value):
+    return json.dumps(json.loads(GOOD) | {key: value}) + "\n"
+
+
+def failed(entries):
+    return json.dumps(json.loads(GOOD) | {"read": None, "status": 2} | entries) + "\n"
+
+
 def lines_of(text, event):
     return [entry for entry in map(json.loads, text.splitlines()) if entry.get("event") == event]
 
@@ -57,7 +65,9 @@ class Recordings(Case):
         scenario.write_text(json.dumps({"duration": 5, "slots": [
             {"name": "B", "supply": {"replay": f"{self.file.name}#PowerSupply1"}}]}))
         status, out, err = run("simulate", scenario)
-        self.assertEqual((status, err, len(out.splitlines())), (0, [], 1))
+        end = len(self.file.read_text().splitlines())
+        self.assertEqual((status, err, len(out.splitlines())),
+                         (0, [f"psu-agent: B: {self.file}:{end}: the recording ends here"], 1))
         self.assertIn(b" B identified DS2900 L1330K04287", out)
 
     def test_one_that_ends_early_holds_nobody_up(self):
@@ -68,27 +78,57 @@ class Recordings(Case):
             self.assertEqual((status, out, err[-1]),
                              (1, b"", f"psu-agent: replay:{self.file}: no outcome"))
 
-    def test_refusals_name_the_line(self):
-        def changed(key, value):
-            return HEADER + json.dumps(json.loads(GOOD) | {key: value}) + "\n"
+    def test_an_end_is_that_slots_alone(self):
+        """Whatever a replay cannot answer stops its own slot, and is told once."""
+        ends = ":2: the recording ends here"
+        for text, told in (
+                (HEADER + GOOD, ends), (HEADER + GOOD[:-1], ends),
+                (HEADER + GOOD + GOOD[:40], ends + "; the file's last line is cut"),
+                (HEADER + changed("command", 152),
+                 ":2: the recorded request (device 0x58, command 0x98, nothing written, 8 bytes "
+                 "read) is not the one that is asked for (device 0x58, command 0x99, nothing "
+                 "written, 8 bytes read)")):
+            with self.subTest(told=told):
+                self.file.write_text(text)
+                replay = f"replay:{self.file}"
+                self.assertEqual(run("identify", replay),
+                                 (1, b"", [f"psu-agent: {self.file}{told}",
+                                           f"psu-agent: {replay}: no outcome"]))
+                status, out, err = run("monitor", "--duration", 9, "--slot", f"A={replay}",
+                                       "--slot", f"B={DS2900}")
+                self.assertEqual((status, err), (0, [f"psu-agent: A: {self.file}{told}"]))
+                self.assertIn(b" B identified DS2900", out)
+                self.assertNotIn(b" A ", out)
 
+    def test_kinds_of_errors(self):
+        """A recording without kinds is one of before there were any."""
+        again = self.folder / "again.jsonl"
+        for line, kind in (({"failure": "no acknowledge"}, "noAcknowledge"),
+                           ({"failure": "i2c-7: no acknowledge"}, "other"),
+                           ({"failure": "?", "error": "arbitrationLost"}, "arbitrationLost")):
+            self.file.write_text(HEADER + failed(line))
+            run("identify", "--record", again, f"replay:{self.file}")
+            self.assertEqual(lines_of(again.read_text(), "transaction")[0]["error"], kind)
+
+    def test_refusals_name_the_line(self):
         for text, told in (
                 ("", ":1: "), (HEADER.replace("1}", "2}"), ":1: version: 2"),
                 (HEADER.replace(" rec", " wreck"), "format: "),
-                (HEADER, "there is no transaction"), (HEADER + GOOD[:-1], ":2: the line is cut"),
+                (HEADER[:20], ":1: no JSON"), (HEADER, "there is no transaction"),
+                (HEADER + GOOD[:40] + "\n" + GOOD, ":2: no JSON"),
                 (HEADER + GOOD + "{\n", ":3: no JSON"), (HEADER + "x" * 70000 + "\n", ":2: longer"),
-                (changed("colour", 1), ':2: the document: unknown key "colour"'),
-                (changed("event", "supply"), ":2: event: "), (changed("time", -1), ":2: time: -1"),
-                (changed("device", 128), ":2: device: 128"),
-                (changed("command", 256), ":2: command: 256"),
-                (changed("readLength", 0), ":2: readLength: 0"),
-                (changed("readLength", 4), ":2: read: "), (changed("read", None), ":2: read: "),
-                (changed("read", "0"), ":2: read: "), (changed("read", "0x"), ":2: read: "),
-                (changed("write", "0x10"), ":2: write: "), (changed("slot", 7), ":2: slot: 7"),
-                (changed("status", 1), ":2: status: 1"), (changed("failure", 1), ":2: failure: 1"),
-                (changed("command", 152),
-                 ":2: the recorded request (device 0x58, command 0x98, nothing written, 8 bytes "
-                 "read) is not the one that is asked for (device 0x58, command 0x99, "),
+                (HEADER + changed("colour", 1), ':2: the document: unknown key "colour"'),
+                (HEADER + changed("event", "supply"), ":2: event: "), (HEADER + changed("time", -1), ":2: time: -1"),
+                (HEADER + changed("device", 128), ":2: device: 128"),
+                (HEADER + changed("command", 256), ":2: command: 256"),
+                (HEADER + changed("readLength", 0), ":2: readLength: 0"),
+                (HEADER + changed("readLength", 4), ":2: read: "), (HEADER + changed("read", None), ":2: read: "),
+                (HEADER + changed("read", "0"), ":2: read: "), (HEADER + changed("read", "0x"), ":2: read: "),
+                (HEADER + changed("write", "0x10"), ":2: write: "), (HEADER + changed("slot", 7), ":2: slot: 7"),
+                (HEADER + changed("status", 1), ":2: status: 1"), (HEADER + changed("failure", 1), ":2: failure: 1"),
+                (HEADER + failed({"error": "colour"}), ':2: error: "colour" is no kind of error'),
+                (HEADER + failed({"error": None}), ":2: error: "),
+                (HEADER + changed("error", "timeout"), ":2: error: "),
                 (HEADER + GOOD + GOOD.replace("0.5", "0.4"), ":3: time: "),
                 (HEADER + GOOD + GOOD.replace("A", "B", 1), "name one of its slots as FILE#SLOT: A, B")):
             self.file.write_text(text)

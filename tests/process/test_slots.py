@@ -71,7 +71,9 @@ class Simulate(Case):
         self.assertEqual({**header, "time": 0}, {
             "time": 0, "slot": "A", "event": "transaction", "request": "pollForInsertion",
             "device": 88, "command": 176, "write": "0100", "readLength": 9,
-            "read": "1001000000010000FE", "status": 3})
+            "read": "1001000000010000FE", "status": 3, "error": None})
+        self.assertEqual({line["error"] for line in transactions if line["slot"] == "B"},
+                         {"noAcknowledge"})
 
 
 class Monitor(Case):

@@ -89,7 +89,8 @@ class ScriptedBus final : public Smbus::Transport {
     script.erase(0, how == '*' ? 0 : 1);
     Smbus::Reply reply = supply.answer(asked);
     if (how == 'x' || how == 'h') {
-      reply = Smbus::Reply::failed(how == 'x' ? "no acknowledge" : "timeout");
+      reply = Smbus::Reply::failed(how == 'x' ? Smbus::ErrorKind::noAcknowledge
+                                              : Smbus::ErrorKind::timeout);
     } else if (how == 'f') {
       reply.read.bytes[2] ^= 1;
     } else if (how >= '0' && how <= '9') {

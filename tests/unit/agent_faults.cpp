@@ -9,6 +9,7 @@ namespace {
 using namespace agentTest;
 using Agent::Fault;
 using Agent::FaultTransport;
+using testing::Contains;
 using testing::DoubleNear;
 using testing::Each;
 using testing::ElementsAre;
@@ -75,6 +76,10 @@ TEST(FaultTransport, RandomFaultsFollowFromTheStartValue) {
   EXPECT_EQ(answersOf(1, 0.5), answersOf(1, 0.5));
   EXPECT_NE(answersOf(1, 0.5), answersOf(2, 0.5));
   EXPECT_THAT(answersOf(1, 0), Each(EndsWith("024142")));
+  // Every kind is among them, so some answers come besides the failures that they are late for.
+  auto const texts = answersOf(1, 1);
+  EXPECT_GT(texts.size(), 40U);
+  EXPECT_THAT(texts, Contains(EndsWith("no acknowledge")));
 }
 
 }  // namespace

@@ -27,17 +27,19 @@ inline Smbus::Transaction fruRead(Kex::U8 start, Kex::U8 count = 1) {
   return {address(0x58, 0xB0), write, 17};
 }
 
-/// Notes each answer as "TICKET HEX" or "TICKET failure", and when it came.
+/// Notes each answer as "TICKET HEX" or "TICKET failure", its kind, and when it came.
 struct Answers final : Smbus::AnswerSink {
   void answerIs(Kex::U64 ticket, Smbus::Reply const& reply) override {
     texts.push_back(
         std::to_string(ticket) + ' ' +
         (reply.isOk ? Agent::hex(reply.read.view()) : std::string(reply.failure.view())));
+    errors.emplace_back(reply.isOk ? "" : Smbus::rowOf(reply.error).name);
     seconds.push_back(Agent::Timer::now() - begin);
   }
 
   double begin = Agent::Timer::now();
   std::vector<std::string> texts;
+  std::vector<std::string> errors;
   std::vector<double> seconds;
 };
 

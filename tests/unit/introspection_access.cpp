@@ -198,6 +198,12 @@ TEST_F(Introspection, readsAndWritesWhatFits) {
        write(0x213, listOf({nine, none}), "unknown: pollForInsertionReadBuf"), read(0x213, "done"),
        write(0x213, listOf({nine}), "= driver/EmersonPmbus/pollForInsertionReadBuf")});
   expectEach(adapter,
+             {del(0x210, "= <Hal::Buf>"),
+              write(0x210, listOf({holderOf(U32{1})}),
+                    "range: length 2 of a buffer with a capacity of 1 bytes"),
+              read(0x210, "done"),
+              write(0x210, listOf({nine}), "= driver/EmersonPmbus/pollForInsertionWriteBuf")});
+  expectEach(adapter,
              {read(0x20f, "= true", key), read(0x20f, "= false", text),
               read(0x20f, "type: kex_index", nine), write(0x20f, none, "type: mfrIdSupported", key),
               write(0x20f, no, "done", key), read(0x20f, "= false", key),

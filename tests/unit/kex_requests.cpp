@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "agent/recording/TransactionLog.h"
 #include "host/hardware/Vorn.h"
 #include "host/kex/base/Exception.h"
 #include "host/kex/time/ActivityManager.h"
@@ -25,7 +26,8 @@ struct Asked {
   Kex::U64 ticket;
   Smbus::AnswerSink* sink;
   void answer(bool isOk, std::vector<U8> const& bytes = {}) const {
-    Smbus::Reply reply{.isOk = isOk, .read = {}, .failure = isOk ? "" : "no acknowledge"};
+    Smbus::Reply reply = isOk ? Smbus::Reply{.isOk = true, .read = {}, .failure = {}}
+                              : Smbus::Reply::failed(Smbus::ErrorKind::noAcknowledge);
     std::ranges::copy(bytes, reply.read.bytes.begin());
     reply.read.length = static_cast<U8>(bytes.size());
     sink->answerIs(ticket, reply);
@@ -118,16 +120,29 @@ TEST_F(HardwareVornRequest, writesTheWholeReadLengthAndNoMore) {
       {{}, std::string(8, '\0')},
       {{9, 'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i'}, {"\11abcdefg", 8}},
   };
+  Agent::TransactionLog seen;
+  bus->observerIs(&seen);
+  auto const text = [](std::span<U8 const> bytes) {
+    return std::string(bytes.begin(), bytes.end());
+  };
   for (auto const& row : rows) {
     buffer->sizeIs(17), buffer->strIs("xxxxxxxxxx"), buffer->lenIs(9);
     request->activeIs(true);
     asked.back().answer(true, row.reply);
     EXPECT_EQ(buffer->str().view(), row.buffer + "x");
+    EXPECT_EQ(text(request->received()), row.buffer);
+    EXPECT_EQ(text(seen.records().back().read.view()), row.buffer);
   }
   request->activeIs(true);
   buffer->lenIs(3);  // shrunk on the way
   asked.back().answer(true, {7, 'a', 'b', 'c'});
   EXPECT_EQ(buffer->str(), "\7ab");
+  EXPECT_EQ(text(request->received()), "\7ab");
+  EXPECT_EQ(text(seen.records().back().read.view()), (std::string{"\7abc\0\0\0\0", 8}));
+  request->activeIs(true);
+  asked.back().answer(false);
+  EXPECT_EQ(request->error(), Smbus::ErrorKind::noAcknowledge);
+  EXPECT_EQ(seen.records().back().error, Smbus::ErrorKind::noAcknowledge);
 }
 
 TEST_F(HardwareVornRequest, operationsAreReplacedOnlyAfterItWasWithdrawn) {
@@ -161,6 +176,7 @@ TEST_F(HardwareVornRequest, operationsAreReplacedOnlyAfterItWasWithdrawn) {
   EXPECT_EQ(log, "!2");
   EXPECT_EQ(asked.size(), 1U);
   EXPECT_EQ(request->failure(), "the request holds no transaction");
+  EXPECT_EQ(request->error(), Smbus::ErrorKind::other);
 }
 
 TEST_F(HardwareVornRequest, requestsOfOneBusTakeTurns) {

@@ -123,9 +123,16 @@ TEST(PmbusIdentifier, keepsItsBuffers) {
     BufPtr const second = (identifier.*row.is)(5);
     EXPECT_EQ((identifier.*row.buf)(), second);
     EXPECT_EQ(second->size(), 5U);
-    for (auto const& made : {second, (identifier.*row.make)(1)}) {
+    for (auto const& made : {second, (identifier.*row.make)(5)}) {
       EXPECT_NE(made, first);
       EXPECT_EQ(made->len(), row.newLength);
+      EXPECT_EQ(made->size(), 5U);
+    }
+    if (row.newLength != 0) {
+      (identifier.*row.del)();
+      EXPECT_THROW((identifier.*row.make)(1), Kex::RangeException);
+      EXPECT_THROW((identifier.*row.is)(1), Kex::RangeException);
+      EXPECT_FALSE((identifier.*row.buf)());
     }
   }
   EXPECT_EQ(distinct.size(), std::size(rows));
