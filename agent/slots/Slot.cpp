@@ -33,7 +33,7 @@ class Slot::Watcher final : public SlotStatus::NotifieeConst {
 
  private:
   void onSupply() override {
-    std::optional<Supply> const& supply = notifier()->supply();
+    Supply const* const supply = notifier()->supply();
     if (onSupply_ && supply) {
       onSupply_(*supply);
     }

@@ -27,7 +27,7 @@ class Slot {
 
   std::string const& name() const { return name_; }
   /// The outcome of the last detection; none before the first one has ended.
-  std::optional<Supply> const& supply() const { return status_->supply(); }
+  Supply const* supply() const { return status_->supply(); }
   Kex::Ptr<PowerSupplyDetector::SlotDriver> const& driver() const { return driver_; }
 
   /// Called from the run loop at the end of each detection.

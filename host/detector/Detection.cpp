@@ -56,6 +56,24 @@ Supply unreadable(char const* what, VornRequest const& request) {
   return supply;
 }
 
+Outcome outcomeOf(Supply const& supply) {
+  Outcome outcome{.verdict = supply.verdict};
+  if (supply.product) {
+    using Area = Ipmi::ProductInfoArea;
+    std::string texts;
+    for (Kex::U8 i = 0; i < Area::kFields; ++i) {
+      texts.append(supply.product->field(static_cast<Area::Field>(i)).text.view()) += '\0';
+    }
+    outcome.texts = String8(std::move(texts)).hash();
+  }
+  return outcome;
+}
+
+bool hasSerialNumber(String8 const& serialNum) {
+  using namespace std::string_view_literals;
+  return serialNum.view().find_first_not_of(" \t\0"sv) != std::string_view::npos;
+}
+
 Supply unstable(Supply found, Checked checked) {
   found.verdict = Verdict::unreadable;
   found.reason = checked == Checked::otherSerialNumber
@@ -71,7 +89,9 @@ Supply judgePoll(VornRequest const& request, Findings const& findings,
   Supply supply;
   if (isLoneRead(request)) {
     bool const isAnswered = request.status() != Request::kFailed;
-    supply.verdict = isAnswered ? Verdict::unsupportedManufacturer : Verdict::absent;
+    supply.verdict = isAnswered ? Verdict::unsupportedManufacturer
+                     : Smbus::rowOf(request.error()).provesAbsence ? Verdict::absent
+                                                                   : Verdict::unreachable;
     supply.reason = isAnswered ? notSupported(mfrId) : outcome("reading MFR_ID", request);
   } else if (request.status() == Request::kFailed || isShort(request.received())) {
     supply = unreadable("reading the FRU common header", request);

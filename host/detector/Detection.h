@@ -12,7 +12,6 @@
 namespace PowerSupplyDetector {
 
 using Hardware::PowerSupplySlot::Supply;
-using Hardware::PowerSupplySlot::Verdict;
 
 /// What was read of a supply's FRU records so far.
 struct Findings {
@@ -35,6 +34,11 @@ struct Detection {
   /// The text that answered the MFR_ID command.
   std::optional<Kex::String8> mfrId;
   Memory memory;
+  /// What ended last, and in which situation: asked again when a timing changes.
+  Ending ending;
+  Situation then;
+  /// Whether a transaction of the check that is under way has failed.
+  bool hadFailures = false;
   /// Whether a verdict was reached since the last reset.
   bool isConcluded = false;
   /// Transactions that had been started when the detection that is reported next began.
@@ -48,6 +52,10 @@ Supply judgePoll(Hardware::VornRequest const& request, Findings const& findings,
 Supply judgeIdentification(Findings findings, bool hwError, Kex::String8 const& fdl);
 /// What is told of a supply that checks find changed again and again.
 Supply unstable(Supply found, Checked checked);
+/// What two detections are compared by.
+Outcome outcomeOf(Supply const& supply);
+/// Whether a check can compare the serial number: there is one, and it is not blank.
+bool hasSerialNumber(Kex::String8 const& serialNum);
 /// "unreadable", after `what` had failed or was cut short.
 Supply unreadable(char const* what, Hardware::VornRequest const& request);
 

@@ -1,7 +1,10 @@
 // Base of the identifiers: the state machine of one slot.
 #include "host/detector/IdentifierBase.h"
 
+#include <algorithm>
 #include <cmath>
+#include <exception>
+#include <limits>
 #include <ostream>
 
 #include "host/kex/base/Exception.h"
@@ -42,6 +45,8 @@ void IdentifierBase::placeIs(Kex::Place place) {
   if (place.owner() != nullptr) {
     static_cast<void>(*notifier());
     static_cast<void>(*status_);
+  } else if (status_) {
+    status_->supplyDel(this);
   }
   place_ = std::move(place);
 }
@@ -51,44 +56,119 @@ void IdentifierBase::hasNotificationActiveIs(bool active) {
     return;
   }
   Kex::Clock::NotifieeConst::hasNotificationActiveIs(active);
-  if (!active) {
-    withdrawRequests();
-    nextIs(Next::nothing, 0);
-  } else if (isStarted_) {
-    resetDetection();
-  } else if (place_.owner() != nullptr) {
+  double const lastReset = detection_.memory.lastReset;
+  detection_.memory = {};
+  detection_.memory.lastReset = lastReset;
+  if (isStarted_) {
+    settle();
+  } else if (active && place_.owner() != nullptr) {
     doStartDetection();
   }
 }
 
 void IdentifierBase::kexFwkActivityIs(bool active) {
-  if (!active) {
-    withdrawRequests();
-    nextIs(Next::nothing, 0);
-  } else if (isStarted_ && hasNotificationActive()) {
-    resetDetection();
-  }
+  isFrameworkActive_ = active;
+  settle();
 }
 
 void IdentifierBase::kexDoZombieReactors(bool on) {
+  Kex::Clock::NotifieeConst::kexDoZombieReactors(on);
   if (on) {
     withdrawRequests();
     nextIs(Next::nothing, 0);
   }
-  Kex::Clock::NotifieeConst::kexDoZombieReactors(on);
+}
+
+void IdentifierBase::doPrepare() {
+  if (!initialized_ && hasNotificationActive()) {
+    Doing const doing(*this);
+    doInitialize();
+  }
 }
 
 void IdentifierBase::doStartDetection() {
-  if (isStarted_ || !hasNotificationActive()) {
+  doPrepare();
+  if (isStarted_ || !initialized_ || !hasNotificationActive()) {
     return;
   }
-  doInitialize();
-  if (!initialized_) {
-    return;
-  }
+  Doing const doing(*this);
   isStarted_ = true;
-  detection_.memory.lastReset = now();
-  startRequest(kPollForInsertion, pollForInsertionRequest());
+  if (isAtWork()) {
+    detection_.memory.lastReset = now();
+    startRequest(kPollForInsertion, pollForInsertionRequest());
+  }
+}
+
+void IdentifierBase::constructedIs(bool constructed) {
+  constructed_ = constructed;
+  handleOutsideChange();
+}
+
+void IdentifierBase::intervalIs(double Timings::*interval, char const* name, double seconds) {
+  if (!std::isfinite(seconds) || seconds <= 0) {
+    Kex::throwRangeException(
+        Kex::format("%s of %g: not a finite, positive number of seconds", name, seconds));
+  }
+  timings_.*interval = seconds;
+  if (next_ != Next::nothing && next_ != Next::retryCheck) {
+    detection_.then.timings = timings_;
+    Move const move = after(detection_.ending, detection_.then);
+    nextIs(move.next, move.at);
+  }
+}
+
+void IdentifierBase::pollIntervalIs(double seconds) {
+  intervalIs(&Timings::pollInterval, "pollInterval", seconds);
+}
+
+void IdentifierBase::pollDelayIs(double seconds) {
+  intervalIs(&Timings::pollDelay, "pollDelay", seconds);
+}
+
+void IdentifierBase::reviewIntervalIs(double seconds) {
+  intervalIs(&Timings::reviewInterval, "reviewInterval", seconds);
+}
+
+void IdentifierBase::handleOutsideChange() {
+  if (doings_ == 0) {
+    settle();
+  }
+}
+
+void IdentifierBase::handleAttached(bool attached) {
+  Kex::Clock::NotifieeConst::handleAttached(attached);
+  // Times of another clock mean nothing to this one.
+  detection_.memory.lastReset = -std::numeric_limits<double>::infinity();
+  if (attached) {
+    settle();
+  } else {
+    next_ = Next::nothing;
+  }
+}
+
+bool IdentifierBase::isAtWork() const {
+  return isStarted_ && constructed_ && initialized_ && notifier() && isRegisteredNotifiee() &&
+         status_ && hasNotificationActive() && isFrameworkActive_ && !isMarkedForDeletion();
+}
+
+bool IdentifierBase::isAlive() const {
+  int const underWay =
+      int{poll_.isUnderWay()} + int{identify_.isUnderWay()} + int{check_.isUnderWay()};
+  bool const isWaiting = next_ != Next::nothing && std::isfinite(timeMin());
+  return underWay + int{isWaiting} == 1;
+}
+
+void IdentifierBase::settle() {
+  if (!isStarted_) {
+    return;
+  }
+  withdrawRequests();
+  nextIs(Next::nothing, 0);
+  if (isAtWork()) {
+    detection_.ending = {};
+    detection_.then = situation();
+    nextIs(Next::reset, earliestReset(detection_.then));
+  }
 }
 
 void IdentifierBase::onTime() { guarded(&IdentifierBase::handleDeadline); }
@@ -104,47 +184,83 @@ void IdentifierBase::handleDeadline() {
 }
 
 void IdentifierBase::doPollForInsertionRequestComplete(bool present) {
-  carryOut(afterPoll(present, situation()),
-           [this] { return judgePoll(*pollForInsertionRequest(), findings(), detection_.mfrId); });
+  PollEnding ending;
+  Supply supply;
+  if (!present) {
+    supply = judgePoll(*pollForInsertionRequest(), findings(), detection_.mfrId);
+    ending.outcome = outcomeOf(supply);
+  }
+  carryOut(ending, [&] { return std::move(supply); });
 }
 
 void IdentifierBase::doIdentifySupplyRequestComplete(bool identified) {
-  std::optional<Verdict> verdict;
+  IdentifyEnding ending{.outcome = {.verdict = Verdict::unreadable}, .isComplete = identified};
   if (identified) {
     detection_.found = std::make_unique<Supply>(judgeIdentification(findings(), hwError_, fdl_));
-    verdict = detection_.found->verdict;
-    if (verdict == Verdict::identified) {
+    if (detection_.found->verdict == Verdict::identified) {
       detection_.found->descriptor = managingDescriptor();
     }
     detection_.serialNum = serialNum_;
     detection_.areaHeader = areaHeader();
+    ending.outcome = outcomeOf(*detection_.found);
   }
-  carryOut(afterIdentify(verdict, situation()), [this] {
+  carryOut(ending, [this] {
     return unreadable("reading the product info area", *identifySupplyRequest());
   });
 }
 
 void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
-  Checked const checked = !present                                ? Checked::gone
-                          : serialNum_ != detection_.serialNum    ? Checked::otherSerialNumber
-                          : areaHeader() != detection_.areaHeader ? Checked::otherAreaHeader
-                                                                  : Checked::same;
-  carryOut(afterCheck(checked, detection_.found != nullptr, situation()), [&] {
-    return present ? unstable(std::move(*detection_.found), checked)
-                   : unreadable("the first check", *checkSupplyRequest());
+  CheckEnding ending{.checked = checked(present),
+                     .isFirst = detection_.found != nullptr,
+                     .hadFailures = detection_.hadFailures,
+                     .hasSerialNumber = hasSerialNumber(detection_.serialNum),
+                     .found = {}};
+  if (ending.isFirst) {
+    ending.found = outcomeOf(*detection_.found);
+  } else if (detection_.memory.told) {
+    ending.found = *detection_.memory.told;
+  }
+  carryOut(ending, [&] {
+    return ending.checked == Checked::gone ? unreadable("the first check", *checkSupplyRequest())
+                                           : unstable(std::move(*detection_.found), ending.checked);
   });
 }
 
-template <class Ending>
-void IdentifierBase::carryOut(Move const& move, Ending ending) {
+Checked IdentifierBase::checked(bool present) const {
+  if (!present) {
+    VornRequest const& request = *checkSupplyRequest();
+    auto const block = request.received();
+    // Some supplies answer with shorter blocks than asked for.
+    bool const isCutShort = request.status() == Kex::Request::kSucceeded && block.size() > 1 &&
+                            block[0] != 0 && request.operations().front().written.length == 2;
+    return isCutShort &&
+                   isAsRead(request.operations().front().written.bytes[1],
+                            block.subspan(1, std::min<std::size_t>(block[0], block.size() - 1)))
+               ? Checked::same
+               : Checked::gone;
+  }
+  if (serialNum_ != detection_.serialNum) {
+    return Checked::otherSerialNumber;
+  }
+  return areaHeader() == detection_.areaHeader ? Checked::same : Checked::otherAreaHeader;
+}
+
+template <class Tell>
+void IdentifierBase::carryOut(Ending const& ending, Tell tell) {
+  if (isStarted_ && (!isAtWork() || doings_ == 0)) {
+    return;
+  }
+  detection_.ending = ending;
+  detection_.then = situation();
+  Move const move = after(ending, detection_.then);
   detection_.memory = move.memory;
   switch (move.told) {
     case Told::nothing: break;
     case Told::found: publish(std::move(*std::exchange(detection_.found, nullptr))); break;
     case Told::ending:
-    case Told::unstable: publish(ending()); break;
+    case Told::unstable: publish(tell()); break;
   }
-  if (move.next == Next::check && move.at <= now()) {
+  if (move.next == Next::check && move.at <= detection_.then.now) {
     startRequest(kCheckSupply, checkSupplyRequest());
   } else {
     nextIs(move.next, move.at);
@@ -152,9 +268,9 @@ void IdentifierBase::carryOut(Move const& move, Ending ending) {
 }
 
 Situation IdentifierBase::situation() const {
-  return {.now = now(),
-          .timings = {.pollInterval = pollInterval_, .pollDelay = pollDelay()},
-          .memory = detection_.memory};
+  Situation situation{.now = now(), .timings = timings_, .memory = detection_.memory};
+  situation.timings.pollDelay = pollDelay();
+  return situation;
 }
 
 double IdentifierBase::now() const { return notifier()->time(); }
@@ -165,6 +281,7 @@ void IdentifierBase::nextIs(Next what, double time) {
 }
 
 void IdentifierBase::withdrawRequests() {
+  Doing const doing(*this);
   poll_.withdraw();
   identify_.withdraw();
   check_.withdraw();
@@ -173,8 +290,10 @@ void IdentifierBase::withdrawRequests() {
 void IdentifierBase::resetDetection() {
   withdrawRequests();
   nextIs(Next::nothing, 0);
-  detection_.memory.lastReset = now();
-  detection_.memory.backOff.taken();
+  Memory& memory = detection_.memory;
+  memory.lastReset = now();
+  memory.backOff.taken();
+  memory.firstCheck.reset();
   if (std::exchange(detection_.isConcluded, false)) {
     detection_.countedTransactions = startedTransactions();
   }
@@ -190,6 +309,7 @@ void IdentifierBase::resetDetection() {
 
 void IdentifierBase::startRequest(IdentifierState state, RequestPtr const& request) {
   nextIs(Next::nothing, 0);
+  detection_.hadFailures = false;
   stateIs(state);
   request->activeIs(true);
 }
@@ -200,28 +320,40 @@ void IdentifierBase::publish(Supply supply) {
   if (!supply.mfrId) {
     supply.mfrId = detection_.mfrId;
   }
-  status_->supplyIs(std::move(supply));
+  status_->supplyIs(std::move(supply), this);
 }
 
-void IdentifierBase::abandon(Kex::Exception const& why) {
+void IdentifierBase::abandon(Kex::String8 const& why) {
   withdrawRequests();
-  Supply supply;
-  supply.verdict = Verdict::unreadable;
-  supply.reason = Kex::format("%s exception: %s", why.kind(), why.what());
-  publish(std::move(supply));
+  nextIs(Next::nothing, 0);
+  detection_.found.reset();
   // Without a clock there is no later: detection stands still until there is one.
-  if (notifier()) {
-    nextIs(Next::reset, now() + pollInterval_);
+  if (isAtWork()) {
+    carryOut(IdentifyEnding{.outcome = {.verdict = Verdict::unreadable}}, [&why] {
+      Supply supply;
+      supply.verdict = Verdict::unreadable;
+      supply.reason = why;
+      return supply;
+    });
   }
 }
 
 void IdentifierBase::guarded(Work work) {
   Kex::Ptr<IdentifierBase> const self(this);
+  Doing const doing(*this);
+  // One slot's trouble must not end the loop that serves the others.
   try {
     (this->*work)();
-  } catch (Kex::Exception const& why) {
-    // One slot's trouble must not end the loop that serves the others.
-    abandon(why);
+    takeRetry();
+  } catch (Kex::Exception const& error) {
+    abandon(Kex::format("%s exception: %s", error.kind(), error.what()));
+  } catch (std::exception const& error) {
+    abandon(Kex::format("exception: %s", error.what()));
+  } catch (...) {
+    abandon("unknown exception");
+  }
+  if (isAtWork() && !isAlive()) {
+    settle();
   }
 }
 
@@ -229,7 +361,12 @@ Kex::U64 IdentifierBase::startedTransactions() const {
   return poll_.started() + identify_.started() + check_.started();
 }
 
-void IdentifierBase::handleRetry() {
+void IdentifierBase::requestIs(Channel& channel, RequestPtr const& request) {
+  channel.requestIs(request);
+  handleOutsideChange();
+}
+
+void IdentifierBase::takeRetry() {
   // The one deadline that a handler sets itself: its check failed, and is to be run again.
   if (next_ == Next::nothing && std::isfinite(timeMin())) {
     next_ = Next::retryCheck;
@@ -250,20 +387,27 @@ void IdentifierBase::Channel::requestIs(RequestPtr const& request) {
 
 void IdentifierBase::Channel::withdraw() {
   if (request()) {
+    Doing const doing(owner_);
     request()->activeIs(false);
   }
 }
 
+bool IdentifierBase::Channel::isOwnDoing(VornRequest&) {
+  bool const isOurs = owner_.doings_ != 0 || !owner_.isStarted_;
+  owner_.handleOutsideChange();
+  return isOurs;
+}
+
 void IdentifierBase::Channel::handleStatus(VornRequest& request) {
-  if (!owner_.hasNotificationActive()) {
+  if (owner_.isStarted_ ? !owner_.isAtWork() : !owner_.hasNotificationActive()) {
     return;
   }
   if (&request == owner_.pollForInsertionRequest().ptr() && isLoneRead(request) &&
       request.status() == Kex::Request::kSucceeded) {
     owner_.detection_.mfrId = blockText(request.received());
   }
+  owner_.detection_.hadFailures |= request.status() == Kex::Request::kFailed;
   owner_.guarded(handle_);
-  owner_.handleRetry();
 }
 
 std::ostream& operator<<(std::ostream& out, IdentifierBase::IdentifierState state) {

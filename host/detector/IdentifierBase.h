@@ -16,13 +16,21 @@ namespace PowerSupplyDetector {
 /// - poll negative: `doResetIdentifier()` after `pollInterval`; positive: identify after
 /// `pollDelay`
 /// - identify negative: as a negative poll; positive: check at once, then every `pollInterval`
-/// - check negative: `doResetIdentifier()` after `pollInterval`; another supply: at once, though
-///   never twice within one `pollInterval`
+/// - check negative, or of another supply: `doResetIdentifier()` at once, though never twice within
+///   one `pollInterval`
+/// - the whole detection again every `reviewInterval`, and at once after a check that was answered
+///   only after a failure
 /// - wrong checksum or unsupported version: detection is repeated after 1 s, doubling to 10 s
 ///
-/// The outcome is written to the slot's status: that of a poll or a failed identification at once,
-/// that of an identification after the first check, so that a supply that is swapped while it is
-/// read is never described by a mixture. All calls on the run loop's thread.
+/// The outcome is written to the slot's status: that of an identification after the first check, so
+/// that a supply that is swapped while it is read is never described by a mixture; one that would
+/// take another one's place only when the next detection comes to the same, unless it is that a
+/// supply is identified.
+///
+/// While the identifier is at work (attached, constructed, initialised, with its clock and its
+/// notifications on), one of its requests is under way or its deadline is set. What somebody else
+/// does to it, its requests and buffers is answered by detection from the start, within one
+/// `pollInterval`. All calls on the run loop's thread.
 class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
  public:
   /// What an identifier is about.
@@ -70,12 +78,16 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   /// Loads the poll request anew and starts it.
   virtual void doResetIdentifier() = 0;
   /// Seconds from a positive poll to identification: a freshly inserted supply settles.
-  virtual double pollDelay() const { return pollDelay_; }
+  virtual double pollDelay() const { return timings_.pollDelay; }
   /// Off: detection stands still; on again: it starts over.
   virtual void kexFwkActivityIs(bool active);
   virtual void identifierNameIs(Kex::String8 name) { identifierName_ = std::move(name); }
-  /// Seconds between two polls or checks.
-  virtual void pollIntervalIs(double seconds) { pollInterval_ = seconds; }
+  /// Seconds between two polls or checks. This and the other intervals take effect at once, and
+  /// throw a range exception unless they are finite and positive.
+  virtual void pollIntervalIs(double seconds);
+  /// Seconds from the first check of a supply to the next time that all of it is read; at most
+  /// `Timings::kMostWithoutSerialNumber` of one that has no serial number.
+  void reviewIntervalIs(double seconds);
   virtual void stateIs(IdentifierState state) { state_ = state; }
   virtual void presentIntCtrlDel() { presentIntCtrl_ = nullptr; }
   virtual void presentIntCtrlIs(Kex::Ptr<Fru::IntCtrl> const& ctrl) { presentIntCtrl_ = ctrl; }
@@ -84,19 +96,19 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual void hwErrorIs(bool hwError) { hwError_ = hwError; }
   virtual void initializedIs(bool initialized) { initialized_ = initialized; }
   virtual void failCountIs(Kex::U8 failCount) { failCount_ = failCount; }
-  virtual void pollDelayIs(double seconds) { pollDelay_ = seconds; }
-  virtual void constructedIs(bool constructed) { constructed_ = constructed; }
+  virtual void pollDelayIs(double seconds);
+  virtual void constructedIs(bool constructed);
   /// On: withdraws the requests for good, before the identifier is let go.
   void kexDoZombieReactors(bool on) override;
   virtual void clockInputIs(Kex::Ptr<Kex::Clock const> const& clock) { clockInput_ = clock; }
   virtual void configDel() { config_ = nullptr; }
   virtual void configIs(SlotConfigPtr const& config) { config_ = config; }
-  virtual void pollForInsertionRequestDel() { poll_.requestIs({}); }
-  virtual void pollForInsertionRequestIs(RequestPtr const& request) { poll_.requestIs(request); }
-  virtual void identifySupplyRequestDel() { identify_.requestIs({}); }
-  virtual void identifySupplyRequestIs(RequestPtr const& request) { identify_.requestIs(request); }
-  virtual void checkSupplyRequestDel() { check_.requestIs({}); }
-  virtual void checkSupplyRequestIs(RequestPtr const& request) { check_.requestIs(request); }
+  virtual void pollForInsertionRequestDel() { requestIs(poll_, {}); }
+  virtual void pollForInsertionRequestIs(RequestPtr const& request) { requestIs(poll_, request); }
+  virtual void identifySupplyRequestDel() { requestIs(identify_, {}); }
+  virtual void identifySupplyRequestIs(RequestPtr const& request) { requestIs(identify_, request); }
+  virtual void checkSupplyRequestDel() { requestIs(check_, {}); }
+  virtual void checkSupplyRequestIs(RequestPtr const& request) { requestIs(check_, request); }
   virtual void presentIntFdDel() { presentIntFd_ = nullptr; }
   virtual void presentIntFdIs(Kex::Ptr<Kex::FileDescriptor const> const& fd) { presentIntFd_ = fd; }
 
@@ -119,7 +131,8 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   Kex::String8 const& identifierName() const { return identifierName_; }
   IdentifierState state() const { return state_; }
   Kex::U8 stateNumber() const { return state_; }
-  double pollInterval() const { return pollInterval_; }
+  double pollInterval() const { return timings_.pollInterval; }
+  double reviewInterval() const { return timings_.reviewInterval; }
   Kex::String8 const& serialNum() const { return serialNum_; }
   Kex::String8 const& fdl() const { return fdl_; }
   bool hwError() const { return hwError_; }
@@ -130,7 +143,9 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   /// Where the identifier is held, by whom its detection is started. Throws a range exception for
   /// an identifier without its clock or the status that it reports to.
   void placeIs(Kex::Place place);
-  /// Initialises the identifier and starts the first poll, if notifications are on.
+  /// Initialises the identifier, once, if notifications are on.
+  void doPrepare();
+  /// Prepares the identifier and starts the first poll, if notifications are on.
   void doStartDetection();
 
  protected:
@@ -144,9 +159,15 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual std::optional<Kex::String8> managingDescriptor() const { return std::nullopt; }
   /// The first bytes of the product info area, as last read; a check compares them.
   virtual Kex::String8 areaHeader() const { return {}; }
+  /// Whether identification read these bytes from `offset` of the FRU data on.
+  virtual bool isAsRead(Kex::U8 offset, std::span<Kex::U8 const> bytes) const {
+    return bytes.empty() && offset == 0;
+  }
 
   /// What the identifier holds by name; a derived class adds its own.
   Kex::NamedMembers& members() { return members_; }
+
+  void handleOutsideChange() override;
 
  private:
   using Work = void (IdentifierBase::*)();
@@ -164,10 +185,12 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
     RequestPtr const& request() const { return request_.ptr(); }
     void requestIs(RequestPtr const& request);
     void withdraw();
+    bool isUnderWay() const { return request() && request()->isUnderWay(); }
     Kex::U64 started() const { return request() ? request()->started() : 0; }
 
    private:
     void handleStatus(Hardware::VornRequest& request) override;
+    bool isOwnDoing(Hardware::VornRequest& request) override;
 
     IdentifierBase& owner_;
     char const* name_;
@@ -175,22 +198,46 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
     Kex::NamedMembers::Member<Hardware::VornRequest> request_;
   };
 
+  /// While it lives, what happens to the requests is this class's own doing.
+  class Doing {
+   public:
+    explicit Doing(IdentifierBase& owner) : owner_(owner) { ++owner_.doings_; }
+    Doing(Doing const&) = delete;
+    Doing& operator=(Doing const&) = delete;
+    ~Doing() { --owner_.doings_; }
+
+   private:
+    IdentifierBase& owner_;
+  };
+
+  void handleAttached(bool attached) override;
+  /// Whether detection is to go on.
+  bool isAtWork() const;
+  /// Whether exactly one request is under way, or else a deadline is set.
+  bool isAlive() const;
+  /// Detection starts over in due time, if it is to go on at all.
+  void settle();
   double now() const;
   void handleDeadline();
-  /// Does `work`; an exception that it throws is this slot's alone.
+  /// Does `work`; an exception that it throws is this slot's alone. Sees to it that detection is
+  /// alive afterwards.
   void guarded(Work work);
+  void intervalIs(double Timings::*interval, char const* name, double seconds);
+  Checked checked(bool present) const;
   /// Sets what the one deadline is for, in place of what it was for.
   void nextIs(Next what, double time);
-  void handleRetry();
+  void takeRetry();
+  void requestIs(Channel& channel, RequestPtr const& request);
   Situation situation() const;
-  /// Does what the policy decided; `ending` makes what is told of the ending itself.
-  template <class Ending>
-  void carryOut(Move const& move, Ending ending);
+  /// Does what the policy decides to follow `ending`; `tell` makes what is told of the ending
+  /// itself.
+  template <class Tell>
+  void carryOut(Ending const& ending, Tell tell);
   void withdrawRequests();
   void resetDetection();
   void startRequest(IdentifierState state, RequestPtr const& request);
   void publish(Supply supply);
-  void abandon(Kex::Exception const& why);
+  void abandon(Kex::String8 const& why);
   Kex::U64 startedTransactions() const;
 
   Kex::NamedMembers members_{*this};
@@ -207,8 +254,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   Kex::String8 identifierName_;
   Kex::String8 serialNum_;
   Kex::String8 fdl_;
-  double pollInterval_ = 1.0;
-  double pollDelay_ = 0.2;
+  Timings timings_;
   Detection detection_;
   IdentifierState state_ = kInitial;
   Next next_ = Next::nothing;
@@ -217,6 +263,9 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   bool initialized_ = false;
   bool constructed_ = false;
   bool isStarted_ = false;
+  bool isFrameworkActive_ = true;
+  /// How many of this class's own doings are under way, one inside the other.
+  unsigned doings_ = 0;
 };
 
 KEX_API std::ostream& operator<<(std::ostream& out, IdentifierBase::IdentifierState state);

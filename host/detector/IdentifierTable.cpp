@@ -12,6 +12,7 @@ using Tables::AttrRow;
 using Tables::value;
 
 constexpr Kex::KexAttrFlags kReadOnly{0x220001, 0x400};
+constexpr Kex::KexAttrFlags kWritable{0x220103, 0x400};
 constexpr Kex::KexAttrFlags kFunction{0x20001, 0x400};
 constexpr auto kIsFunction = AttrRow::Introspection::function;
 
@@ -23,8 +24,18 @@ constexpr AttrRow kRows[] = {
      .access = value<&Base::identifierName>,
      .flags = kReadOnly},
     {.name = "state", .id = 0x104, .access = value<&Base::stateNumber>, .flags = kReadOnly},
-    {.name = "pollInterval", .id = 0x105, .access = value<&Base::pollInterval>, .flags = kReadOnly},
-    {.name = "pollDelay", .id = 0x106, .access = value<&Base::pollDelay>, .flags = kReadOnly},
+    {.name = "pollInterval",
+     .id = 0x105,
+     .access = value<&Base::pollInterval, &Base::pollIntervalIs>,
+     .flags = kWritable},
+    {.name = "pollDelay",
+     .id = 0x106,
+     .access = value<&Base::pollDelay, &Base::pollDelayIs>,
+     .flags = kWritable},
+    {.name = "reviewInterval",
+     .id = 0x113,
+     .access = value<&Base::reviewInterval, &Base::reviewIntervalIs>,
+     .flags = kWritable},
     {.name = "serialNum", .id = 0x107, .access = value<&Base::serialNum>, .flags = kReadOnly},
     {.name = "fdl", .id = 0x108, .access = value<&Base::fdl>, .flags = kReadOnly},
     {.name = "hwError", .id = 0x109, .access = value<&Base::hwError>, .flags = kReadOnly},

@@ -1,6 +1,8 @@
 // Ipmi::IdentifierBase, what identifiers that read IPMI FRU data have in common.
 #include "host/detector/IpmiIdentifierBase.h"
 
+#include <algorithm>
+
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 #include "host/tables/Access.h"
 #include "host/tables/TypeTable.h"
@@ -127,5 +129,16 @@ std::optional<Kex::String8> IdentifierBase::managingDescriptor() const {
 }
 
 Kex::String8 IdentifierBase::areaHeader() const { return productInfoHeaderBuf()->str(); }
+
+bool IdentifierBase::isAsRead(Kex::U8 offset, std::span<Kex::U8 const> bytes) const {
+  if (!idprom() || !idprom()->header()) {
+    return false;
+  }
+  auto const& buffer = productInfoBuf() ? productInfoBuf() : productInfoHeaderBuf();
+  std::size_t const start = static_cast<Kex::U8>(offset - idprom()->header()->productAreaOffset());
+  auto const area = buffer->bytes();
+  return start + bytes.size() <= area.size() &&
+         std::ranges::equal(bytes, area.subspan(start, bytes.size()));
+}
 
 }  // namespace Ipmi

@@ -49,6 +49,7 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
   /// The descriptor at which the identification left its walk, if it is the one that gave the FDL.
   std::optional<Kex::String8> managingDescriptor() const override;
   Kex::String8 areaHeader() const override;
+  bool isAsRead(Kex::U8 offset, std::span<Kex::U8 const> bytes) const override;
 
  private:
   using BufMember = Kex::NamedMembers::Member<Hal::Buf>;

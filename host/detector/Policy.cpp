@@ -5,24 +5,48 @@
 
 namespace PowerSupplyDetector {
 
-using Hardware::PowerSupplySlot::Verdict;
-
 namespace {
 
-/// Nobody is there, or nobody that can be talked to: detection starts over in due time, and what
-/// was remembered of a supply does not count for the next one.
-Move startOver(Told told, Situation const& situation) {
-  Move move{.told = told,
+/// Remembers what a detection came to, and says whether it is told: the first outcome is, an
+/// identified supply always is, and so is what does not change anything; anything else takes two
+/// detections in a row, so that one spoilt transaction never takes a description away.
+bool isConfirmed(Outcome const& outcome, Memory& memory) {
+  bool const isTold = !memory.told || outcome.verdict == Verdict::identified ||
+                      outcome == memory.told || outcome == memory.unconfirmed;
+  if (isTold) {
+    memory.told = outcome;
+    memory.unconfirmed.reset();
+  } else {
+    memory.unconfirmed = outcome;
+  }
+  return isTold;
+}
+
+/// Detection starts over after a poll interval; of the supply nothing is remembered.
+Move afterFailedDetection(Outcome const& outcome, Situation const& situation) {
+  Move move{.told = Told::nothing,
             .next = Next::reset,
             .at = situation.now + situation.timings.pollInterval,
-            .memory = {}};
-  move.memory.lastReset = situation.memory.lastReset;
+            .memory = situation.memory};
+  move.memory.backOff = {};
+  move.told = isConfirmed(outcome, move.memory) ? Told::ending : Told::nothing;
   return move;
 }
 
 /// A supply that was read too early heals by itself.
 bool mayHeal(Verdict verdict) {
   return verdict == Verdict::invalidChecksum || verdict == Verdict::unsupportedVersion;
+}
+
+/// When the whole detection runs again while the supply is checked.
+double reviewTime(CheckEnding const& ending, Situation const& situation, Memory const& memory) {
+  if (mayHeal(ending.found.verdict)) {
+    return memory.backOff.due();
+  }
+  double const interval = situation.timings.reviewInterval;
+  return memory.firstCheck.value_or(situation.now) +
+         (ending.hasSerialNumber ? interval
+                                 : std::min(interval, Timings::kMostWithoutSerialNumber));
 }
 
 }  // namespace
@@ -32,9 +56,15 @@ void BackOff::schedule(double now) {
   interval_ = std::min(2 * interval_, kMost);
 }
 
-Move afterPoll(bool isPresent, Situation const& situation) {
-  if (!isPresent) {
-    return startOver(Told::ending, situation);
+double earliestReset(Situation const& situation) {
+  return std::max(situation.now, situation.memory.lastReset + situation.timings.pollInterval);
+}
+
+Move afterPoll(PollEnding const& ending, Situation const& situation) {
+  if (ending.outcome) {
+    Move move = afterFailedDetection(*ending.outcome, situation);
+    move.memory.mismatches = 0;
+    return move;
   }
   return {.told = Told::nothing,
           .next = Next::identify,
@@ -42,15 +72,13 @@ Move afterPoll(bool isPresent, Situation const& situation) {
           .memory = situation.memory};
 }
 
-Move afterIdentify(std::optional<Verdict> verdict, Situation const& situation) {
-  if (!verdict) {
-    Move move = startOver(Told::ending, situation);
-    move.memory.mismatches = situation.memory.mismatches;
-    return move;
+Move afterIdentify(IdentifyEnding const& ending, Situation const& situation) {
+  if (!ending.isComplete) {
+    return afterFailedDetection(ending.outcome, situation);
   }
   Move move{
       .told = Told::nothing, .next = Next::check, .at = situation.now, .memory = situation.memory};
-  if (mayHeal(*verdict)) {
+  if (mayHeal(ending.outcome.verdict)) {
     move.memory.backOff.schedule(situation.now);
   } else {
     move.memory.backOff = {};
@@ -58,29 +86,65 @@ Move afterIdentify(std::optional<Verdict> verdict, Situation const& situation) {
   return move;
 }
 
-Move afterCheck(Checked checked, bool isFirst, Situation const& situation) {
-  auto const& [now, timings, before] = situation;
-  if (checked == Checked::gone) {
-    return startOver(isFirst ? Told::ending : Told::nothing, situation);
+Move afterCheck(CheckEnding const& ending, Situation const& situation) {
+  Move move{.told = Told::nothing,
+            .next = Next::reset,
+            .at = earliestReset(situation),
+            .memory = situation.memory};
+  Memory& memory = move.memory;
+  constexpr Outcome kUnreadable{.verdict = Verdict::unreadable};
+  switch (ending.checked) {
+    case Checked::gone:
+      memory.backOff = {};
+      memory.mismatches = 0;
+      if (ending.isFirst && isConfirmed(kUnreadable, memory)) {
+        move.told = Told::ending;
+      }
+      return move;
+    case Checked::otherSerialNumber:
+    case Checked::otherAreaHeader:
+      memory.backOff = {};
+      memory.mismatches = static_cast<Kex::U8>(std::min(memory.mismatches + 1, 2));
+      if (ending.isFirst && memory.mismatches >= 2) {
+        move.told = isConfirmed(kUnreadable, memory) ? Told::unstable : Told::nothing;
+      }
+      return move;
+    case Checked::same: break;
   }
-  Move move{.told = Told::nothing, .next = Next::check, .at = now, .memory = before};
-  if (checked == Checked::same) {
-    double const nextCheck = now + timings.pollInterval;
-    double const repetition = before.backOff.due();
-    move.told = isFirst ? Told::found : Told::nothing;
-    move.next = repetition <= nextCheck ? Next::reset : Next::check;
-    move.at = std::min(nextCheck, repetition);
-    move.memory.mismatches = 0;
+  memory.mismatches = 0;
+  if (ending.isFirst) {
+    memory.firstCheck = situation.now;
+    if (!isConfirmed(ending.found, memory)) {
+      move.at = situation.now + situation.timings.pollInterval;
+      return move;
+    }
+    move.told = Told::found;
+  }
+  if (ending.hadFailures) {
+    // A supply that did not answer for a while may have been swapped for one that answers alike.
     return move;
   }
-  move.next = Next::reset;
-  move.at = std::max(now, before.lastReset + timings.pollInterval);
-  move.memory.backOff = {};
-  ++move.memory.mismatches;
-  if (move.memory.mismatches >= 2 && isFirst) {
-    move.told = Told::unstable;
-  }
+  double const nextCheck = situation.now + situation.timings.pollInterval;
+  double const review = reviewTime(ending, situation, memory);
+  move.next = review <= nextCheck ? Next::reset : Next::check;
+  move.at = std::min(nextCheck, review);
   return move;
+}
+
+Move after(Ending const& ending, Situation const& situation) {
+  struct Decide {
+    Situation const& situation;
+    Move operator()(std::monostate) const {
+      return {.told = Told::nothing,
+              .next = Next::reset,
+              .at = earliestReset(situation),
+              .memory = situation.memory};
+    }
+    Move operator()(PollEnding const& ending) const { return afterPoll(ending, situation); }
+    Move operator()(IdentifyEnding const& ending) const { return afterIdentify(ending, situation); }
+    Move operator()(CheckEnding const& ending) const { return afterCheck(ending, situation); }
+  };
+  return std::visit(Decide{situation}, ending);
 }
 
 }  // namespace PowerSupplyDetector

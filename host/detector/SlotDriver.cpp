@@ -43,6 +43,13 @@ void SlotDriver::identifierIs(Kex::String8 const& name,
     return;
   }
   identifier->placeIs({this, Kex::Name(name)});
+  try {
+    identifier->doPrepare();
+  } catch (...) {
+    // The one before stays, and goes on.
+    identifier->placeIs({});
+    throw;
+  }
   identifierDel(name);
   identifiers_[name] = identifier;
   identifier->doStartDetection();

@@ -1,6 +1,8 @@
 // Configuration and status of a power-supply slot.
 #include "host/hardware/PowerSupplySlot.h"
 
+#include <algorithm>
+
 #include "host/kex/type/KexType.h"
 
 namespace Hardware::PowerSupplySlot {
@@ -25,9 +27,27 @@ Kex::KexType& SlotStatus::fwkType() const { return _fwkType(); }
 
 SlotStatus::~SlotStatus() = default;
 
-void SlotStatus::supplyIs(Supply supply) {
-  supply_ = std::move(supply);
+Supply const* SlotStatus::supply() const {
+  auto const best = std::ranges::max_element(
+      outcomes_, {}, [](Outcome const& outcome) { return rowOf(outcome.supply.verdict).stage; });
+  return best == outcomes_.end() ? nullptr : &best->supply;
+}
+
+void SlotStatus::supplyIs(Supply supply, Kex::PtrInterface const* identifier) {
+  auto const found = std::ranges::find(outcomes_, identifier, &Outcome::identifier);
+  if (found == outcomes_.end()) {
+    outcomes_.push_back({.identifier = identifier, .supply = std::move(supply)});
+  } else {
+    found->supply = std::move(supply);
+  }
   changed(kOnSupply);
+}
+
+void SlotStatus::supplyDel(Kex::PtrInterface const* identifier) {
+  if (std::erase_if(outcomes_, [&](auto const& one) { return one.identifier == identifier; }) !=
+      0) {
+    changed(kOnSupply);
+  }
 }
 
 void SlotStatus::NotifieeConst::react(unsigned reaction) {

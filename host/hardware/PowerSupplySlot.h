@@ -1,7 +1,7 @@
 // Configuration and status of a power-supply slot.
 #pragma once
 
-#include <optional>
+#include <vector>
 
 #include "host/hardware/Supply.h"
 #include "host/hardware/Vorn.h"
@@ -37,15 +37,25 @@ class KEX_API SlotStatus final : public Kex::Entity {
   Kex::KexType& fwkType() const override;
   ~SlotStatus() override;
 
-  /// The outcome of the last detection; none before the first one has ended.
-  std::optional<Supply> const& supply() const { return supply_; }
-  void supplyIs(Supply supply);
+  /// The best of what the slot's identifiers came to last: the one that got furthest on the
+  /// supply's road, of two the one that was there first. Null before the first detection has ended.
+  Supply const* supply() const;
+  /// What `identifier` came to, in place of what it came to before. It is not owned, only told
+  /// apart from others; null for somebody else.
+  void supplyIs(Supply supply, Kex::PtrInterface const* identifier = nullptr);
+  /// Forgets what `identifier` came to.
+  void supplyDel(Kex::PtrInterface const* identifier);
 
   /// The reaction to a new outcome.
   static constexpr unsigned kOnSupply = kReactionsEnd;
 
  private:
-  std::optional<Supply> supply_;
+  struct Outcome {
+    Kex::PtrInterface const* identifier;
+    Supply supply;
+  };
+
+  std::vector<Outcome> outcomes_;
 };
 
 /// Reacts to the end of a detection.

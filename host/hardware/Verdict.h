@@ -13,6 +13,7 @@ namespace Hardware::PowerSupplySlot {
 /// place of `kVerdicts`; what is reported of it, and the agent's exit status, follow from the row.
 enum class Verdict : Kex::U8 {
   absent,                   ///< nothing answers
+  unreachable,              ///< the bus is in trouble: nobody knows what is there
   unsupportedManufacturer,  ///< the MFR_ID is not one that an identifier accepts
   invalidHeader,            ///< the FRU common header is not one of IPMI FRU version 1
   unreadable,               ///< the supply answers, but reading it failed
@@ -37,6 +38,7 @@ enum class Stage : Kex::U8 {
 /// What a verdict proves of the slot.
 enum class Proof : Kex::U8 {
   isEmpty,    ///< no supply is there
+  nothing,    ///< the bus is in trouble
   hasSupply,  ///< a supply is there
 };
 
@@ -53,6 +55,7 @@ struct VerdictRow {
 /// Every verdict, in the order of the enumeration and of the road.
 inline constexpr std::array kVerdicts = {
     VerdictRow{Verdict::absent, "absent", Stage::address, Proof::isEmpty},
+    VerdictRow{Verdict::unreachable, "unreachable", Stage::address, Proof::nothing},
     VerdictRow{Verdict::unsupportedManufacturer, "unsupportedManufacturer", Stage::manufacturer,
                Proof::hasSupply},
     VerdictRow{Verdict::invalidHeader, "invalidHeader", Stage::header, Proof::hasSupply},

@@ -64,6 +64,9 @@ void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData
 }
 
 void VornRequest::activeIs(bool active) {
+  if (handler_ != nullptr && !handler_->isOwnDoing(*this)) {
+    active = false;
+  }
   bus_->clientDel(*this);
   dequeue();
   status_ = Request::kIdle;
@@ -110,9 +113,11 @@ void VornRequest::handleReply(Smbus::Reply const& reply) {
   failure_ = reply.failure;
   if (reply.isOk) {
     VornOp const& read = operations_.back();
-    Smbus::Block const block = reply.readOf(static_cast<Kex::U8>(read.length));
-    auto const room = std::min<std::size_t>(block.length, read.data.buffer().len());
-    read.data.buffer().bytesIs(0, block.view().first(room));
+    if (read.data.buffer().len() < read.length) {
+      return handleReply(
+          Smbus::Reply::failed(Smbus::ErrorKind::other, "the buffer became shorter than the read"));
+    }
+    read.data.buffer().bytesIs(0, reply.readOf(static_cast<Kex::U8>(read.length)).view());
   }
   statusIs(reply.isOk ? Request::kSucceeded : Request::kFailed);
 }

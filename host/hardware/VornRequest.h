@@ -49,6 +49,9 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
    public:
     /// A terminal status was reached.
     virtual void handleStatus(VornRequest& request) = 0;
+    /// Asked before the request is switched: whether whose request it is switches it. If somebody
+    /// else does, it is withdrawn, and nothing is started.
+    virtual bool isOwnDoing(VornRequest& /*request*/) { return true; }
 
    protected:
     Handler() = default;
@@ -82,6 +85,8 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
   /// delivered yet is discarded.
   void activeIs(bool active);
 
+  /// Whether a terminal status is still to be delivered.
+  bool isUnderWay() const { return isActive_ && (status_ == Kex::Request::kRunning || isQueued()); }
   Kex::Request::Status status() const { return status_; }
   std::vector<VornOp> const& operations() const { return operations_; }
   /// What the last transaction read, count byte first, where it stands: in the buffer of the read

@@ -29,13 +29,13 @@ class TableAdapter final : public Base {
     return own != nullptr ? own : base()->attribute(name);
   }
 
-  Kex::Ptr<Kex::GenericIf> access(Kex::AttributeRequest const& request) const override {
+  Kex::Ptr<Kex::GenericIf> doAccess(Kex::AttributeRequest const& request) const override {
     if (request.code >= 128 && this->isConst()) {
       Kex::GenericIf::throwConstException("attempting to modify a const instance");
     }
     AttrRow const* const row = dispatchedRow(table_.rows, request.id);
     return row != nullptr ? row->access.carryOut(*row, *this->object(), request)
-                          : base()->access(request);
+                          : base()->doAccess(request);
   }
 
   Kex::Ptr<Kex::GenericIterator> iterator(Kex::AttributeId id) const override {

@@ -10,83 +10,291 @@ namespace PowerSupplyDetector {
 namespace {
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
-constexpr auto kHealing = Hardware::PowerSupplySlot::Verdict::invalidChecksum;
-constexpr auto kIdentified = Hardware::PowerSupplySlot::Verdict::identified;
+constexpr Outcome kAbsent{.verdict = Verdict::absent};
+constexpr Outcome kUnreadable{.verdict = Verdict::unreadable};
+constexpr Outcome kBadChecksum{.verdict = Verdict::invalidChecksum, .texts = 7};
+constexpr Outcome kUnknown{.verdict = Verdict::unrecognised, .texts = 5};
+constexpr Outcome kIdentified{.verdict = Verdict::identified, .texts = 3};
 
-/// Memory in which `repetitions` repetitions were scheduled, the last one at `now` (not at all: 0).
-Memory memory(int repetitions, double now, unsigned mismatches, double lastReset) {
-  Memory made{.backOff = {}, .mismatches = mismatches, .lastReset = lastReset};
-  for (int i = 0; i < repetitions; ++i) {
-    made.backOff.schedule(now);
-  }
-  return made;
-}
+/// Of what was remembered: `repetitions` of a detection scheduled, the last one at `scheduled`.
+struct Before {
+  std::optional<Outcome> told{};
+  std::optional<Outcome> unconfirmed{};
+  int repetitions = 0;
+  double scheduled = 90;
+  Kex::U8 mismatches = 0;
+  double lastReset = 95;
+  std::optional<double> firstCheck{};
+};
 
 struct Row {
   char const* what;
-  Move (*after)(Situation const&);
-  Memory before;
+  Ending ending;
+  Before before;
   Told told;
   Next next;
   double at;
-  unsigned mismatches;
-  /// When the repetition is due afterwards.
-  double repetition;
+  std::optional<Outcome> unconfirmed;
+  double repetition = kNever;
+  Kex::U8 mismatches = 0;
 };
 
-// Everything happens at 100 s, with a poll interval of 2 s and a poll delay of 0.5 s.
+Ending checkEnding(Checked checked, bool isFirst, Outcome found, bool hasSerialNumber = true,
+                   bool hadFailures = false) {
+  return CheckEnding{.checked = checked,
+                     .isFirst = isFirst,
+                     .hadFailures = hadFailures,
+                     .hasSerialNumber = hasSerialNumber,
+                     .found = found};
+}
+
+// Everything happens at 100 s: poll interval 2 s, poll delay 0.5 s, review interval 30 s.
 TEST(Policy, WhatFollows) {
-  using enum Told;
+  using enum Checked;
+  Ending const absent = PollEnding{kAbsent};
+  Ending const present = PollEnding{};
+  Ending const givenUp = IdentifyEnding{.outcome = kUnreadable};
+  auto const read = [](Outcome outcome) {
+    return IdentifyEnding{.outcome = outcome, .isComplete = true};
+  };
+  std::optional<Outcome> const none;
+  Before const identified{.told = kIdentified};
+  Before const checked{.told = kIdentified, .firstCheck = 80};
   Row const rows[] = {
-      {"absent", [](auto& s) { return afterPoll(false, s); }, memory(2, 90, 1, 95), ending,
-       Next::reset, 102, 0, kNever},
-      {"present", [](auto& s) { return afterPoll(true, s); }, memory(2, 90, 1, 95), nothing,
-       Next::identify, 100.5, 1, 92},
-      {"given up", [](auto& s) { return afterIdentify({}, s); }, memory(1, 90, 1, 95), ending,
-       Next::reset, 102, 1, kNever},
-      {"identified", [](auto& s) { return afterIdentify(kIdentified, s); }, memory(1, 90, 1, 95),
-       nothing, Next::check, 100, 1, kNever},
-      {"may heal", [](auto& s) { return afterIdentify(kHealing, s); }, memory(0, 0, 0, 95), nothing,
-       Next::check, 100, 0, 101},
-      {"may heal, third time", [](auto& s) { return afterIdentify(kHealing, s); },
-       memory(2, 90, 0, 95), nothing, Next::check, 100, 0, 104},
-      {"may heal, sixth time", [](auto& s) { return afterIdentify(kHealing, s); },
-       memory(5, 90, 0, 95), nothing, Next::check, 100, 0, 110},
-      {"first check", [](auto& s) { return afterCheck(Checked::same, true, s); },
-       memory(0, 0, 1, 95), found, Next::check, 102, 0, kNever},
-      {"later check", [](auto& s) { return afterCheck(Checked::same, false, s); },
-       memory(0, 0, 0, 95), nothing, Next::check, 102, 0, kNever},
+      {"the first verdict",
+       absent,
+       {.repetitions = 2, .mismatches = 1},
+       Told::ending,
+       Next::reset,
+       102,
+       none},
+      {"absent once after identified", absent, identified, Told::nothing, Next::reset, 102,
+       kAbsent},
+      {"absent twice",
+       absent,
+       {.told = kIdentified, .unconfirmed = kAbsent},
+       Told::ending,
+       Next::reset,
+       102,
+       none},
+      {"absent after unreadable",
+       absent,
+       {.told = kIdentified, .unconfirmed = kUnreadable},
+       Told::nothing,
+       Next::reset,
+       102,
+       kAbsent},
+      {"absent as before", absent, {.told = kAbsent}, Told::ending, Next::reset, 102, none},
+      {"present",
+       present,
+       {.unconfirmed = kAbsent, .repetitions = 2, .mismatches = 1},
+       Told::nothing,
+       Next::identify,
+       100.5,
+       kAbsent,
+       92,
+       1},
+      {"given up",
+       givenUp,
+       {.repetitions = 1, .mismatches = 1},
+       Told::ending,
+       Next::reset,
+       102,
+       none,
+       kNever,
+       1},
+      {"given up once after identified", givenUp, identified, Told::nothing, Next::reset, 102,
+       kUnreadable},
+      {"read",
+       read(kIdentified),
+       {.repetitions = 1, .mismatches = 1},
+       Told::nothing,
+       Next::check,
+       100,
+       none,
+       kNever,
+       1},
+      {"may heal", read(kBadChecksum), {}, Told::nothing, Next::check, 100, none, 101},
+      {"may heal, third time",
+       read(kBadChecksum),
+       {.repetitions = 2},
+       Told::nothing,
+       Next::check,
+       100,
+       none,
+       104},
+      {"may heal, sixth time",
+       read(kBadChecksum),
+       {.repetitions = 5},
+       Told::nothing,
+       Next::check,
+       100,
+       none,
+       110},
+      {"first check",
+       checkEnding(same, true, kIdentified),
+       {.mismatches = 1},
+       Told::found,
+       Next::check,
+       102,
+       none},
+      {"first check of the same again",
+       checkEnding(same, true, kIdentified),
+       {.told = kIdentified, .unconfirmed = kAbsent},
+       Told::found,
+       Next::check,
+       102,
+       none},
+      {"first check of what is not confirmed", checkEnding(same, true, kUnknown), identified,
+       Told::nothing, Next::reset, 102, kUnknown},
+      {"first check of what is confirmed",
+       checkEnding(same, true, kUnknown),
+       {.told = kIdentified, .unconfirmed = kUnknown},
+       Told::found,
+       Next::check,
+       102,
+       none},
+      {"first check of another unknown one",
+       checkEnding(same, true, kUnknown),
+       {.told = Outcome{.verdict = Verdict::unrecognised, .texts = 6}},
+       Told::nothing,
+       Next::reset,
+       102,
+       kUnknown},
+      {"later check", checkEnding(same, false, kIdentified), checked, Told::nothing, Next::check,
+       102, none},
+      {"review is due",
+       checkEnding(same, false, kIdentified),
+       {.told = kIdentified, .firstCheck = 71.5},
+       Told::nothing,
+       Next::reset,
+       101.5,
+       none},
+      {"review without a serial number",
+       checkEnding(same, false, kIdentified, false),
+       {.told = kIdentified, .firstCheck = 96.5},
+       Told::nothing,
+       Next::reset,
+       101.5,
+       none},
+      {"no review yet without a serial number",
+       checkEnding(same, false, kIdentified, false),
+       {.told = kIdentified, .firstCheck = 97.5},
+       Told::nothing,
+       Next::check,
+       102,
+       none},
       {"repetition before the next check",
-       [](auto& s) { return afterCheck(Checked::same, true, s); }, memory(1, 100.5, 0, 95), found,
-       Next::reset, 101.5, 0, 101.5},
-      {"repetition after the next check",
-       [](auto& s) { return afterCheck(Checked::same, false, s); }, memory(1, 101.5, 0, 95),
-       nothing, Next::check, 102, 0, 102.5},
-      {"gone at the first check", [](auto& s) { return afterCheck(Checked::gone, true, s); },
-       memory(1, 90, 1, 95), ending, Next::reset, 102, 0, kNever},
-      {"gone later", [](auto& s) { return afterCheck(Checked::gone, false, s); },
-       memory(0, 0, 0, 95), nothing, Next::reset, 102, 0, kNever},
+       checkEnding(same, true, kBadChecksum),
+       {.repetitions = 1, .scheduled = 100.5},
+       Told::found,
+       Next::reset,
+       101.5,
+       none,
+       101.5},
+      {"repetition after the next check, no review",
+       checkEnding(same, false, kBadChecksum, false),
+       {.told = kBadChecksum, .repetitions = 1, .scheduled = 101.5, .firstCheck = 10},
+       Told::nothing,
+       Next::check,
+       102,
+       none,
+       102.5},
+      {"an answer after a failure", checkEnding(same, false, kIdentified, true, true), checked,
+       Told::nothing, Next::reset, 100, none},
+      {"an answer after a failure, soon after a reset",
+       checkEnding(same, false, kIdentified, true, true),
+       {.told = kIdentified, .lastReset = 99.5, .firstCheck = 99.7},
+       Told::nothing,
+       Next::reset,
+       101.5,
+       none},
+      {"gone at the first check",
+       checkEnding(gone, true, kIdentified),
+       {.repetitions = 1, .mismatches = 1},
+       Told::ending,
+       Next::reset,
+       100,
+       none},
+      {"gone at the first check after identified", checkEnding(gone, true, kIdentified), identified,
+       Told::nothing, Next::reset, 100, kUnreadable},
+      {"gone later", checkEnding(gone, false, kIdentified), checked, Told::nothing, Next::reset,
+       100, none},
+      {"gone soon after a reset",
+       checkEnding(gone, false, kIdentified),
+       {.told = kIdentified, .lastReset = 99, .firstCheck = 99.2},
+       Told::nothing,
+       Next::reset,
+       101,
+       none},
       {"another serial number",
-       [](auto& s) { return afterCheck(Checked::otherSerialNumber, true, s); },
-       memory(1, 90, 0, 95), nothing, Next::reset, 100, 1, kNever},
+       checkEnding(otherSerialNumber, true, kIdentified),
+       {.repetitions = 1},
+       Told::nothing,
+       Next::reset,
+       100,
+       none,
+       kNever,
+       1},
       {"another area header, soon after a reset",
-       [](auto& s) { return afterCheck(Checked::otherAreaHeader, true, s); }, memory(0, 0, 0, 99.5),
-       nothing, Next::reset, 101.5, 1, kNever},
-      {"another one again", [](auto& s) { return afterCheck(Checked::otherSerialNumber, true, s); },
-       memory(0, 0, 1, 95), unstable, Next::reset, 100, 2, kNever},
-      {"another one again, of a supply that was told",
-       [](auto& s) { return afterCheck(Checked::otherSerialNumber, false, s); },
-       memory(0, 0, 1, 95), nothing, Next::reset, 100, 2, kNever},
+       checkEnding(otherAreaHeader, true, kIdentified),
+       {.lastReset = 99.5},
+       Told::nothing,
+       Next::reset,
+       101.5,
+       none,
+       kNever,
+       1},
+      {"another one again",
+       checkEnding(otherSerialNumber, true, kIdentified),
+       {.mismatches = 1},
+       Told::unstable,
+       Next::reset,
+       100,
+       none,
+       kNever,
+       2},
+      {"another one again after identified",
+       checkEnding(otherSerialNumber, true, kIdentified),
+       {.told = kIdentified, .mismatches = 1},
+       Told::nothing,
+       Next::reset,
+       100,
+       kUnreadable,
+       kNever,
+       2},
+      {"another one of a supply that was told",
+       checkEnding(otherSerialNumber, false, kIdentified),
+       {.told = kIdentified, .mismatches = 1},
+       Told::nothing,
+       Next::reset,
+       100,
+       none,
+       kNever,
+       2},
+      {"nothing ended yet", Ending{}, {.lastReset = 99}, Told::nothing, Next::reset, 101, none},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.what);
-    Move const move = row.after(
-        {.now = 100, .timings = {.pollInterval = 2, .pollDelay = 0.5}, .memory = row.before});
+    Situation situation{.now = 100,
+                        .timings = {.pollInterval = 2, .pollDelay = 0.5, .reviewInterval = 30},
+                        .memory = {}};
+    Memory& memory = situation.memory;
+    for (int i = 0; i < row.before.repetitions; ++i) {
+      memory.backOff.schedule(row.before.scheduled);
+    }
+    memory.lastReset = row.before.lastReset;
+    memory.firstCheck = row.before.firstCheck;
+    memory.told = row.before.told;
+    memory.unconfirmed = row.before.unconfirmed;
+    memory.mismatches = row.before.mismatches;
+    Move const move = after(row.ending, situation);
     EXPECT_EQ(move.told, row.told);
     EXPECT_EQ(move.next, row.next);
     EXPECT_DOUBLE_EQ(move.at, row.at);
-    EXPECT_EQ(move.memory.mismatches, row.mismatches);
+    EXPECT_EQ(move.memory.unconfirmed, row.unconfirmed);
     EXPECT_EQ(move.memory.backOff.due(), row.repetition);
+    EXPECT_EQ(move.memory.mismatches, row.mismatches);
     EXPECT_EQ(move.memory.lastReset, row.before.lastReset);
   }
 }

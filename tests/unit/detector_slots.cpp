@@ -61,14 +61,20 @@ TEST(DetectorSlots, nameTheDescriptorThatGaveTheFdl) {
   }
 }
 
+/// Writes an FDL, though it manages nothing.
+struct Meddling final : Ipmi::SupportedPowerSupplyDescriptorBase {
+  explicit Meddling(Slot& slot) : SupportedPowerSupplyDescriptorBase("meddling"), slot_(slot) {}
+  void doGenerateFdl(Kex::Ptr<Ipmi::IdpromContents> const&) override {
+    slot_.identifier->fdlIs("mine");
+    // Somebody else's walk stands at a descriptor that manages something else.
+    Slot::registry().powerSupplyDescriptorIterator();
+  }
+  Slot& slot_;
+};
+
 TEST(DetectorSlots, nameNoDescriptorThatWasNotAsked) {
-  Slot slot("......");
-  Slot::descriptorIs("stub", "Q");
-  slot.run(0.5);
-  // A walk of somebody else ends at a descriptor that manages something else.
-  Slot::registry().powerSupplyDescriptorIterator()->managedIs(true);
-  slot.identifier->fdlIs("mine");
-  slot.identifier->doIdentifySupplyRequestComplete(true);
+  Slot slot(".....");
+  Slot::registry().powerSupplyDescriptorIs(Kex::make<Meddling>(slot));
   slot.run(0.6);
   EXPECT_EQ(slot.supply().fdl, "mine");
   EXPECT_EQ(slot.supply().descriptor, std::nullopt);
@@ -114,11 +120,11 @@ TEST(DetectorSlots, replaceAnIdentifierByASecondOfItsName) {
 }
 
 TEST(DetectorSlots, forgetTheSupplyBeforeTheNextPoll) {
-  Slot slot(".....1");
-  slot.run(2.2);
+  Slot slot(".....0");
+  slot.run(1.2);
   EXPECT_EQ(slot.log,
             "3 PowerSupplySlot S: Identifier::handleCheckSupplyRequest(succeeded); failCount=0; "
-            "4 S: incomplete read by checkSupplyRequest: 1 < 2; fdl=; serialNum=; "
+            "4 S: incomplete read by checkSupplyRequest: 0 < 2; fdl=; serialNum=; "
             "hwError=false; state=pollForInsertion; "
             "3 PowerSupplySlot S: Identifier::doResetIdentifier() S; > 58:99<>8");
   EXPECT_FALSE(slot.identifier->idprom()->productInfo() || slot.identifier->idprom()->header());
@@ -130,7 +136,7 @@ TEST(DetectorSlots, bearAnExceptionOfTheirOwn) {
   slot.run(0.5);
   slot.identifier->pollForInsertionReadBufDel();
   slot.identifier->identifySupplyReadBufDel();
-  slot.bus->script = "1*";
+  slot.bus->script = "0*";
   slot.run(3.5);
   EXPECT_EQ(slot.supply().reason, "range exception: null ValidPtr");
   slot.identifier->pollForInsertionReadBufIs(17);

@@ -64,24 +64,31 @@ TEST(DetectorStates, followOneAnotherInTime) {
     std::vector<Event> events = {};
     Fru fru = {};
   } const rows[] = {
-      {"nothing, and a bus that hangs", "hh", 3.5, "P0 absent P2 absent"},
+      {"nothing, and a bus that hangs", "hh", 3.5, "P0 unreachable P2 unreachable"},
       {"other settings", "x*", 1.2, "P0 absent P0.5 P0.5 I0.55 I0.55 C0.55 identified C1.05",
        events(quick)},
       {"empty chunks in two identifications", "...000xxxx...0*", 2,
        "P0 P0 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 unreadable P1.2 P1.2 I1.4 I1.4 I1.4 C1.4 "
        "identified"},
-      {"a supply that is pulled", ".....xxxxx*", 4.3,
-       "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C1.45 C1.7 C1.95 P2.95 absent P3.95 P3.95 "
+      {"a supply that is pulled", ".....xxxxxx*", 4.3,
+       "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C1.45 C1.7 C1.95 P1.95 P2.95 absent P3.95 P3.95 "
        "I4.15 I4.15 C4.15 identified"},
+      {"a supply that is away for a moment", ".....xxxxx*", 3.3,
+       "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C1.45 C1.7 C1.95 P1.95 P2.95 P2.95 "
+       "I3.15 I3.15 C3.15 identified"},
+      {"an answer after a failure", ".....x*", 2.1,
+       "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C1.45 P1.45 P1.45 I1.65 I1.65 C1.65 identified"},
+      {"short answers of the same bytes", "....111", 3.1,
+       "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C2.2"},
       {"a swap between checks", "*", 3.5,
        "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C2.2 P2.2 P2.2 I2.4 I2.4 C2.4 identified C3.4",
        events(supplyAt(1.5, {.serial = "S2"}))},
       {"a swap of supplies without serial number", "*", 3,
        "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C2.2 P2.2 P2.2 I2.4 I2.4 I2.4 C2.4 identified",
        events(supplyAt(1.5, {.serial = "", .units = 3})), kWithoutSerial},
-      {"other serial numbers, and a check between that fails", "....f....1....f*", 3.5,
-       "P0 P0 I0.2 I0.2 C0.2 P1 P1 I1.2 I1.2 C1.2 unreadable P2.2 P2.2 I2.4 I2.4 C2.4 "
-       "P3.2 P3.2 I3.4 I3.4 C3.4 identified"},
+      {"other serial numbers, and a check between that fails", "....f....0....f*", 3.5,
+       "P0 P0 I0.2 I0.2 C0.2 P1 P1 I1.2 I1.2 C1.2 unreadable P2 P2 I2.2 I2.2 C2.2 "
+       "P3 P3 I3.2 I3.2 C3.2 identified"},
       {"the header of another supply", "*", 3,
        "P0 P0 I0.2 C0.2 unsupportedVersion P1.2 P1.2 I1.4 C1.4 unsupportedVersion C2.4 "
        "P2.4 P2.4 I2.6 I2.6 C2.6 identified",
@@ -129,7 +136,7 @@ TEST(DetectorStates, repeatAUselessDetectionMoreAndMoreRarely) {
       {"a poll fails", 11, "P0 P1.2 P3.4 P7.6 P8.6 P9.8", events(scriptAt(5, "..x*"))},
       {"an identification fails", 13, "P0 P1.2 P3.4 P7.6 P8.8 P10 P12.2",
        events(scriptAt(7.5, "..1*"))},
-      {"a check fails", 9.1, "P0 P1.2 P3.4 P5.6 P6.8 P9", events(scriptAt(4, "1*"))},
+      {"a check fails", 9.1, "P0 P1.2 P3.4 P4.6 P5.8 P8", events(scriptAt(4, "0*"))},
       {"a good supply", 14, "P0 P1.2 P3.4 P7.6 P9.8 P11 P13.2",
        events(supplyAt(7, {}), supplyAt(9, {.serial = "S2", .spoilt = 1}))},
       {"retries of the first check take longer than the interval", 3, "P0 P1.7",
@@ -160,6 +167,8 @@ TEST(DetectorStates, giveVerdictsWithReasons) {
   } const rows[] = {
       {"x", kGood, 1, "absent: reading MFR_ID failed: no acknowledge",
        R"(null null null null null )"},
+      {"h", kGood, 1, "unreachable: reading MFR_ID failed: timeout",
+       R"(null null null null null )"},
       {".", acme, 1, "unsupportedManufacturer: MFR_ID \"ACME 12\" is not supported",
        R"("ACME 12" null null null null )"},
       {".x", kGood, 2, "unreadable: reading the FRU common header failed: no acknowledge"},
@@ -172,7 +181,7 @@ TEST(DetectorStates, giveVerdictsWithReasons) {
       {"...0000", kGood, 7,
        "unreadable: reading the product info area was cut short: 0 of 14 bytes"},
       {"....xxxx", kGood, 8, "unreadable: the first check failed: no acknowledge"},
-      {"....1", kGood, 5, "unreadable: the first check was cut short: 1 of 2 bytes"},
+      {"....0", kGood, 5, "unreadable: the first check was cut short: 0 of 2 bytes"},
       {"....f....f", kGood, 10, "unreadable: serial number is not stable",
        R"("EMERSON" false "S1" null null )"},
       {"....f....f", kWithoutSerial, 10, "unreadable: the product info area's header is not stable",

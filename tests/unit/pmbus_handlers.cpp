@@ -115,9 +115,11 @@ TEST(PmbusIdentify, endsAsTheAnswerSays) {
 TEST(PmbusCheck, endsAsTheAnswerSays) {
   Row const rows[] = {
       {"third failure", "....xxx", "failCount=3; > 58:B0<0111>3"},
-      {"fourth failure", "....xxxx", "failCount=4; = unreadable; wait 1; serialNum=; mfrId="},
-      {"a short answer", "....1",
-       "4 S: incomplete read by checkSupplyRequest: 1 < 2; = unreadable; wait 1"},
+      {"fourth failure", "....xxxx", "failCount=4; = unreadable; wait 0.05; serialNum=; mfrId="},
+      {"a short answer", "....0",
+       "4 S: incomplete read by checkSupplyRequest: 0 < 2; = unreadable; wait 0.8"},
+      {"a short answer of the same bytes", "....1",
+       "4 S: incomplete read by checkSupplyRequest: 1 < 2; = identified; wait 1"},
       {"the serial number", ".....", "serialNum=S1; = identified; wait 1"},
       {"another serial number", "....f", "serialNum=S0; wait 0.8"},
       {"another long serial number", ".....f", "serialNum=ACCDEFGHIJKLMNOPQRST; wait 0.8", kLong},

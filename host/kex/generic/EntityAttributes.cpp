@@ -67,13 +67,13 @@ KexType& Entity::_fwkType() {
 
 KexType const& GenericIfEntity::type() const { return Entity::_fwkType(); }
 
-Ptr<GenericIf> GenericIfEntity::access(AttributeRequest const& request) const {
+Ptr<GenericIf> GenericIfEntity::doAccess(AttributeRequest const& request) const {
   if (request.code >= kWrite && isConst()) {
     throwConstException("attempting to modify a const instance");
   }
   auto const* const found = std::ranges::find(kAttributes, request.id, &EntityAttribute::id);
   if (found == std::end(kAttributes)) {
-    return baseGenericIf(Entity::_fwkType())->access(request);
+    return baseGenericIf(Entity::_fwkType())->doAccess(request);
   }
   if (request.index != nullptr) {
     throwBadIndexAttrException(found->name);

@@ -24,6 +24,22 @@ Ptr<PtrInterface> GenericIf::castTo(KexType const&) const {
 KexAttr const* GenericIf::attribute(Name const&) const { return nullptr; }
 
 Ptr<GenericIf> GenericIf::access(AttributeRequest const& request) const {
+  /// Tells the object at the end, also of a request that was refused halfway.
+  struct Change {
+    Ptr<PtrInterface> object;
+    ~Change() {
+      if (object) {
+        object->handleOutsideChange();
+      }
+    }
+  };
+  KexAttr const* const attribute = type().attr(request.id);
+  bool const isCall = attribute != nullptr && attribute->introspectionFlags().isFunction();
+  Change const change{isCall || request.code >= kWrite ? object() : Ptr<PtrInterface>()};
+  return doAccess(request);
+}
+
+Ptr<GenericIf> GenericIf::doAccess(AttributeRequest const& request) const {
   if (request.id == 0) {
     throwRangeException(
         format("%s: attributes with identifier 0 are declared only and cannot be "

@@ -54,8 +54,8 @@ class KEX_API GenericIf : public PtrInterface {
   /// The attribute of this name; null when there is none.
   virtual KexAttr const* attribute(Name const& name) const;
   /// Carries `request` out. Null where there is nothing to answer. Throws a range exception for an
-  /// identifier that is no attribute's.
-  virtual Ptr<GenericIf> access(AttributeRequest const& request) const;
+  /// identifier that is no attribute's. An object that the request may have changed is told.
+  Ptr<GenericIf> access(AttributeRequest const& request) const;
   /// A walk over a collection attribute.
   virtual Ptr<GenericIterator> iterator(AttributeId id) const;
 
@@ -63,6 +63,9 @@ class KEX_API GenericIf : public PtrInterface {
   virtual String8 text() const = 0;
   /// The object; null when a value, or nothing, is held.
   virtual Ptr<PtrInterface> object() const { return {}; }
+
+  /// What carries requests out; see `access`.
+  virtual Ptr<GenericIf> doAccess(AttributeRequest const& request) const;
 
   /// Each throws an exception whose text is the name of what was wrong.
   [[noreturn]] static void throwTypeException(String8 const& text);
@@ -153,7 +156,7 @@ class KEX_API GenericIfEntity : public GenericIfPtrInterface {
   using GenericIfPtrInterface::GenericIfPtrInterface;
 
   KexType const& type() const override;
-  Ptr<GenericIf> access(AttributeRequest const& request) const override;
+  Ptr<GenericIf> doAccess(AttributeRequest const& request) const override;
 };
 
 }  // namespace Kex

@@ -17,8 +17,8 @@ class PlainAdapter final : public GenericIfPtrInterface {
   KexAttr const* attribute(Name const& name) const override {
     return isRoot() ? nullptr : baseGenericIf(level_)->attribute(name);
   }
-  Ptr<GenericIf> access(AttributeRequest const& request) const override {
-    return isRoot() ? GenericIf::access(request) : baseGenericIf(level_)->access(request);
+  Ptr<GenericIf> doAccess(AttributeRequest const& request) const override {
+    return isRoot() ? GenericIf::doAccess(request) : baseGenericIf(level_)->doAccess(request);
   }
   Ptr<GenericIterator> iterator(AttributeId id) const override {
     return isRoot() ? GenericIf::iterator(id) : baseGenericIf(level_)->iterator(id);

@@ -30,6 +30,8 @@ class KEX_API PtrInterface : public VFPtrInterface {
   virtual String8 path() const;
 
   void isNondestructingIs(bool isNondestructing);
+  /// Called when a request by name may have changed the object.
+  virtual void handleOutsideChange() {}
 
   /// Numbers of the reactions that every observed object has. A type numbers its own from where
   /// its base ends; at most 32 in all.
