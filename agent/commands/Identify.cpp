@@ -107,21 +107,12 @@ Status identify(Options const& options, Globals const& globals) {
 
 }  // namespace
 
-void addMfrIdOption(CLI::App& command, std::string& mfrId) {
-  command.add_option("--mfr-id", mfrId, "MFR_ID that supplies simulated from files answer")
-      ->option_text("TEXT")
-      ->check([](std::string const& text) {
-        bool const fits = !text.empty() && text.size() <= SimulatedSupply::kLongestMfrId;
-        return fits ? std::string() : inQuotes(text) + " has not 1 to 32 bytes";
-      });
-}
-
 Action prepareIdentify(CLI::App& command) {
   auto const options = std::make_shared<Options>();
   addMfrIdOption(command, options->mfrId);
-  command
-      .add_option("--wait", options->wait, "Poll for up to S seconds until a supply is identified")
-      ->option_text("S");
+  addSecondsOption(
+      command, "--wait", [options](double seconds) { options->wait = seconds; },
+      "Poll for up to S seconds until a supply is identified", 0);
   auto* const isJson =
       command.add_flag("--json", options->isJson, "Print one JSON object a line instead");
   command

@@ -20,6 +20,7 @@ namespace {
 struct Options {
   std::vector<std::string> slots;
   double pollInterval = 1.0;
+  double reviewInterval = 60.0;
   std::optional<double> duration;
   bool isJson = false;
   std::string mfrId = "EMERSON";
@@ -74,6 +75,7 @@ Status monitor(Options const& options, Globals const& globals) {
       watched.push_back(
           std::make_unique<WatchedSlot>(slots.names[i], source.text(), open, plugin, reporting));
       watched.back()->slot().pollIntervalIs(options.pollInterval);
+      watched.back()->slot().reviewIntervalIs(options.reviewInterval);
     });
   }
   std::optional<Recorder> recorder;
@@ -95,12 +97,18 @@ Action prepareMonitor(CLI::App& command) {
       ->expected(1)
       ->take_all()
       ->required();
-  command.add_option("--poll-interval", options->pollInterval, "Seconds between polls or checks")
-      ->option_text("S [1]")
-      ->check(CLI::Range(0.001, 86400.0));
-  command.add_option("--duration", options->duration, "Seconds after which to end")
-      ->option_text("S")
-      ->check(CLI::Range(0.0, 3.2e9));
+  addSecondsOption(
+      command, "--poll-interval", [options](double seconds) { options->pollInterval = seconds; },
+      "Seconds between polls or checks")
+      .option_text("S [1]");
+  addSecondsOption(
+      command, "--review-interval",
+      [options](double seconds) { options->reviewInterval = seconds; },
+      "Seconds after which a supply is read whole again")
+      .option_text("S [60]");
+  addSecondsOption(
+      command, "--duration", [options](double seconds) { options->duration = seconds; },
+      "Seconds after which to end");
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
   command.add_option("--record", options->record, "Record every bus transaction")
       ->option_text("FILE");

@@ -27,7 +27,7 @@ class Reader {
 
   Scenario scenario(JsonValue const& value) {
     value.checkKeys({"duration", "slots"});
-    Scenario scenario{.duration = value.at("duration").number(0, kLongest), .slots = {}};
+    Scenario scenario{.duration = value.at("duration").number(0.001, kLongest), .slots = {}};
     for (JsonValue const& slot : value.at("slots").elements()) {
       scenario.slots.push_back(this->slot(slot, scenario.duration));
     }

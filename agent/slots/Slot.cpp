@@ -86,6 +86,10 @@ void Slot::pollIntervalIs(double seconds) {
   forEachIdentifier([seconds](auto& identifier) { identifier.pollIntervalIs(seconds); });
 }
 
+void Slot::reviewIntervalIs(double seconds) {
+  forEachIdentifier([seconds](auto& identifier) { identifier.reviewIntervalIs(seconds); });
+}
+
 void Slot::stop() {
   forEachIdentifier([](auto& identifier) { identifier.hasNotificationActiveIs(false); });
 }

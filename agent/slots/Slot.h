@@ -36,6 +36,8 @@ class Slot {
   void observerIs(Smbus::TransactionObserver* observer) { bus_->observerIs(observer); }
   /// Seconds between two polls or checks.
   void pollIntervalIs(double seconds);
+  /// See `IdentifierBase::reviewIntervalIs`.
+  void reviewIntervalIs(double seconds);
   /// Ends detection; what was found stays. It may be called from `onSupply`.
   void stop();
 

@@ -58,7 +58,7 @@ Supply unreadable(char const* what, VornRequest const& request) {
 
 Outcome outcomeOf(Supply const& supply) {
   Outcome outcome{.verdict = supply.verdict};
-  if (supply.product) {
+  if (supply.verdict == Verdict::unrecognised && supply.product) {
     using Area = Ipmi::ProductInfoArea;
     std::string texts;
     for (Kex::U8 i = 0; i < Area::kFields; ++i) {

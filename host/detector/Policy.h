@@ -40,7 +40,7 @@ enum class Next : Kex::U8 {
 /// What a detection came to, as far as two of them are compared.
 struct Outcome {
   Verdict verdict = Verdict::absent;
-  /// A digest of the texts of the product info area; 0 where there are none.
+  /// A digest of the texts that no descriptor knows; 0 for other verdicts.
   Kex::U32 texts = 0;
 
   bool operator==(Outcome const&) const = default;
