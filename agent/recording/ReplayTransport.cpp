@@ -45,7 +45,9 @@ void ReplayTransport::start(Smbus::Transaction const& transaction, Kex::U64 tick
   if (end_.empty()) {
     end_ = obstacle(transaction);
   }
-  timer_.startAt(end_.empty() ? transactions_[next_].record.time : Timer::now());
+  // A recording that began later than this run is not waited for longer than a bus would be.
+  double const latest = Timer::now() + transaction.address.busTimeout() / 1e3;
+  timer_.startAt(end_.empty() ? std::min(transactions_[next_].record.time, latest) : Timer::now());
 }
 
 std::string ReplayTransport::obstacle(Smbus::Transaction const& transaction) const {

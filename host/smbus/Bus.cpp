@@ -2,8 +2,10 @@
 #include "host/smbus/Bus.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
+#include "host/kex/time/ActivityManager.h"
 #include "host/kex/type/KexType.h"
 
 namespace Smbus {
@@ -13,11 +15,33 @@ Kex::KexType& Bus::_fwkType() {
   return record;
 }
 
-Bus::Bus(std::unique_ptr<Transport> transport) : transport_(std::move(transport)) {}
+namespace {
+
+/// What a transport may take longer than the address's bus timeout, in seconds: it fails at the
+/// timeout itself, and knows better why.
+constexpr double kGrace = 0.05;
+
+Kex::Ptr<Kex::Clock> const& processClock() { return Kex::activityManager().config().clock(); }
+
+}  // namespace
+
+/// Wakes the bus when a transport does not answer.
+class Bus::Deadline final : public Kex::Clock::NotifieeConst {
+ public:
+  explicit Deadline(Bus& bus) : NotifieeConst(processClock()), bus_(bus) {}
+
+ private:
+  void onTime() override { bus_.handleDeadline(); }
+
+  Bus& bus_;
+};
+
+Bus::Bus(std::unique_ptr<Transport> transport)
+    : transport_(std::move(transport)), deadline_(Kex::make<Deadline>(*this)) {}
 
 Kex::KexType& Bus::fwkType() const { return _fwkType(); }
 
-Bus::~Bus() = default;
+Bus::~Bus() { deadline_->isRegisteredNotifieeIs(false); }
 
 void Bus::clientQEnq(Client& client) {
   waiting_.push_back(&client);
@@ -40,7 +64,31 @@ void Bus::startNext() {
   transaction_ = current_->transaction();
   isBusy_ = true;
   current_->handleStarted();
-  transport_->start(transaction_, ++ticket_, *this);
+  due_ = processClock()->time() + transaction_.address.busTimeout() / 1e3 + kGrace;
+  // Set once for many transactions: whichever is under way then waits on.
+  if (deadline_->timeMin() > due_) {
+    deadline_->timeMinIs(due_);
+  }
+  ++ticket_;
+  try {
+    transport_->start(transaction_, ticket_, *this);
+  } catch (std::exception const& error) {
+    answerIs(ticket_, Reply::failed(ErrorKind::other, Kex::String8(error.what())));
+  } catch (...) {
+    answerIs(ticket_, Reply::failed(ErrorKind::other, "the transport threw an exception"));
+  }
+}
+
+void Bus::handleDeadline() {
+  if (!isBusy_) {
+    return;
+  }
+  if (processClock()->time() < due_) {
+    deadline_->timeMinIs(due_);
+    return;
+  }
+  answerIs(ticket_, Reply::failed(ErrorKind::timeout,
+                                  "the transport did not answer within the bus timeout"));
 }
 
 void Bus::answerIs(Kex::U64 ticket, Reply const& reply) {

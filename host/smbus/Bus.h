@@ -23,7 +23,8 @@ class KEX_API TransactionObserver {
   ~TransactionObserver() = default;
 };
 
-/// One bus: its clients wait their turn, one transaction is on the wire at a time.
+/// One bus: its clients wait their turn, one transaction is on the wire at a time. It fails one
+/// whose transport throws, or does not answer within the address's bus timeout.
 class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
  public:
   static Kex::KexType& _fwkType();
@@ -42,8 +43,12 @@ class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
   void observerIs(TransactionObserver* observer) { observer_ = observer; }
 
  private:
+  class Deadline;
+
   void answerIs(Kex::U64 ticket, Reply const& reply) override;
   void startNext();
+  /// Fails the transaction under way if its time is over, else waits on.
+  void handleDeadline();
 
   std::unique_ptr<Transport> transport_;
   std::vector<Client*> waiting_;
@@ -52,6 +57,9 @@ class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
   /// Whose transaction is on the wire; null when it was withdrawn or the bus is idle.
   Client* current_ = nullptr;
   Kex::U64 ticket_ = 0;
+  /// When the transaction under way is over, whatever its transport says; in seconds.
+  double due_ = 0;
+  Kex::Ptr<Deadline> deadline_;
   bool isBusy_ = false;
 };
 
