@@ -1,4 +1,5 @@
 # How the process tests run psu-agent.
+import json
 import os
 import pathlib
 import subprocess
@@ -20,6 +21,12 @@ def run(*arguments, stdin=b"", **options):
                           stderr=subprocess.PIPE, check=False,
                           **{"stdout": subprocess.PIPE} | options)
     return done.returncode, done.stdout, done.stderr.decode("utf-8", "replace").splitlines()
+
+
+def models():
+    """The short names of all descriptor types that the plug-in registers."""
+    return {each["shortName"] for each in json.loads(run("types", "--json")[1])
+            if each["name"].startswith("Emerson::IpmiIdentifier::")}
 
 
 class Case(unittest.TestCase):

@@ -4,7 +4,7 @@ import subprocess
 import sys
 import unittest
 
-from agent import SAMPLES, SOURCE, Case, run
+from agent import SAMPLES, SOURCE, Case, models, run
 
 ENTRIES = json.loads((SAMPLES / "fru.json").read_text(encoding="utf-8"))
 FDL_FIELDS = {"fru.mfgName": "manufacturer", "fru.hardwareRev": "product-version",
@@ -35,12 +35,16 @@ def expected_fdl(entry):
 
 
 class Models(Case):
+    def test_every_model_has_a_sample(self):
+        sampled = {entry["descriptor"] for entry in ENTRIES if "descriptor" in entry}
+        self.assertEqual(sampled, models(), "models sampled, and models")
+
     def test_images_are_those_of_the_list(self):
         done = make_fru("--all", SAMPLES / "fru.json", "-o", self.folder)
         self.assertEqual(done.returncode, 0, done.stderr)
         made, kept = ({path.relative_to(root): path.read_bytes() for path in root.rglob("*.fru")}
                       for root in (self.folder, SAMPLES))
-        self.assertEqual(made.keys(), kept.keys())
+        self.assertEqual(set(made), set(kept))
         self.assertEqual([str(name) for name in made if made[name] != kept[name]], [])
 
     def test_identified(self):

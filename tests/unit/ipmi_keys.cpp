@@ -1,7 +1,9 @@
 // Which keys each descriptor type accepts, and the near misses that none does.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -70,6 +72,13 @@ Names accepting(std::string ipmiTest::Fields::*field, std::string const& key) {
     }
   }
   return names;
+}
+
+TEST(IpmiKeys, everyTypeHasARow) {
+  for (std::string_view const type : Emerson::IpmiIdentifier::kTypeNames) {
+    EXPECT_TRUE(std::ranges::any_of(kRows, [&](auto const& row) { return row.type == type; }))
+        << type << " has no row";
+  }
 }
 
 TEST(IpmiKeys, onlyTheRightTypeAccepts) {
