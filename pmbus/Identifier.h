@@ -67,6 +67,7 @@ class Identifier : public Ipmi::IdentifierBase {
   void handleConstructed();
 
   Hardware::SmbusDeviceId deviceId() const { return deviceId_; }
+  /// PMBus command code through which FRU data is read.
   Kex::U8 fruInfoCommand() const { return fruInfoCommand_; }
   /// Address of every FRU read.
   Smbus::VornAddress const& vornAddr() const { return vornAddr_; }
@@ -74,6 +75,7 @@ class Identifier : public Ipmi::IdentifierBase {
   /// The encoding of `vornAddr`.
   Kex::U64 fruInfoAddr() const { return vornAddr_.encoded(); }
   void fruInfoAddrIs(Kex::U64 encoded) { vornAddr_ = Smbus::VornAddress(encoded); }
+  /// Bytes of data, the count byte aside.
   Kex::U32 maxBytesReadInProcessCall() const { return kMaxBytesReadInProcessCall; }
   Smbus::VornAddress const& mfrIdAddr() const { return mfrIdAddr_; }
   void mfrIdAddrIs(Smbus::VornAddress const& address) { mfrIdAddr_ = address; }
@@ -93,9 +95,14 @@ class Identifier : public Ipmi::IdentifierBase {
   void mfrIdSupportedNotify(Kex::String8 const& /*key*/) {}
   MfrIdTable const& mfrIdSupportedTable() const { return mfrIdSupported_; }
 
-  /// The six transfer buffers; what the three operations of each do, `TransferBuf` tells.
   using BufPtr = TransferBuf::BufPtr;
   using Size = Kex::U32;
+
+  /// @name The six transfer buffers
+  /// @{
+
+  /// The buffer; a new one of `size` bytes; the one that there is, resized to `size` bytes, else a
+  /// new one; the one that was there, cleared. As `TransferBuf` does it, with its errors.
   BufPtr const& pollForInsertionWriteBuf() const { return pollWriteBuf_.buf(); }
   BufPtr newPollForInsertionWriteBuf(Size size) const { return pollWriteBuf_.create(size); }
   BufPtr pollForInsertionWriteBufIs(Size size) { return pollWriteBuf_.sizeIs(size); }
@@ -120,6 +127,7 @@ class Identifier : public Ipmi::IdentifierBase {
   BufPtr newCheckSupplyReadBuf(Size size) const { return checkReadBuf_.create(size); }
   BufPtr checkSupplyReadBufIs(Size size) { return checkReadBuf_.sizeIs(size); }
   BufPtr checkSupplyReadBufDel() { return checkReadBuf_.del(); }
+  /// @}
 
  private:
   Kex::String8 const& slotName() const { return config()->name().str(); }

@@ -29,6 +29,7 @@ class IdentifierFactory final : public PowerSupplyDetector::IdentifierFactoryBas
       Kex::Ptr<Hardware::PowerSupplySlot::SlotStatus> const& status) override;
 };
 
+/// Reacts to changes of a factory of this type.
 class IdentifierFactory::NotifieeConst
     : public Kex::NotifieeConstOf<IdentifierFactory,
                                   PowerSupplyDetector::IdentifierFactoryBase::NotifieeConst> {
@@ -36,6 +37,7 @@ class IdentifierFactory::NotifieeConst
   using NotifieeConstOf::NotifieeConstOf;
 };
 
+/// The same, for reactors that change what they observe.
 class IdentifierFactory::Notifiee
     : public Kex::NotifieeOf<IdentifierFactory, IdentifierFactory::NotifieeConst> {
  public:

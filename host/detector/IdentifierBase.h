@@ -95,6 +95,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual void fdlIs(Kex::String8 fdl) { fdl_ = std::move(fdl); }
   virtual void hwErrorIs(bool hwError) { hwError_ = hwError; }
   virtual void initializedIs(bool initialized) { initialized_ = initialized; }
+  /// Consecutive failed transactions.
   virtual void failCountIs(Kex::U8 failCount) { failCount_ = failCount; }
   virtual void pollDelayIs(double seconds);
   virtual void constructedIs(bool constructed);
@@ -130,6 +131,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   Kex::Ptr<Fru::Gpo> const& presentGpo() const { return presentGpo_; }
   Kex::String8 const& identifierName() const { return identifierName_; }
   IdentifierState state() const { return state_; }
+  /// The state as its number, 0 to 4.
   Kex::U8 stateNumber() const { return state_; }
   double pollInterval() const { return timings_.pollInterval; }
   double reviewInterval() const { return timings_.reviewInterval; }

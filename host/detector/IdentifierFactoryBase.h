@@ -33,6 +33,7 @@ class KEX_API IdentifierFactoryBase::NotifieeConst
   using NotifieeConstOf::NotifieeConstOf;
 };
 
+/// The same, for reactors that change what they observe.
 class KEX_API IdentifierFactoryBase::Notifiee
     : public Kex::NotifieeOf<IdentifierFactoryBase, IdentifierFactoryBase::NotifieeConst> {
  public:

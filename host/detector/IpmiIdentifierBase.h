@@ -31,8 +31,10 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
   virtual BufPtr commonAreaBufDel() { return commonAreaBuf_.ptrIs({}); }
   virtual BufPtr commonAreaBufIs(Kex::U32 size);
   virtual BufPtr productInfoHeaderBufDel() { return productInfoHeaderBuf_.ptrIs({}); }
+  /// See `commonAreaBufDel`.
   virtual BufPtr productInfoHeaderBufIs(Kex::U32 size);
   virtual BufPtr productInfoBufDel() { return productInfoBuf_.ptrIs({}); }
+  /// See `commonAreaBufDel`.
   virtual BufPtr productInfoBufIs(Kex::U32 size);
   virtual Kex::Ptr<IdpromContents> idpromDel() { return idprom_.ptrIs({}); }
   /// Makes a fresh record.

@@ -20,7 +20,9 @@ class KEX_API BufBase : public Kex::Owned {
   Kex::KexType& fwkType() const override;
   ~BufBase() override;
 
+  /// The capacity in bytes.
   Kex::U32 size() const { return static_cast<Kex::U32>(bytes_.size()); }
+  /// The current length in bytes, at most `size`.
   Kex::U32 len() const { return len_; }
   /// Sets the length; the bytes stay as they stand. Throws a range exception beyond the capacity.
   void lenIs(Kex::U32 length);

@@ -69,6 +69,7 @@ class KEX_API SlotStatus::NotifieeConst
   void react(unsigned reaction) override;
 };
 
+/// The same, for reactors that change what they observe.
 class KEX_API SlotStatus::Notifiee : public Kex::NotifieeOf<SlotStatus, SlotStatus::NotifieeConst> {
  public:
   using NotifieeOf::NotifieeOf;

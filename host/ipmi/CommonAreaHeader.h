@@ -35,6 +35,7 @@ class KEX_API CommonAreaHeader final : public Kex::PtrInterface {
   /// What makes the header unacceptable: another version than 1, else a wrong checksum, else a
   /// product info area at 0. None for an accepted header.
   std::optional<RecordFault> fault() const;
+  /// As they stand on the wire, the checksum last.
   std::array<Kex::U8, kLength> const& bytes() const { return bytes_; }
 
  private:

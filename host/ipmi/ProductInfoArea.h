@@ -66,7 +66,9 @@ class KEX_API ProductInfoArea final : public Kex::PtrInterface {
   Kex::String8 const& partNumber() const { return field(kPartNumber).text; }
   Kex::String8 const& productVersion() const { return field(kProductVersion).text; }
   Kex::String8 const& serialNumber() const { return field(kSerialNumber).text; }
+  /// Of its stored bytes, from the start of the area; 0 where there is none.
   Kex::U8 serialNumberOffset() const { return field(kSerialNumber).offset; }
+  /// Number of its stored bytes; 0 where there is none.
   Kex::U8 serialNumberLength() const { return field(kSerialNumber).length; }
   /// One field; of `kFields` there is none.
   AreaField const& field(Field which) const { return fields_[which]; }

@@ -52,6 +52,7 @@ class KEX_API SupportedPowerSupplyDescriptorBase::NotifieeConst
   void react(unsigned reaction) override;
 };
 
+/// The same, for reactors that change what they observe.
 class KEX_API SupportedPowerSupplyDescriptorBase::Notifiee
     : public Kex::NotifieeOf<SupportedPowerSupplyDescriptorBase,
                              SupportedPowerSupplyDescriptorBase::NotifieeConst> {

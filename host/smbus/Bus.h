@@ -29,6 +29,7 @@ class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
  public:
   static Kex::KexType& _fwkType();
 
+  /// The transport is the bus's from now on; not null.
   explicit Bus(std::unique_ptr<Transport> transport);
   Kex::KexType& fwkType() const override;
   ~Bus() override;

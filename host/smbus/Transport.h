@@ -20,6 +20,7 @@ struct Block {
   std::array<Kex::U8, kMaxBlock> bytes{};
   Kex::U8 length = 0;
 
+  /// The bytes up to the length, as long as the block stands.
   std::span<Kex::U8 const> view() const { return {bytes.data(), length}; }
 };
 

@@ -14,7 +14,9 @@ class KEX_API SmbusDeviceId {
   static Kex::KexType& _fwkType();
 
   constexpr SmbusDeviceId() = default;
+  /// Any byte, also one above the 7 bits of an address.
   constexpr SmbusDeviceId(Kex::U8 value) : value_(value) {}
+  /// As it was configured, not checked.
   constexpr Kex::U8 value() const { return value_; }
   bool operator==(SmbusDeviceId const&) const = default;
 
@@ -28,7 +30,9 @@ KEX_API Kex::String8 valueToStrep(SmbusDeviceId const& value);
 /// How long a transaction may take, in milliseconds.
 class SmbusTimeout {
  public:
+  /// 0 to 65,535 ms.
   constexpr explicit SmbusTimeout(std::uint16_t milliseconds) : milliseconds_(milliseconds) {}
+  /// See the constructor.
   constexpr std::uint16_t milliseconds() const { return milliseconds_; }
 
  private:
@@ -44,6 +48,7 @@ class KEX_API U7 {
  public:
   /// Throws the range exception "U7::value < 0 or > 0x7f not allowed".
   explicit U7(Kex::U8 value);
+  /// 0 to 0x7F.
   Kex::U8 value() const { return value_; }
 
  private:
@@ -64,11 +69,16 @@ class KEX_API VornAddress {
   static Kex::KexType& _fwkType();
 
   constexpr VornAddress() = default;
+  /// `encoded` has the layout above.
   constexpr explicit VornAddress(Kex::U64 encoded) : encoded_(encoded) {}
 
+  /// In the layout above.
   constexpr Kex::U64 encoded() const { return encoded_; }
+  /// The 7-bit device address.
   constexpr Kex::U8 device() const { return static_cast<Kex::U8>(encoded_ & 0x7f); }
+  /// The command code.
   constexpr Kex::U8 offset() const { return static_cast<Kex::U8>(encoded_ >> 8); }
+  /// In milliseconds.
   constexpr std::uint16_t busTimeout() const { return static_cast<std::uint16_t>(encoded_ >> 16); }
 
   void deviceIs(U7 device) { fieldIs(0, 0x7f, device.value()); }

@@ -11,6 +11,7 @@ namespace Tables {
 /// "Kex::GenericIf::List_" when there is no list.
 class ArgumentReader {
  public:
+  /// `list` outlives the reader.
   explicit ArgumentReader(Kex::GenericIf const* list);
 
   /// The next argument; throws a type exception naming it when it is missing or does not convert.

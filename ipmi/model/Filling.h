@@ -28,6 +28,7 @@ class Argument {
   Argument& operator=(Argument const&) = delete;
   ~Argument() = default;
 
+  /// Lives as long as the argument.
   std::string_view text() const { return text_; }
 
  private:

@@ -28,6 +28,7 @@ enum class Airflow : std::uint8_t { frontToBack, backToFront };
 
 /// The one or two keys that a model accepts, in the order they are tried; an empty one is none.
 struct AcceptedKeys : std::array<std::string_view, 2> {
+  /// An empty key is none.
   constexpr AcceptedKeys(std::string_view first = "", std::string_view second = "")
       : array{first, second} {}
 };

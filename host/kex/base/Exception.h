@@ -30,6 +30,7 @@ class KEX_API Exception : public std::exception {
 
   /// The text alone; valid as long as the exception.
   char const* what() const noexcept override { return text_.charPtr(); }
+  /// One of `Id`.
   U32 id() const { return id_; }
   bool isUserError() const { return isUserError_; }
   /// A few words for a person: "range", "type", "operation not supported", ...

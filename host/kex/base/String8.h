@@ -29,7 +29,9 @@ class KEX_API String8 {
 
   /// The bytes, ended by a NUL.
   char const* charPtr() const noexcept { return bytes_.c_str(); }
+  /// The bytes, as long as the string is not changed.
   std::string_view view() const noexcept { return bytes_; }
+  /// In bytes.
   U32 len() const noexcept { return static_cast<U32>(bytes_.size()); }
   bool empty() const noexcept { return bytes_.empty(); }
 

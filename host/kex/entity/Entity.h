@@ -73,6 +73,7 @@ class KEX_API Entity::NotifieeConst : public NotifieeConstOf<Entity, PtrInterfac
   void react(unsigned reaction) override;
 };
 
+/// The same, for reactors that change what they observe.
 class KEX_API Entity::Notifiee : public NotifieeOf<Entity, Entity::NotifieeConst> {
  public:
   using NotifieeOf::NotifieeOf;

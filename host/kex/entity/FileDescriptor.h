@@ -10,10 +10,12 @@ class KEX_API FileDescriptor : public Entity {
  public:
   static KexType& _fwkType();
 
+  /// `fd` stays the property of who opened it.
   FileDescriptor(Name name, int fd) : Entity(std::move(name)), fd_(fd) {}
   KexType& fwkType() const override;
   ~FileDescriptor() override;
 
+  /// Open as long as its owner keeps it so.
   int fd() const { return fd_; }
 
  private:

@@ -21,6 +21,7 @@ class KEX_API Place {
   /// `owner` may be null: nowhere. It is not owned, and outlives the place.
   Place(PtrInterface const* owner, Name name) : owner_(owner), name_(std::move(name)) {}
 
+  /// Null for nowhere. Not owned.
   PtrInterface const* owner() const { return owner_; }
   Name const& name() const { return name_; }
   /// The owner's path and the name; empty where the owner has none.

@@ -5,8 +5,10 @@
 
 namespace Kex {
 
+/// Whether a type is a `Ptr`.
 template <class T>
 struct IsPtr : std::false_type {};
+/// See `IsPtr`.
 template <class T>
 struct IsPtr<Ptr<T>> : std::true_type {};
 

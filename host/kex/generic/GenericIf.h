@@ -70,6 +70,7 @@ class KEX_API GenericIf : public PtrInterface {
   /// Each throws an exception whose text is the name of what was wrong.
   [[noreturn]] static void throwTypeException(String8 const& text);
   [[noreturn]] static void throwConstException(String8 const& text);
+  /// `code` is one of `OpCode`, or none that there is.
   [[noreturn]] static void throwOpNotSupportedException(Name const& attribute, U8 code,
                                                         bool isCollection);
   [[noreturn]] static void throwUnknownArgException(Name const& name);

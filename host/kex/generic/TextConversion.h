@@ -90,6 +90,7 @@ T strepToValue(String8 const& text) {
   return Strep<T>::toValue(text);
 }
 
+/// The text that `strepToValue` reads as `value`: numbers in decimal, doubles with 12 digits.
 KEX_API String8 valueToStrep(bool value);
 KEX_API String8 valueToStrep(unsigned char value);
 KEX_API String8 valueToStrep(unsigned int value);

@@ -104,6 +104,7 @@ class HashMap {
   }
 
   Iterator begin() const { return Iterator(*this); }
+  /// Number of members.
   U32 size() const { return static_cast<U32>(entries_.size()); }
   /// How many different hashes the keys have.
   U32 buckets() const {

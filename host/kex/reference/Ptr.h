@@ -42,6 +42,7 @@ class Ptr {
   /// Exchanges what both refer to.
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
 
+  /// The object, not held by what is returned; null for none.
   T* ptr() const noexcept { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
   T* operator->() const { return checked(); }

@@ -63,6 +63,7 @@ class KEX_API VFPtrInterface {
       const_cast<VFPtrInterface*>(this)->handleZeroRef();
     }
   }
+  /// Number of references.
   U32 refCount() const { return refs_.load(std::memory_order_relaxed); }
 
   /// An object marked so outlives its last reference.

@@ -80,6 +80,7 @@ class KEX_API Clock::NotifieeConst : public NotifieeConstOf<Clock, Entity::Notif
   bool isReached_ = false;
 };
 
+/// The same, for reactors that change what they observe.
 class KEX_API Clock::Notifiee : public NotifieeOf<Clock, Clock::NotifieeConst> {
  public:
   using NotifieeOf::NotifieeOf;

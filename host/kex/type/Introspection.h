@@ -41,6 +41,7 @@ class KEX_API IntrospectionReactor {
   bool isActive() const { return target_ != nullptr && target_->isOn(); }
 
   void handleNameSpace(Name const& name);
+  /// `base` is null for a root.
   void handleType(KexType& type, KexType* base);
   void handleAttr(KexAttr& attribute);
   void handleAttrContextExit();

@@ -14,6 +14,7 @@ class KEX_API KexAttrIntrospectionFlags {
   /// Throws the range exception "KexAttrIntrospectionFlags::value > 0x3f not allowed".
   explicit KexAttrIntrospectionFlags(U32 value);
 
+  /// Six bits, 0 to 0x3F.
   U32 value() const { return value_; }
   /// The attribute is called, not read.
   bool isFunction() const { return (value_ & 1U) != 0; }
@@ -46,6 +47,7 @@ class KEX_API KexAttr : public PtrInterface {
   /// How an attribute is used.
   enum class Kind : U8 { function, value, collection, instantiating };
 
+  /// `keyType` is null but for a collection. Both types live as long as the process.
   KexAttr(KexType const& owner, Name name, KexType const& valueType, KexType const* keyType,
           KexAttrFlags flags, AttributeId id)
       : owner_(owner),

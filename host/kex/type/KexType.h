@@ -41,7 +41,9 @@ class KEX_API KexType : public PtrInterface {
   static Ptr<GenericIf> genericIf(Ptr<PtrInterface> const& object, bool isConst);
 
   Name const& name() const { return name_; }
+  /// Null for none.
   KexType const* scope() const { return scope_; }
+  /// Null for a root.
   KexType* base() const { return base_; }
   /// The name under which the type was entered in the type tree, else the short name.
   String8 const& fullName() const;
@@ -49,6 +51,7 @@ class KEX_API KexType : public PtrInterface {
   bool isA(KexType const& other) const;
 
   void derivedTypeQEnq(KexType& derived) { derivedTypes_.push_back(&derived); }
+  /// In the order in which they came into being. Records live as long as the process.
   std::vector<KexType*> const& derivedTypes() const { return derivedTypes_; }
 
   /// Instance size in bytes, 0 where not declared.
@@ -117,6 +120,7 @@ KEX_API KexType& enterHostType(Ptr<KexType> const& record, std::string_view full
 KEX_API KexType& newPlainHostType(std::string_view fullName, KexType* base, std::size_t size,
                                   KexType::Creator creator = nullptr);
 
+/// `sizeof(T)` as its size; see `newPlainHostType`.
 template <class T>
 KexType& newHostType(std::string_view fullName, KexType* base) {
   KexType::Creator creator = nullptr;
