@@ -91,7 +91,7 @@ std::optional<Smbus::Block> block(JsonValue const& value, std::size_t most) {
   return block;
 }
 
-/// The kind of `record`'s failure, which recordings did not always hold.
+/// The kind of `record`'s failure; told from its text where the recording has no kinds.
 ErrorKind errorOf(JsonValue const& object, TransactionRecord const& record) {
   if (!object.has("error")) {
     bool const isNack = record.failure == Smbus::rowOf(ErrorKind::noAcknowledge).text;

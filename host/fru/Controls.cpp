@@ -14,13 +14,6 @@ Kex::KexType& IntCtrl::fwkType() const { return _fwkType(); }
 
 IntCtrl::~IntCtrl() = default;
 
-void IntCtrl::isEnabledIs(bool isEnabled) {
-  if (isEnabled_ != isEnabled) {
-    isEnabled_ = isEnabled;
-    changed(kReactionsEnd);
-  }
-}
-
 Kex::KexType& Gpo::_fwkType() {
   static Kex::KexType& record = Kex::newHostType<Gpo>("Fru::Gpo", &Kex::Entity::_fwkType());
   return record;
@@ -29,12 +22,5 @@ Kex::KexType& Gpo::_fwkType() {
 Kex::KexType& Gpo::fwkType() const { return _fwkType(); }
 
 Gpo::~Gpo() = default;
-
-void Gpo::isAssertedIs(bool isAsserted) {
-  if (isAsserted_ != isAsserted) {
-    isAsserted_ = isAsserted;
-    changed(kReactionsEnd);
-  }
-}
 
 }  // namespace Fru

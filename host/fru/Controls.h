@@ -13,12 +13,6 @@ class KEX_API IntCtrl final : public Kex::Entity {
   using Entity::Entity;
   Kex::KexType& fwkType() const override;
   ~IntCtrl() override;
-
-  bool isEnabled() const { return isEnabled_; }
-  void isEnabledIs(bool isEnabled);
-
- private:
-  bool isEnabled_ = false;
 };
 
 /// A line that can be driven.
@@ -29,12 +23,6 @@ class KEX_API Gpo final : public Kex::Entity {
   using Entity::Entity;
   Kex::KexType& fwkType() const override;
   ~Gpo() override;
-
-  bool isAsserted() const { return isAsserted_; }
-  void isAssertedIs(bool isAsserted);
-
- private:
-  bool isAsserted_ = false;
 };
 
 }  // namespace Fru

@@ -20,7 +20,8 @@ enum class Verdict : Kex::U8 {
   unsupportedVersion,       ///< the product info area has another format version than 1
   invalidChecksum,          ///< the product info area's checksum is wrong
   unrecognised,             ///< no descriptor knows the supply
-  identified,               ///< a descriptor manages the supply; stays the last one
+  identified,               ///< a descriptor manages the supply
+  kEnd,                     ///< no verdict
 };
 
 /// The stages of a supply's road, in their order. The further one of two verdicts is the one whose
@@ -74,7 +75,7 @@ constexpr VerdictRow const& rowOf(Verdict verdict) {
 /// The verdict as it is written: "absent", ...
 constexpr char const* verdictName(Verdict verdict) { return rowOf(verdict).name; }
 
-static_assert(kVerdicts.back().verdict == Verdict::identified, "a verdict has no row");
+static_assert(kVerdicts.size() == static_cast<std::size_t>(Verdict::kEnd), "a verdict has no row");
 static_assert(std::ranges::all_of(kVerdicts,
                                   [](VerdictRow const& row) {
                                     return &rowOf(row.verdict) == &row;

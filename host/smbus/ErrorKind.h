@@ -19,7 +19,8 @@ enum class ErrorKind : Kex::U8 {
   addressHeld,      ///< somebody else on this machine keeps the address
   unsupported,      ///< the bus cannot carry out such a transaction
   busBusy,          ///< the bus did not become free
-  other,            ///< anything else; always the last kind
+  other,            ///< anything else
+  kEnd,             ///< no kind
 };
 
 /// What is known of a kind.
@@ -68,7 +69,7 @@ static_assert(
           return false;
         }
       }
-      return kErrorKinds.back().kind == ErrorKind::other;
+      return kErrorKinds.size() == static_cast<std::size_t>(ErrorKind::kEnd);
     }(),
     "one row a kind, in their order, each with a name of its own");
 

@@ -141,7 +141,7 @@ inline constexpr AttrAccess instantiating{
         case Kex::kRead: return answer((target.*Get)());
         case Kex::kWrite: {
           ArgumentReader reader(request.value);
-          Kex::U32 const size = reader.next<Kex::U32>(row.access.arguments.front().name);
+          auto const size = reader.next<Kex::U32>(row.access.arguments.front().name);
           reader.end(row.name);
           return answer((target.*Create)(size));
         }
