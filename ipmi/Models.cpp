@@ -79,9 +79,9 @@ consteval bool keysUnique() {
 
 consteval bool keysHaveTheirFamilysLength() {
   return std::ranges::all_of(kModels, [](Model const& row) {
-    auto const& [one, other] = row.family->keyLengths;
-    return one == 0 || std::ranges::all_of(row.keys, [&](std::string_view key) {
-             return key.empty() || key.size() == one || key.size() == other;
+    auto const& lengths = row.family->keyLengths;
+    return lengths[0] == 0 || std::ranges::all_of(row.keys, [&lengths](std::string_view key) {
+             return key.empty() || std::ranges::find(lengths, key.size()) != lengths.end();
            });
   });
 }

@@ -2,7 +2,7 @@
 #include "agent/commands/Command.h"
 
 #include <charconv>
-#include <cmath>
+#include <system_error>
 
 #include "agent/base/Text.h"
 #include "agent/transport/SimulatedSupply.h"
@@ -10,29 +10,19 @@
 
 namespace Agent {
 
-CLI::Option& addSecondsOption(CLI::App& command, std::string const& name,
-                              std::function<void(double)> const& use, std::string const& meaning,
-                              double least) {
+CLI::Option& inSeconds(CLI::Option& option, double least) {
   constexpr double kMost = 3.2e9;  // a hundred years
-  return *command
-              .add_option_function<std::string>(
-                  name,
-                  [=](std::string const& text) {
-                    double seconds = 0;
-                    auto const [end, error] =
-                        std::from_chars(text.data(), text.data() + text.size(), seconds);
-                    // Written so that NaN does not pass.
-                    bool const fits = seconds >= least && seconds <= kMost;
-                    if (error != std::errc() || end != text.data() + text.size() || !fits) {
-                      throw CLI::ValidationError(
-                          name, Kex::format("%s is not a number of seconds from %g to %g",
-                                            inQuotes(text).c_str(), least, kMost)
-                                    .charPtr());
-                    }
-                    use(seconds);
-                  },
-                  meaning)
-              ->option_text("S");
+  return *option.option_text("S")->check([least](std::string const& text) {
+    double seconds = 0;
+    char const* const end = text.data() + text.size();
+    auto const [stop, error] = std::from_chars(text.data(), end, seconds);
+    // Written so that NaN does not pass.
+    bool const fits = error == std::errc() && stop == end && seconds >= least && seconds <= kMost;
+    return fits ? std::string()
+                : std::string(Kex::format("%s is not a number of seconds from %g to %g",
+                                          inQuotes(text).c_str(), least, kMost)
+                                  .view());
+  });
 }
 
 void addMfrIdOption(CLI::App& command, std::string& mfrId) {

@@ -29,10 +29,8 @@ Prepare prepareDoctor;
 Prepare prepareCall;
 Prepare prepareTypes;
 
-/// Adds an option that is a number of seconds from `least` to a hundred years.
-CLI::Option& addSecondsOption(CLI::App& command, std::string const& name,
-                              std::function<void(double)> const& use, std::string const& meaning,
-                              double least = 0.001);
+/// Makes `option` a number of seconds from `least` to a hundred years, and returns it.
+CLI::Option& inSeconds(CLI::Option& option, double least = 0.001);
 /// Adds `--mfr-id`, what supplies that are simulated from files answer.
 void addMfrIdOption(CLI::App& command, std::string& mfrId);
 

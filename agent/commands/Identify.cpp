@@ -110,9 +110,9 @@ Status identify(Options const& options, Globals const& globals) {
 Action prepareIdentify(CLI::App& command) {
   auto const options = std::make_shared<Options>();
   addMfrIdOption(command, options->mfrId);
-  addSecondsOption(
-      command, "--wait", [options](double seconds) { options->wait = seconds; },
-      "Poll for up to S seconds until a supply is identified", 0);
+  inSeconds(*command.add_option("--wait", options->wait,
+                                "Poll for up to S seconds until a supply is identified"),
+            0);
   auto* const isJson =
       command.add_flag("--json", options->isJson, "Print one JSON object a line instead");
   command

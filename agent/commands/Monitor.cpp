@@ -97,18 +97,13 @@ Action prepareMonitor(CLI::App& command) {
       ->expected(1)
       ->take_all()
       ->required();
-  addSecondsOption(
-      command, "--poll-interval", [options](double seconds) { options->pollInterval = seconds; },
-      "Seconds between polls or checks")
+  inSeconds(*command.add_option("--poll-interval", options->pollInterval,
+                                "Seconds between polls or checks"))
       .option_text("S [1]");
-  addSecondsOption(
-      command, "--review-interval",
-      [options](double seconds) { options->reviewInterval = seconds; },
-      "Seconds after which a supply is read whole again")
+  inSeconds(*command.add_option("--review-interval", options->reviewInterval,
+                                "Seconds after which a supply is read whole again"))
       .option_text("S [60]");
-  addSecondsOption(
-      command, "--duration", [options](double seconds) { options->duration = seconds; },
-      "Seconds after which to end");
+  inSeconds(*command.add_option("--duration", options->duration, "Seconds after which to end"));
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
   command.add_option("--record", options->record, "Record every bus transaction")
       ->option_text("FILE");
