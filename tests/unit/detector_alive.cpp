@@ -51,12 +51,12 @@ std::vector<Act> acts() {
   auto const off = [](Slot& slot, bool on) { slot.identifier->hasNotificationActiveIs(on); };
   return {
       {"notifier null and back",
-       [=](Slot& slot) { notifierIs(slot, nullptr), notifierIs(slot, slot.clock()); }},
+       [=](Slot& slot) { notifierIs(slot, nullptr), notifierIs(slot, Slot::clock()); }},
       {"another clock and back",
        [=](Slot& slot) {
-         notifierIs(slot, Kex::make<Kex::Clock>("another")), notifierIs(slot, slot.clock());
+         notifierIs(slot, Kex::make<Kex::Clock>("another")), notifierIs(slot, Slot::clock());
        }},
-      {"the same clock", [=](Slot& slot) { notifierIs(slot, slot.clock()); }},
+      {"the same clock", [=](Slot& slot) { notifierIs(slot, Slot::clock()); }},
       {"notifier by name", writing(0x207, Kex::holderOf(Slot::clock()))},
       {"doSetupCheckSupplyRequest", calling(0x216, {Kex::holderOf(true)})},
       {"doInitialize", calling(0x11b)},
