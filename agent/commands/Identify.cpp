@@ -1,7 +1,6 @@
 // psu-agent identify: prints the FDL of each source's supply.
 #include "agent/commands/Command.h"
 
-#include <cmath>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -13,7 +12,6 @@
 #include "agent/report/Report.h"
 #include "agent/slots/Candidate.h"
 #include "agent/transport/SimulatedSupply.h"
-#include "host/kex/base/Format.h"
 
 namespace Agent {
 
@@ -78,10 +76,6 @@ void print(Candidate const& candidate, Supply const& supply, Options const& opti
 }
 
 Status identify(Options const& options, Globals const& globals) {
-  if (!std::isfinite(options.wait) || options.wait < 0) {
-    throw UsageError(
-        std::string(Kex::format("--wait: %g is no number of seconds", options.wait).view()));
-  }
   std::vector<Source> const sources = parseSources(options.sources);
   Plugin const plugin(globals.library);
   Loop loop(anyLive(sources) ? ClockKind::steadyClock : ClockKind::virtualClock);
@@ -91,9 +85,7 @@ Status identify(Options const& options, Globals const& globals) {
   if (!options.record.empty()) {
     record(candidates, recorder.emplace(options.record), ledger);
   }
-  while (!ledger.attempt([&] { detect(candidates, loop, options.wait); })) {
-    // A source that fails on the way does not stop the others.
-  }
+  detect(candidates, loop, options.wait);
   for (auto const& candidate : candidates) {
     if (auto const& supply = candidate->outcome()) {
       print(*candidate, *supply, options, ledger);
