@@ -1,141 +1,33 @@
 // A slot goes on whatever somebody else does to its identifier, at whatever moment.
 #include <cmath>
-#include <functional>
 #include <stdexcept>
 
-#include "host/kex/generic/GenericIf.h"
 #include "host/kex/generic/Holder.h"
+#include "tests/support/OutsideActs.h"
 #include "tests/support/ScriptedBus.h"
 
 namespace {
 
+using busTest::Act;
 using busTest::Slot;
-using Kex::GenericIf;
 using Kex::Ptr;
 
-Ptr<GenericIf> listOf(std::initializer_list<Ptr<GenericIf>> elements) {
-  auto const list = Kex::make<GenericIf::List_>();
-  for (auto const& element : elements) {
-    list->append(element);
-  }
-  return list;
-}
-
-/// A request by name to attribute `id`; one that is refused does nothing.
-void request(Slot& slot, Kex::AttributeId id, Kex::U8 code, Ptr<GenericIf> const& value) {
-  auto const adapter = Kex::KexType::genericIf(Ptr<Kex::PtrInterface>(slot.identifier), false);
-  try {
-    adapter->access({.id = id, .code = code, .value = value.ptr()});
-  } catch (Kex::Exception const&) {
-    // The slot's state is what counts.
-  }
-}
-
-auto calling(Kex::AttributeId id, std::initializer_list<Ptr<GenericIf>> arguments = {}) {
-  return [id, list = listOf(arguments)](Slot& slot) { request(slot, id, Kex::kRead, list); };
-}
-
-auto writing(Kex::AttributeId id, Ptr<GenericIf> const& value) {
-  return [id, value](Slot& slot) { request(slot, id, Kex::kWrite, value); };
-}
-
-struct Act {
-  char const* what;
-  std::function<void(Slot&)> happen;
-};
-
+/// What is done to any identifier, and what changes how a slot is timed.
 std::vector<Act> acts() {
-  auto const notifierIs = [](Slot& slot, Ptr<Kex::Clock const> const& clock) {
-    slot.identifier->notifierIs(clock);
-  };
-  auto const off = [](Slot& slot, bool on) { slot.identifier->hasNotificationActiveIs(on); };
-  return {
-      {"notifier null and back",
-       [=](Slot& slot) { notifierIs(slot, nullptr), notifierIs(slot, Slot::clock()); }},
-      {"another clock and back",
-       [=](Slot& slot) {
-         notifierIs(slot, Kex::make<Kex::Clock>("another")), notifierIs(slot, Slot::clock());
-       }},
-      {"the same clock", [=](Slot& slot) { notifierIs(slot, Slot::clock()); }},
-      {"notifier by name", writing(0x207, Kex::holderOf(Slot::clock()))},
-      {"doSetupCheckSupplyRequest", calling(0x216, {Kex::holderOf(true)})},
-      {"doInitialize", calling(0x11b)},
-      {"doResetIdentifier", calling(0x120)},
-      {"doResetIdentifier directly", [](Slot& slot) { slot.identifier->doResetIdentifier(); }},
-      {"handlePollForInsertionRequest", calling(0x11d)},
-      {"handleIdentifySupplyRequest", calling(0x11e)},
-      {"handleCheckSupplyRequest", calling(0x11f)},
-      {"handleConstructed", calling(0x218)},
-      {"derivedConstructed 0 and 1",
-       [](Slot& slot) {
-         writing(0x217, Kex::holderOf(false))(slot);
-         writing(0x217, Kex::holderOf(true))(slot);
-       }},
-      {"mfrId", writing(0x20e, Kex::holderOf(Kex::String8("EMERSON")))},
-      {"no mfrId", writing(0x20e, Kex::holderOf(Kex::String8("")))},
-      {"buffers gone and made",
-       [](Slot& slot) {
-         for (Kex::AttributeId id = 0x210; id <= 0x215; ++id) {
-           request(slot, id, Kex::kDelete, {});
-           writing(id, listOf({Kex::holderOf(Kex::U32{17})}))(slot);
-         }
-       }},
-      {"buffers made again",
-       [](Slot& slot) {
-         for (Kex::AttributeId id = 0x210; id <= 0x215; ++id) {
-           writing(id, listOf({Kex::holderOf(Kex::U32{20})}))(slot);
-         }
-       }},
-      {"poll request replaced",
-       [](Slot& slot) { slot.identifier->pollForInsertionRequestIs(slot.vorn->newRequest()); }},
-      {"identify request replaced",
-       [](Slot& slot) { slot.identifier->identifySupplyRequestIs(slot.vorn->newRequest()); }},
-      {"check request gone and back",
-       [](Slot& slot) {
-         auto const request = slot.identifier->checkSupplyRequest();
-         slot.identifier->checkSupplyRequestDel();
-         slot.identifier->checkSupplyRequestIs(request);
-       }},
-      {"requests started",
-       [](Slot& slot) {
-         slot.identifier->checkSupplyRequest()->activeIs(true);
-         slot.identifier->pollForInsertionRequest()->activeIs(true);
-       }},
-      {"requests withdrawn",
-       [](Slot& slot) {
-         slot.identifier->pollForInsertionRequest()->activeIs(false);
-         slot.identifier->identifySupplyRequest()->activeIs(false);
-         slot.identifier->checkSupplyRequest()->activeIs(false);
-       }},
-      {"completions",
-       [](Slot& slot) {
-         slot.identifier->doPollForInsertionRequestComplete(true);
-         slot.identifier->doIdentifySupplyRequestComplete(true);
-         slot.identifier->doCheckSupplyRequestComplete(true);
-       }},
-      {"off and on", [=](Slot& slot) { off(slot, false), off(slot, true); }},
-      {"framework off, off and on, framework on",
-       [=](Slot& slot) {
-         slot.identifier->kexFwkActivityIs(false);
-         off(slot, false), off(slot, true);
-         EXPECT_FALSE(std::isfinite(slot.identifier->timeMin()));
-         slot.identifier->kexFwkActivityIs(true);
-       }},
-      {"other intervals",
-       [](Slot& slot) {
-         writing(0x105, Kex::holderOf(0.5))(slot);
-         writing(0x106, Kex::holderOf(0.1))(slot);
-         writing(0x113, Kex::holderOf(9.0))(slot);
-       }},
-      {"intervals that are none",
-       [](Slot& slot) {
-         for (double const none : {0.0, -1.0, double{NAN}, HUGE_VAL}) {
-           EXPECT_THROW(slot.identifier->pollIntervalIs(none), Kex::RangeException);
-           EXPECT_THROW(slot.identifier->pollDelayIs(none), Kex::RangeException);
-           EXPECT_THROW(slot.identifier->reviewIntervalIs(none), Kex::RangeException);
-         }
-       }},
-  };
+  auto acts = busTest::outsideActs();
+  acts.push_back({"other intervals", [](busTest::ActedOn const& on) {
+                    busTest::writeByName(on, 0x105, Kex::holderOf(0.5));
+                    busTest::writeByName(on, 0x106, Kex::holderOf(0.1));
+                    busTest::writeByName(on, 0x113, Kex::holderOf(9.0));
+                  }});
+  acts.push_back({"intervals that are none", [](busTest::ActedOn const& on) {
+                    for (double const none : {0.0, -1.0, double{NAN}, HUGE_VAL}) {
+                      EXPECT_THROW(on.identifier->pollIntervalIs(none), Kex::RangeException);
+                      EXPECT_THROW(on.identifier->pollDelayIs(none), Kex::RangeException);
+                      EXPECT_THROW(on.identifier->reviewIntervalIs(none), Kex::RangeException);
+                    }
+                  }});
+  return acts;
 }
 
 int underWay(Slot const& slot) {
@@ -166,7 +58,7 @@ TEST(DetectorAlive, whateverIsDoneToIt) {
   // What is made once is made now.
   for (Act const& act : acts()) {
     Slot slot("*");
-    act.happen(slot.run(1));
+    act.happen({slot.run(1).identifier, slot.vorn});
   }
   std::size_t const before = Kex::VFPtrInterface::liveObjects();
   for (Act const& act : acts()) {
@@ -175,7 +67,7 @@ TEST(DetectorAlive, whateverIsDoneToIt) {
       Slot slot(moment.script);
       Slot::descriptorIs("stub", "P");
       slot.run(moment.at);
-      act.happen(slot);
+      act.happen({slot.identifier, slot.vorn});
       EXPECT_LE(underWay(slot), 1);
       for (double const later : {0.01, 0.3, 1.0}) {
         slot.run(moment.at + later);
@@ -253,6 +145,14 @@ TEST(DetectorAlive, startsNothingWhileItIsOff) {
   Slot slot("....");
   Slot::registry().powerSupplyDescriptorIs(Kex::make<SwitchingOff>(slot));
   EXPECT_EQ(slot.run(5).timeline, "P0 P0 I0.2 I0.2");
+}
+
+TEST(DetectorAlive, standsStillWhileTheFrameworkIsOff) {
+  Slot slot("*");
+  slot.run(0.5).identifier->kexFwkActivityIs(false);
+  slot.identifier->hasNotificationActiveIs(false);
+  slot.identifier->hasNotificationActiveIs(true);
+  EXPECT_EQ(slot.run(5).timeline, "P0 P0 I0.2 I0.2 C0.2 unrecognised");
 }
 
 TEST(DetectorAlive, keepsTheOneBeforeWhenInitialisingFails) {

@@ -1,0 +1,299 @@
+// A slot of which everything that happens to it is chosen: the bus's answers, outside acts, pauses.
+#include "tests/explore/Rig.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "host/ipmi/SupportedPowerSupplyRegistry.h"
+#include "host/kex/base/Format.h"
+#include "host/kex/time/ActivityManager.h"
+#include "tests/explore/Inside.h"
+#include "tests/support/Fru.h"
+
+namespace explore {
+
+using Hardware::VornRequest;
+using Hardware::PowerSupplySlot::Verdict;
+using PowerSupplyDetector::IdentifierBase;
+using PowerSupplyDetector::Next;
+
+namespace {
+
+/// Far less than what is told apart, and more than how times are rounded.
+constexpr double kNoTime = 1e-5;
+/// When the bus gives a transaction up, in seconds from its start.
+constexpr double kBusTimeout = 1;
+constexpr double kGrace = 0.05;
+
+struct Known {
+  busTest::Fru fru;
+  Agent::SimulatedSupply answers;
+  explicit Known(busTest::Fru const& what) : fru(what), answers(what.supply()) {}
+  Kex::String8 fdl() const {
+    return Kex::format("model %s, serial number %s", fru.part.c_str(), fru.serial.c_str());
+  }
+};
+
+Known const& known(Supply supply) {
+  static Known const all[] = {Known({.part = "E", .serial = "Z"}),
+                              Known({.part = "S", .serial = "Z"}),
+                              Known({.part = "S", .serial = ""})};
+  return all[supply];
+}
+
+Kex::ActivityManager& loop() { return Kex::activityManager(); }
+
+[[noreturn]] void wrong(Kex::String8 const& what) { throw std::runtime_error(what.charPtr()); }
+
+}  // namespace
+
+/// Tells when detection starts over.
+class Rig::Watched final : public Emerson::PmbusIdentifier::Identifier {
+ public:
+  template <class... Arguments>
+  explicit Watched(Rig& rig, Arguments&&... arguments)
+      : Identifier(std::forward<Arguments>(arguments)...), rig_(rig) {}
+
+  void doResetIdentifier() override {
+    rig_.reset();
+    Identifier::doResetIdentifier();
+  }
+
+ private:
+  Rig& rig_;
+};
+
+/// Manages the supplies of one part number, and says in the FDL which one it was shown.
+class Rig::Model final : public Ipmi::SupportedPowerSupplyDescriptorBase {
+ public:
+  Model(char const* name, char const* part)
+      : SupportedPowerSupplyDescriptorBase(name), part_(part) {}
+  static void rigIs(Rig* rig) {
+    rig_ = rig;
+    static bool const areThere = [] {
+      auto const registry = Kex::Entity::singleton<Ipmi::SupportedPowerSupplyRegistry>();
+      registry->powerSupplyDescriptorIs(Kex::make<Model>("first", "E"));
+      registry->powerSupplyDescriptorIs(Kex::make<Model>("second", "S"));
+      return true;
+    }();
+    static_cast<void>(areThere);
+  }
+
+  void doGenerateFdl(Kex::Ptr<Ipmi::IdpromContents> const& idprom) override {
+    auto const product = idprom->productInfo();
+    managedIs(product->partNumber() == part_);
+    fdlIs(managed()
+              ? Kex::format("model %s, serial number %s", part_, product->serialNumber().charPtr())
+              : Kex::String8());
+    if (rig_->interfere_) {
+      std::exchange(rig_->interfere_, {})(*rig_);
+    }
+  }
+
+ private:
+  static inline Rig* rig_ = nullptr;
+  char const* part_;
+};
+
+void Rig::Wire::start(Smbus::Transaction const& transaction, Kex::U64 ticket,
+                      Smbus::AnswerSink& sink) {
+  pending.reset();
+  rig_.started(transaction);
+  if (std::exchange(throwsAtStart, false)) {
+    throw 1;
+  }
+  pending = {transaction, ticket, &sink, rig_.now()};
+}
+
+Rig::Rig()
+    : wire_(new Wire(*this)),
+      bus_(Kex::make<Smbus::Bus>(std::unique_ptr<Smbus::Transport>(wire_))),
+      vorn_(Kex::make<Hardware::Vorn>(bus_)),
+      status_(Kex::make<Hardware::PowerSupplySlot::SlotStatus>("status")),
+      driver_(Kex::make<PowerSupplyDetector::SlotDriver>("driver")) {
+  Model::rigIs(this);
+  // Whole seconds so late that a second more does not change how times are rounded.
+  constexpr double kStart = 0x1p33;
+  run(std::max(kStart, std::floor(now()) + 1));
+  identifier_ = Kex::make<Watched>(
+      *this, loop().config().clock(),
+      Kex::make<Hardware::PowerSupplySlot::SlotConfig>("S", Kex::make<SmbusVorn::VornDesc>(vorn_)),
+      status_, vorn_->newRequest(), vorn_->newRequest(), vorn_->newRequest(), nullptr, nullptr,
+      nullptr, Kex::U8{0x58}, Kex::U8{0xB0});
+  lastReset_ = now();
+  identifier_->pollIntervalIs(kPollInterval);
+  identifier_->pollDelayIs(kPollDelay);
+  identifier_->reviewIntervalIs(kReviewInterval);
+  identifier_->hasNotificationActiveIs(true);
+  driver_->identifierIs("EmersonPmbus", identifier_);
+  run(now());
+  check();
+}
+
+Rig::~Rig() = default;
+
+double Rig::now() const { return loop().config().clock()->time(); }
+
+void Rig::run(double until) {
+  loop().runUntil(until);
+  if (status_) {
+    seePublished();
+  }
+}
+
+void Rig::started(Smbus::Transaction const& transaction) {
+  seePublished();
+  if (transaction.write.length != 0) {
+    return;
+  }
+  ++detections_;
+  seen_ = 0;
+}
+
+void Rig::reset() {
+  if (isActing_) {
+    return;
+  }
+  if (now() < lastReset_ + kPollInterval - kNoTime) {
+    wrong(Kex::format("detection started over %g s after the last time", now() - lastReset_));
+  }
+  lastReset_ = now();
+}
+
+void Rig::seePublished() {
+  if (std::exchange(version_, status_->version()) == status_->version() || !status_->supply() ||
+      status_->supply()->verdict != Verdict::identified) {
+    return;
+  }
+  auto const& fdl = status_->supply()->fdl;
+  for (unsigned supply = 0; supply < kSupplies; ++supply) {
+    if ((seen_ >> supply & 1U) != 0 && known(Supply{supply}).fdl() == fdl) {
+      return;
+    }
+  }
+  wrong(Kex::format("'%s' is told, and was not in the slot", fdl.charPtr()));
+}
+
+void Rig::check() {
+  unsigned underWay = 0;
+  for (auto const& request :
+       {identifier_->pollForInsertionRequest(), identifier_->identifySupplyRequest(),
+        identifier_->checkSupplyRequest()}) {
+    underWay += request->isUnderWay() ? 1U : 0U;
+  }
+  bool const isWaiting = std::isfinite(identifier_->timeMin());
+  if (underWay + (isWaiting ? 1U : 0U) != 1) {
+    wrong(Kex::format("%u requests are under way, and a deadline is %s", underWay,
+                      isWaiting ? "set" : "not set"));
+  }
+  if (underWay != 0 && !isOnWire()) {
+    wrong("a request is under way, and no transaction");
+  }
+}
+
+bool Rig::covers(Flip const& flip) const {
+  auto const& asked = wire_->pending->transaction;
+  if (!flip.address) {
+    return asked.write.length == 0;
+  }
+  return asked.write.length == 2 && *flip.address >= asked.write.bytes[1] &&
+         *flip.address < asked.write.bytes[1] + asked.readLength - 1U;
+}
+
+Smbus::Reply Rig::replyOf(Supply supply) const {
+  return known(supply).answers.answer(wire_->pending->transaction);
+}
+
+void Rig::answerWith(Smbus::Reply const& reply) {
+  unsigned const detection = detections_;
+  unsigned const before = hasClient(*bus_) ? attemptsLeft() : 0;
+  std::exchange(wire_->pending, {})->answer(reply);
+  run(now());
+  check();
+  if (before != 0 && detection == detections_ && attemptsLeft() >= before) {
+    wrong("a transaction was answered, and as many attempts are left as before");
+  }
+}
+
+void Rig::answer(Supply supply, std::function<void(Smbus::Reply&)> const& spoil) {
+  Smbus::Reply reply = replyOf(supply);
+  if (spoil) {
+    spoil(reply);
+  }
+  seen_ |= 1U << supply;
+  answerWith(reply);
+  interfere_ = {};
+}
+
+void Rig::fail(Smbus::ErrorKind kind, double after) {
+  Kex::U64 const ticket = wire_->pending->ticket;
+  run(now() + after);
+  if (isOnWire() && wire_->pending->ticket == ticket) {
+    answerWith(Smbus::Reply::failed(kind));
+  }
+  check();
+}
+
+void Rig::answerLate() {
+  auto const late = *wire_->pending;
+  Smbus::Reply const reply = replyOf(kA);
+  wire_->pending.reset();
+  while (now() < late.begun + kBusTimeout + kGrace - kNoTime) {
+    run(loop().config().clock()->nextDeadline());
+  }
+  late.answer(reply);
+  run(now());
+  check();
+}
+
+void Rig::elapse(double part) {
+  double until = now() + part * wait();
+  if (isOnWire()) {
+    // Nobody waits for it any more; the transport fails it in its time.
+    double const timeout = wire_->pending->begun + kBusTimeout;
+    if (timeout <= until) {
+      return fail(Smbus::ErrorKind::timeout, timeout - now());
+    }
+  }
+  run(until);
+  check();
+}
+
+void Rig::elapseIntoThrow() {
+  wire_->throwsAtStart = true;
+  elapse();
+  wire_->throwsAtStart = false;
+}
+
+void Rig::act(busTest::Act const& act) {
+  isActing_ = true;
+  act.happen({identifier_, vorn_});
+  isActing_ = false;
+  run(now());
+  check();
+}
+
+void Rig::recover(std::optional<Supply> supply) {
+  double const end = now() + kRecovery;
+  while (now() < end) {
+    if (!isOnWire()) {
+      elapse();
+    } else if (supply) {
+      answer(*supply);
+    } else {
+      fail(Smbus::ErrorKind::noAcknowledge);
+    }
+  }
+  auto const* const told = status_->supply();
+  bool const isRight =
+      told && (supply ? told->verdict == Verdict::identified && told->fdl == known(*supply).fdl()
+                      : told->verdict == Verdict::absent);
+  if (!isRight) {
+    wrong(Kex::format("%s was in the slot for %g s, and is not told: %s '%s'",
+                      supply ? known(*supply).fdl().charPtr() : "nothing", kRecovery,
+                      told ? verdictName(told->verdict) : "no verdict",
+                      told ? told->fdl.charPtr() : ""));
+  }
+}
+
+}  // namespace explore

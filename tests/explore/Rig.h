@@ -1,0 +1,139 @@
+// A slot of which everything that happens to it is chosen: the bus's answers, outside acts, pauses.
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "agent/transport/SimulatedSupply.h"
+#include "host/detector/SlotDriver.h"
+#include "tests/support/OutsideActs.h"
+
+namespace explore {
+
+/// The supplies that may be in the slot: two models with the same serial number, and one of the
+/// second model that has none.
+enum Supply : unsigned { kA, kB, kBWithoutSerial, kSupplies };
+
+/// Of the area's bytes these decide something. The masks, and the letters of the supplies, are such
+/// that no mixture of what the supplies answer has a valid checksum: eight bits would let one of
+/// 256 through, which is no fault of who reads it.
+struct Flip {
+  char const* what;
+  /// Its address in the supply's FRU memory; none is the first byte of MFR_ID.
+  std::optional<unsigned> address;
+  Kex::U8 mask;
+};
+inline constexpr auto kFlips = std::to_array<Flip>({
+    {"MFR_ID", std::nullopt, 0x20},
+    {"the header's version", 0, 0x02},
+    {"the area's offset", 4, 0x02},
+    {"the header's checksum", 7, 0x10},
+    {"the area's version", 8, 0x02},
+    {"the area's length", 9, 0x03},
+    {"the part number", 14, 0x08},
+    {"the serial number's length", 16, 0x02},
+    {"the serial number", 17, 0x08},
+    {"the area's checksum", 23, 0x80},
+});
+
+/// Timings of the slot, in seconds: short ones, and such as binary fractions hold exactly.
+inline constexpr double kPollInterval = 1;
+inline constexpr double kPollDelay = 0.25;
+inline constexpr double kReviewInterval = 2.5;
+/// What a slot may take to tell what has been in it all the while.
+inline constexpr double kRecovery = 15 + kReviewInterval;
+
+/// The real identifier, requests and bus, on virtual time that somebody else steps. Whatever is
+/// wrong with it is thrown as `std::runtime_error`.
+class Rig {
+ public:
+  Rig();
+  Rig(Rig const&) = delete;
+  Rig& operator=(Rig const&) = delete;
+  ~Rig();
+
+  /// Whether a transaction is on the wire, as the transport sees it.
+  bool isOnWire() const { return wire_->pending.has_value(); }
+  /// Whether the answer to it would cover what `flip` spoils.
+  bool covers(Flip const& flip) const;
+  /// From where on the transaction on the wire reads the supply's FRU memory.
+  unsigned askedOffset() const { return wire_->pending->transaction.write.bytes[1]; }
+  /// Seconds to the identifier's deadline; infinity when there is none.
+  double wait() const { return identifier_->timeMin() - now(); }
+  /// What tells this state from others: all that decides what follows.
+  std::uint64_t digest() const;
+
+  /// `supply` answers, at once; `spoil` has a hand in it.
+  void answer(Supply supply, std::function<void(Smbus::Reply&)> const& spoil = {});
+  void fail(Smbus::ErrorKind kind, double after = 0);
+  /// The answer comes when the bus has given the transaction up.
+  void answerLate();
+  /// Time goes on by `part` of the wait.
+  void elapse(double part = 1);
+  /// The wait is over; if that starts a transaction, the transport throws.
+  void elapseIntoThrow();
+  void act(busTest::Act const& act);
+  /// `interfere` happens when a descriptor is asked for the next time.
+  void interfereInWalk(std::function<void(Rig&)> interfere) { interfere_ = std::move(interfere); }
+  Emerson::PmbusIdentifier::Identifier& identifier() { return *identifier_; }
+
+  /// The slot tells this supply, or an empty slot where there is none, within `kRecovery` of having
+  /// it from now on.
+  void recover(std::optional<Supply> supply);
+
+ private:
+  class Wire final : public Smbus::Transport {
+   public:
+    explicit Wire(Rig& rig) : rig_(rig) {}
+    void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
+               Smbus::AnswerSink& sink) override;
+
+    struct Pending {
+      Smbus::Transaction transaction;
+      Kex::U64 ticket;
+      Smbus::AnswerSink* sink;
+      double begun;
+      void answer(Smbus::Reply const& reply) const { sink->answerIs(ticket, reply); }
+    };
+    std::optional<Pending> pending;
+    bool throwsAtStart = false;
+
+   private:
+    Rig& rig_;
+  };
+  class Model;
+  class Watched;
+
+  double now() const;
+  void run(double until);
+  void started(Smbus::Transaction const& transaction);
+  void reset();
+  void seePublished();
+  /// Everything that must hold at every moment.
+  void check();
+  /// What is left of the attempts that the request under way has; less after each answer.
+  unsigned attemptsLeft() const;
+  void answerWith(Smbus::Reply const& reply);
+  Smbus::Reply replyOf(Supply supply) const;
+  bool isReading() const;
+  bool isWaitingFor(PowerSupplyDetector::IdentifierBase::IdentifierState state) const;
+
+  Wire* wire_;
+  Kex::Ptr<Smbus::Bus> bus_;
+  Kex::Ptr<Hardware::Vorn> vorn_;
+  Kex::Ptr<Hardware::PowerSupplySlot::SlotStatus> status_;
+  Kex::Ptr<PowerSupplyDetector::SlotDriver> driver_;
+  Kex::Ptr<Emerson::PmbusIdentifier::Identifier> identifier_;
+  std::function<void(Rig&)> interfere_;
+  Kex::U32 version_ = 0;
+  double lastReset_ = 0;
+  bool isActing_ = false;
+  unsigned detections_ = 0;
+  /// Which supplies answered since the detection began, a bit each.
+  unsigned seen_ = 0;
+};
+
+}  // namespace explore
