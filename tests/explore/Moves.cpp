@@ -20,9 +20,9 @@ bool isWaitingLong(Rig const& rig) {
 bool always(Rig const&) { return true; }
 
 /// Supply A answers with another count byte; the data behind it is there all the same.
-Move counting(std::string what, std::function<unsigned(unsigned)> count) {
-  return {"A with count " + what, isAsked, [count = std::move(count)](Rig& rig) {
-            rig.answer(kA, [&count](Smbus::Reply& reply) {
+Move counting(char const* what, unsigned (*count)(unsigned)) {
+  return {std::string("A with count ") + what, isAsked, [count](Rig& rig) {
+            rig.answer(kA, [count](Smbus::Reply& reply) {
               reply.read.bytes[0] = static_cast<Kex::U8>(count(reply.read.bytes[0]));
             });
           }};
@@ -57,9 +57,9 @@ void switchOffAndOn(Rig& rig) {
 
 /// The moves of the small alphabet, by what they are.
 constexpr auto kSmall = std::to_array<std::string_view>(
-    {"A", "B", "no acknowledge", "timeout", "A with a flipped bit in the area's checksum",
-     "the wait is over", "doResetIdentifier", "notifier null and back", "requests started",
-     "check request gone and back"});
+    {"A", "B", "A with count 0", "no acknowledge", "timeout",
+     "A with a flipped bit in the area's checksum", "the wait is over", "doResetIdentifier",
+     "notifier null and back", "requests started", "check request gone and back"});
 
 }  // namespace
 
@@ -70,7 +70,7 @@ std::vector<Move> alphabet(bool small) {
       {"B without serial number", isAsked, [](Rig& rig) { rig.answer(kBWithoutSerial); }},
       {"no acknowledge", isAsked, [](Rig& rig) { rig.fail(ErrorKind::noAcknowledge); }},
       {"bad count", isAsked, [](Rig& rig) { rig.fail(ErrorKind::badCount); }},
-      {"timeout", isAsked, [](Rig& rig) { rig.fail(ErrorKind::timeout, 1); }},
+      {"timeout", isAsked, [](Rig& rig) { rig.fail(ErrorKind::timeout, kTick); }},
       {"late", isAsked, [](Rig& rig) { rig.answerLate(); }},
       counting("0", [](unsigned) { return 0U; }),
       counting("1", [](unsigned) { return 1U; }),

@@ -21,9 +21,9 @@ namespace {
 
 /// Far less than what is told apart, and more than how times are rounded.
 constexpr double kNoTime = 1e-5;
-/// When the bus gives a transaction up, in seconds from its start.
-constexpr double kBusTimeout = 1;
-constexpr double kGrace = 0.05;
+/// When the transport gives a transaction up, and when the bus does, in seconds from its start.
+constexpr double kTransportTimeout = kTick;
+constexpr double kBusTimeout = 2 * kTick;
 
 struct Known {
   busTest::Fru fru;
@@ -112,8 +112,7 @@ Rig::Rig()
       status_(Kex::make<Hardware::PowerSupplySlot::SlotStatus>("status")),
       driver_(Kex::make<PowerSupplyDetector::SlotDriver>("driver")) {
   Model::rigIs(this);
-  // Whole seconds so late that a second more does not change how times are rounded.
-  constexpr double kStart = 0x1p33;
+  // So late that a second more does not change how times are rounded.
   run(std::max(kStart, std::floor(now()) + 1));
   identifier_ = Kex::make<Watched>(
       *this, loop().config().clock(),
@@ -238,7 +237,7 @@ void Rig::answerLate() {
   auto const late = *wire_->pending;
   Smbus::Reply const reply = replyOf(kA);
   wire_->pending.reset();
-  while (now() < late.begun + kBusTimeout + kGrace - kNoTime) {
+  while (now() < late.begun + kBusTimeout - kNoTime) {
     run(loop().config().clock()->nextDeadline());
   }
   late.answer(reply);
@@ -250,7 +249,7 @@ void Rig::elapse(double part) {
   double until = now() + part * wait();
   if (isOnWire()) {
     // Nobody waits for it any more; the transport fails it in its time.
-    double const timeout = wire_->pending->begun + kBusTimeout;
+    double const timeout = wire_->pending->begun + kTransportTimeout;
     if (timeout <= until) {
       return fail(Smbus::ErrorKind::timeout, timeout - now());
     }

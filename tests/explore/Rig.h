@@ -39,10 +39,13 @@ inline constexpr auto kFlips = std::to_array<Flip>({
     {"the area's checksum", 23, 0x80},
 });
 
-/// Timings of the slot, in seconds: short ones, and such as binary fractions hold exactly.
-inline constexpr double kPollInterval = 1;
-inline constexpr double kPollDelay = 0.25;
-inline constexpr double kReviewInterval = 2.5;
+/// Timings of the slot, in seconds, are multiples of one: half of the 1.05 s after which the bus
+/// gives a transaction up, as the clock rounds it so late (`kStart`).
+inline constexpr double kTick = 275251 * 0x1p-19;
+inline constexpr double kStart = 0x1p33;
+inline constexpr double kPollDelay = kTick;
+inline constexpr double kPollInterval = 2 * kTick;
+inline constexpr double kReviewInterval = 5 * kTick;
 /// What a slot may take to tell what has been in it all the while.
 inline constexpr double kRecovery = 15 + kReviewInterval;
 
@@ -63,8 +66,10 @@ class Rig {
   unsigned askedOffset() const { return wire_->pending->transaction.write.bytes[1]; }
   /// Seconds to the identifier's deadline; infinity when there is none.
   double wait() const { return identifier_->timeMin() - now(); }
-  /// What tells this state from others: all that decides what follows.
+  /// What tells this state from others: all that decides what follows, but for `seen`.
   std::uint64_t digest() const;
+  /// Which supplies answered since the detection began, a bit each: their FDL may be told.
+  unsigned seen() const { return isReading() ? seen_ : 0; }
 
   /// `supply` answers, at once; `spoil` has a hand in it.
   void answer(Supply supply, std::function<void(Smbus::Reply&)> const& spoil = {});
@@ -132,7 +137,6 @@ class Rig {
   double lastReset_ = 0;
   bool isActing_ = false;
   unsigned detections_ = 0;
-  /// Which supplies answered since the detection began, a bit each.
   unsigned seen_ = 0;
 };
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <stdexcept>
 #include <system_error>
-#include <unordered_set>
+#include <unordered_map>
 
 namespace explore {
 
@@ -27,7 +27,30 @@ struct State {
 /// What a worker tells of one move: the state that it leads to.
 struct Step {
   std::uint64_t digest;
+  std::uint64_t seen;
   State state;
+};
+
+/// What is known of states, by their digests.
+class Known {
+ public:
+  /// Whether nothing is known of such a state that says as much: all that may be told in one where
+  /// less was seen, may be told in this one too.
+  bool insert(std::uint64_t digest, std::uint64_t seen) {
+    static_assert(kSupplies <= 3);
+    Kex::U8& known = sets_[digest];
+    for (std::uint64_t set = 0; set <= seen; ++set) {
+      if ((known >> set & 1U) != 0 && (set & seen) == set) {
+        return false;
+      }
+    }
+    known = static_cast<Kex::U8>(known | 1U << seen);
+    return true;
+  }
+
+ private:
+  /// Of each digest the sets of supplies seen, a bit each.
+  std::unordered_map<std::uint64_t, Kex::U8> sets_;
 };
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
@@ -46,7 +69,7 @@ class Search {
   Found run(std::function<void(std::string const&)> const& tell) {
     Found found;
     warmUp();
-    known_.insert(Rig().digest());
+    known_.insert(Rig().digest(), 0);
     states_.push_back({0, 0});
     for (std::size_t begin = 0, round = 0; begin < states_.size() && found.faults.empty();
          ++round) {
@@ -57,7 +80,7 @@ class Search {
           found.faults.push_back(report.fault);
         }
         for (Step const& step : report.steps) {
-          if (known_.insert(step.digest).second) {
+          if (known_.insert(step.digest, step.seen)) {
             states_.push_back(step.state);
           }
         }
@@ -153,9 +176,9 @@ class Search {
     for (MoveIndex const move : possible) {
       way.push_back(move);
       walk(way, [&](Rig& rig) {
-        std::uint64_t const digest = rig.digest();
-        if (known_.insert(digest).second) {
-          report.steps.push_back({digest, {state, move}});
+        Step const step{rig.digest(), rig.seen(), {state, move}};
+        if (known_.insert(step.digest, step.seen)) {
+          report.steps.push_back(step);
         }
       });
       way.pop_back();
@@ -214,7 +237,7 @@ class Search {
   std::vector<Move> const& moves_;
   unsigned jobs_;
   std::vector<State> states_;
-  std::unordered_set<std::uint64_t> known_;
+  Known known_;
 };
 
 }  // namespace
