@@ -86,6 +86,7 @@ class Rig::Model final : public Ipmi::SupportedPowerSupplyDescriptorBase {
               ? Kex::format("model %s, serial number %s", part_, product->serialNumber().charPtr())
               : Kex::String8());
     if (rig_->interfere_) {
+      rig_->doubts_ = kConfirming;
       std::exchange(rig_->interfere_, {})(*rig_);
     }
   }
@@ -147,6 +148,7 @@ void Rig::started(Smbus::Transaction const& transaction) {
   }
   ++detections_;
   seen_ = 0;
+  doubts_ = std::min(doubts_ + 1, kConfirming);
 }
 
 void Rig::reset() {
@@ -160,17 +162,23 @@ void Rig::reset() {
 }
 
 void Rig::seePublished() {
-  if (std::exchange(version_, status_->version()) == status_->version() || !status_->supply() ||
-      status_->supply()->verdict != Verdict::identified) {
+  if (std::exchange(version_, status_->version()) == status_->version() || !status_->supply()) {
     return;
   }
-  auto const& fdl = status_->supply()->fdl;
+  auto const& told = *status_->supply();
+  if (told.verdict != Verdict::identified) {
+    if (doubts_ < kConfirming) {
+      wrong(Kex::format("'%s' is told after %u detections", verdictName(told.verdict), doubts_));
+    }
+    return;
+  }
+  doubts_ = 0;
   for (unsigned supply = 0; supply < kSupplies; ++supply) {
-    if ((seen_ >> supply & 1U) != 0 && known(Supply{supply}).fdl() == fdl) {
+    if ((seen_ >> supply & 1U) != 0 && known(Supply{supply}).fdl() == told.fdl) {
       return;
     }
   }
-  wrong(Kex::format("'%s' is told, and was not in the slot", fdl.charPtr()));
+  wrong(Kex::format("'%s' is told, and was not in the slot", told.fdl.charPtr()));
 }
 
 void Rig::check() {
@@ -265,6 +273,8 @@ void Rig::elapseIntoThrow() {
 }
 
 void Rig::act(busTest::Act const& act) {
+  // Whoever interferes may make the slot forget what it told.
+  doubts_ = kConfirming;
   isActing_ = true;
   act.happen({identifier_, vorn_});
   isActing_ = false;

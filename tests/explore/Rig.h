@@ -46,6 +46,8 @@ inline constexpr double kStart = 0x1p33;
 inline constexpr double kPollDelay = kTick;
 inline constexpr double kPollInterval = 2 * kTick;
 inline constexpr double kReviewInterval = 5 * kTick;
+/// Detections that it takes to take an identified supply's description away.
+inline constexpr unsigned kConfirming = 2;
 /// What a slot may take to tell what has been in it all the while.
 inline constexpr double kRecovery = 15 + kReviewInterval;
 
@@ -138,6 +140,8 @@ class Rig {
   bool isActing_ = false;
   unsigned detections_ = 0;
   unsigned seen_ = 0;
+  /// Detections since a supply was identified, up to those that it takes to tell anything else.
+  unsigned doubts_ = kConfirming;
 };
 
 }  // namespace explore

@@ -73,7 +73,8 @@ std::uint64_t Rig::digest() const {
       .addTime(wait())
       .addTime(std::min(kPollInterval, at - detection.memory.lastReset))
       .addTime(std::min(kPollInterval, at - lastReset_))
-      .add(detection.memory.mismatches);
+      .add(detection.memory.mismatches)
+      .add(doubts_);
   auto backOff = detection.memory.backOff;
   backOff.schedule(0);
   digest.addTime(backOff.due());
