@@ -2,6 +2,7 @@
 #include "fuzz/Setup.h"
 
 #include <numeric>
+#include <vector>
 
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 #include "host/kex/entity/Directory.h"
@@ -34,25 +35,31 @@ std::array<Kex::U8, 48> makeImage() {
 std::array<Kex::U8, 48> const kImage = makeImage();
 
 void registerDescriptors() {
-  [[maybe_unused]] static bool const isDone = [] {
-    auto const registry = Kex::Entity::singleton<Ipmi::SupportedPowerSupplyRegistry>();
+  static std::vector const descriptors = [] {
+    std::vector<Kex::Ptr<Ipmi::SupportedPowerSupplyDescriptorBase>> made;
     for (std::string_view const name : Emerson::IpmiIdentifier::kTypeNames) {
       auto const arguments = Kex::make<Kex::GenericIf::List_>();
       arguments->append(Kex::holderOf(Kex::Name(Kex::String8(name))));
       std::string const fullName = "Emerson::IpmiIdentifier::" + std::string(name);
       auto const adapter =
           Kex::KexType::typeNode(fullName.c_str())->genericIf(arguments.ptr(), false);
-      registry->powerSupplyDescriptorIs(
-          Kex::dynamicCast<Ipmi::SupportedPowerSupplyDescriptorBase>(adapter->object()));
+      made.push_back(Kex::dynamicCast<Ipmi::SupportedPowerSupplyDescriptorBase>(adapter->object()));
     }
-    return true;
+    return made;
   }();
+  auto const registry = Kex::Entity::singleton<Ipmi::SupportedPowerSupplyRegistry>();
+  for (auto const& name : registry->memberNames()) {
+    registry->powerSupplyDescriptorDel(name);
+  }
+  for (auto const& descriptor : descriptors) {
+    registry->powerSupplyDescriptorIs(descriptor);
+  }
 }
 
 SlotParts::SlotParts(std::unique_ptr<Smbus::Transport> transport)
-    : status(Kex::make<Hardware::PowerSupplySlot::SlotStatus>(Kex::Name("Slot"))),
+    : vorn(Kex::make<Hardware::Vorn>(Kex::make<Smbus::Bus>(std::move(transport)))),
+      status(Kex::make<Hardware::PowerSupplySlot::SlotStatus>(Kex::Name("Slot"))),
       driver(Kex::make<PowerSupplyDetector::SlotDriver>(Kex::Name("Slot"))) {
-  auto const vorn = Kex::make<Hardware::Vorn>(Kex::make<Smbus::Bus>(std::move(transport)));
   auto const config = Kex::make<Hardware::PowerSupplySlot::SlotConfig>(
       Kex::Name("Slot"), Kex::make<SmbusVorn::VornDesc>(vorn));
   Kex::root().memberIs(driver);

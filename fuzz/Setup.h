@@ -13,7 +13,7 @@ namespace Fuzz {
 extern std::array<Kex::U8, 48> const kImage;
 inline constexpr char kSerialNumber[] = "S12345";
 
-/// Puts all descriptors into the registry, once.
+/// Puts all descriptors into the registry, and takes out what else is there.
 void registerDescriptors();
 
 /// A slot with an identifier at work.
@@ -23,6 +23,7 @@ struct SlotParts {
   SlotParts& operator=(SlotParts const&) = delete;
   ~SlotParts();
 
+  Kex::Ptr<Hardware::Vorn> vorn;
   Kex::Ptr<Hardware::PowerSupplySlot::SlotStatus> status;
   Kex::Ptr<PowerSupplyDetector::SlotDriver> driver;
 };

@@ -1,6 +1,9 @@
 // Fuzzes the generic interface: texts as values of every type, and requests of any kind to any
-// attribute with any arguments. Whatever is refused is refused by a framework exception.
+// attribute with any arguments, while supplies come and go. Whatever is refused is refused by a
+// framework exception; and once what a person configures is put back, the slot tells its supply.
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -11,6 +14,7 @@
 #include "host/kex/entity/Directory.h"
 #include "host/kex/generic/Holder.h"
 #include "host/kex/time/ActivityManager.h"
+#include "pmbus/Identifier.h"
 
 namespace {
 
@@ -94,22 +98,119 @@ void create(Fuzz::Input& input) {
   type.genericIf(arguments.ptr(), false);
 }
 
+/// The supply in the slot; `isOther` has a serial number of its own.
+Agent::SimulatedSupply supply(bool isOther) {
+  auto image = Fuzz::kImage;
+  if (isOther) {
+    std::string_view const serialNumber = Fuzz::kSerialNumber;
+    auto const at = std::ranges::search(image, serialNumber);
+    ++at.back();
+    --image.back();
+  }
+  return {image, "EMERSON"};
+}
+
+class Slot {
+ public:
+  explicit Slot(std::unique_ptr<Agent::SimulatedBus> bus =
+                    std::make_unique<Agent::SimulatedBus>(supply(false)))
+      : bus_(*bus),
+        parts_(std::move(bus)),
+        identifier_(Kex::dynamicCast<Emerson::PmbusIdentifier::Identifier>(
+            parts_.driver->identifier("EmersonPmbus"))) {}
+
+  /// What happens to the slot as the fuzzer wants it.
+  void suffer(Fuzz::Input& input) {
+    run(input.byte() % 2 == 0 ? 0.0 : 0.3);
+    for (unsigned left = 16; left > 0 && !input.isEmpty(); --left) {
+      try {
+        switch (Kex::U8 const what = input.byte(); what % 16) {
+          case 0: create(input); break;
+          case 1: run(what / 64.0); break;
+          case 2: bus_.supplyIs({}); break;
+          case 3: bus_.supplyIs(supply(what % 32 == 3)); break;
+          default: request(input); break;
+        }
+      } catch (Kex::Exception const&) {
+        // A refusal.
+      }
+    }
+  }
+
+  /// Another supply takes the place of whatever there is, and must be told.
+  void recover() {
+    configure();
+    bus_.supplyIs(supply(true));
+    double const end = clock()->time() + kHealingTime;
+    while (!isTold() && clock()->time() < end) {
+      Kex::activityManager().runUntil(std::min(end, clock()->nextDeadline()));
+    }
+    Fuzz::require(isTold());
+    int const underWay = int{identifier_->pollForInsertionRequest()->isUnderWay()} +
+                         int{identifier_->identifySupplyRequest()->isUnderWay()} +
+                         int{identifier_->checkSupplyRequest()->isUnderWay()};
+    Fuzz::require(underWay + int{std::isfinite(identifier_->timeMin())} == 1);
+  }
+
+ private:
+  /// Longer than any back-off and a detection take together.
+  static constexpr double kHealingTime = 30;
+
+  static Ptr<Kex::Clock> const& clock() { return Kex::activityManager().config().clock(); }
+  static void run(double seconds) { Kex::activityManager().runUntil(clock()->time() + seconds); }
+
+  /// Puts back what a person configures.
+  void configure() {
+    Fuzz::registerDescriptors();
+    if (parts_.driver->identifier("EmersonPmbus").ptr() != identifier_.ptr()) {
+      parts_.driver->identifierIs("EmersonPmbus", identifier_);
+    }
+    identifier_->kexDoZombieReactors(false);
+    identifier_->notifierIs(clock());
+    identifier_->derivedConstructedIs(true);
+    identifier_->pollForInsertionRequestIs(parts_.vorn->newRequest());
+    identifier_->identifySupplyRequestIs(parts_.vorn->newRequest());
+    identifier_->checkSupplyRequestIs(parts_.vorn->newRequest());
+    // The addresses.
+    identifier_->doInitialize();
+    identifier_->pollIntervalIs(1);
+    identifier_->pollDelayIs(0.2);
+    identifier_->reviewIntervalIs(60);
+    identifier_->mfrIdSupportedDelAll();
+    identifier_->mfrIdSupportedIs("EMERSON", true);
+    identifier_->hasNotificationActiveIs(true);
+  }
+
+  bool isTold() const {
+    auto const* const told = parts_.status->supply();
+    return told != nullptr && told->verdict == Hardware::PowerSupplySlot::Verdict::identified &&
+           !told->fdl.empty() && told->product &&
+           told->product->serialNumber() != Fuzz::kSerialNumber;
+  }
+
+  Agent::SimulatedBus& bus_;
+  Fuzz::SlotParts parts_;
+  Ptr<Emerson::PmbusIdentifier::Identifier> identifier_;
+};
+
+void live(Fuzz::Input& input) {
+  Slot slot;
+  slot.suffer(input);
+  slot.recover();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  Fuzz::registerDescriptors();
-
-  Fuzz::Input input(data, size);
-  Fuzz::SlotParts const slot(
-      std::make_unique<Agent::SimulatedBus>(Agent::SimulatedSupply(Fuzz::kImage, "EMERSON")));
-  Kex::ActivityManager& loop = Kex::activityManager();
-  loop.runUntil(loop.config().clock()->time() + (input.byte() % 2 == 0 ? 0.0 : 0.3));
-  for (unsigned left = 16; left > 0 && !input.isEmpty(); --left) {
-    try {
-      input.byte() % 16 == 0 ? create(input) : request(input);
-    } catch (Kex::Exception const&) {
-      // A refusal.
-    }
+  // Twice: what is made once a process is made the first time.
+  std::size_t after[2];
+  for (std::size_t& objects : after) {
+    Fuzz::registerDescriptors();
+    Fuzz::Input input(data, size);
+    live(input);
+    Fuzz::registerDescriptors();
+    objects = Kex::VFPtrInterface::liveObjects();
   }
+  Fuzz::require(after[0] == after[1]);
   return 0;
 }

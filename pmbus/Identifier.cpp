@@ -115,8 +115,18 @@ void Identifier::doResetIdentifier() {
     out << "PowerSupplySlot " << slotName() << ": Identifier::doResetIdentifier() " << slotName();
   });
   mfrIdIs("");
+  repairBuffers();
   armMfrIdRead();
   pollForInsertionRequest()->activeIs(true);
+}
+
+void Identifier::repairBuffers() {
+  for (TransferBuf* const buffer : {&pollWriteBuf_, &identifyWriteBuf_, &checkWriteBuf_}) {
+    buffer->repair(TransferBuf::kWriteLength);
+  }
+  pollReadBuf_.repair(1 + std::max(longestMfrIdLength(), commonAreaBuf()->len()));
+  identifyReadBuf_.repair(kReadBufSize);
+  checkReadBuf_.repair(kReadBufSize);
 }
 
 bool Identifier::mfrIdSupported(Kex::String8 const& key) const {

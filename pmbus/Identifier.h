@@ -134,6 +134,8 @@ class Identifier : public Ipmi::IdentifierBase {
 
   /// Length of the longest key of the table, at most what one read carries.
   Kex::U32 longestMfrIdLength() const;
+  /// Buffers are reached by name: each detection begins with such as serve it.
+  void repairBuffers();
   void armMfrIdRead();
   /// Loads `request` with a FRU read: `length` data bytes from `offset` on, not started.
   void armFruRead(Hardware::VornRequest& request, Hal::Buf& writeBuf, Hal::Buf& readBuf,

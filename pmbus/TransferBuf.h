@@ -41,6 +41,16 @@ class TransferBuf {
     }
     return buf();
   }
+  /// Puts a buffer right that somebody else has taken away, or left too small for transfers of
+  /// `length` bytes.
+  void repair(Kex::U32 length) {
+    if (!buf() || buf()->size() < length) {
+      sizeIs(length);
+    }
+    if (use_ == Use::write) {
+      buf()->lenIs(kWriteLength);
+    }
+  }
   /// Clears the buffer and returns the one that was there, null if there was none.
   BufPtr del() { return buf_.ptrIs({}); }
 

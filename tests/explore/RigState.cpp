@@ -49,6 +49,8 @@ unsigned Rig::attemptsLeft() const {
 }
 
 std::uint64_t Rig::digest() const {
+  constexpr Kex::U32 kReadBufSize =
+      1 + Emerson::PmbusIdentifier::Identifier::kMaxBytesReadInProcessCall;
   auto const& identifier = *identifier_;
   auto const& detection = detectionOf(identifier);
   double const at = now();
@@ -91,6 +93,13 @@ std::uint64_t Rig::digest() const {
   digest.add(isOnWire()).add(hasClient(*bus_));
   if (isOnWire()) {
     digest.addTime(at - wire_->pending->begun);
+  }
+
+  for (auto const& buffer :
+       {identifier.pollForInsertionWriteBuf(), identifier.identifySupplyWriteBuf(),
+        identifier.checkSupplyWriteBuf(), identifier.pollForInsertionReadBuf(),
+        identifier.identifySupplyReadBuf(), identifier.checkSupplyReadBuf()}) {
+    digest.add(buffer ? std::min(buffer->size(), kReadBufSize) : 0);
   }
 
   // The rest only as long as somebody may still look at it.

@@ -61,13 +61,18 @@ auto framework(bool on) {
   return [on](ActedOn const& who) { who.identifier->kexFwkActivityIs(on); };
 }
 
-void makeBuffers(ActedOn const& on, Kex::U32 size, bool anew) {
+void dropBuffers(ActedOn const& on) {
   for (AttributeId id = kFirstBuf; id <= kLastBuf; ++id) {
-    if (anew) {
-      request(on, id, Kex::kDelete, {});
-    }
-    writeByName(on, id, listOf({holderOf(size)}));
+    request(on, id, Kex::kDelete, {});
   }
+}
+
+auto buffersBeing(Kex::U32 size) {
+  return [size](ActedOn const& on) {
+    for (AttributeId id = kFirstBuf; id <= kLastBuf; ++id) {
+      writeByName(on, id, listOf({holderOf(size)}));
+    }
+  };
 }
 
 void startRequests(ActedOn const& on) {
@@ -121,8 +126,10 @@ std::vector<Act> outsideActs() {
        both(writing(0x217, holderOf(false)), writing(0x217, holderOf(true)))},
       {"mfrId", writing(0x20e, holderOf(Kex::String8("EMERSON")))},
       {"no mfrId", writing(0x20e, holderOf(Kex::String8("")))},
-      {"buffers gone and made", [](ActedOn const& on) { makeBuffers(on, 17, true); }},
-      {"buffers made again", [](ActedOn const& on) { makeBuffers(on, 20, false); }},
+      {"buffers gone", dropBuffers},
+      {"buffers gone and made", both(dropBuffers, buffersBeing(17))},
+      {"larger buffers", buffersBeing(20)},
+      {"buffers of one byte", buffersBeing(1)},
       {"poll request replaced",
        [](ActedOn const& on) { on.identifier->pollForInsertionRequestIs(on.vorn->newRequest()); }},
       {"identify request replaced",

@@ -134,18 +134,17 @@ TEST(DetectorSlots, bearAnExceptionOfTheirOwn) {
   Slot slot("*");
   Slot::descriptorIs("stub", "P");
   slot.run(0.5);
-  slot.identifier->pollForInsertionReadBufDel();
-  slot.identifier->identifySupplyReadBufDel();
-  slot.bus->script = "0*";
+  slot.identifier->pollForInsertionRequestDel();
+  slot.identifier->identifySupplyRequestDel();
   slot.run(3.5);
   EXPECT_EQ(slot.supply().reason, "range exception: null ValidPtr");
-  slot.identifier->pollForInsertionReadBufIs(17);
+  slot.identifier->pollForInsertionRequestIs(slot.vorn->newRequest());
   slot.run(4.5);
-  slot.identifier->identifySupplyReadBufIs(17);
+  slot.identifier->identifySupplyRequestIs(slot.vorn->newRequest());
   slot.run(6);
   EXPECT_EQ(slot.timeline,
-            "P0 P0 I0.2 I0.2 C0.2 identified C1.2 unreadable unreadable P4.2 P4.2 unreadable "
-            "P5.2 P5.2 I5.4 I5.4 C5.4 identified");
+            "P0 P0 I0.2 I0.2 C0.2 identified unreadable unreadable P4 P4 unreadable P5 P5 I5.2 "
+            "I5.2 C5.2 identified");
 }
 
 }  // namespace
