@@ -101,6 +101,48 @@ TEST(DetectorAlive, afterAnExceptionOfAnyKind) {
   EXPECT_EQ(slot.run(2).supply().fdl, "asked again");
 }
 
+/// Instead of handling the first check, does something else.
+struct Careless final : Emerson::PmbusIdentifier::Identifier {
+  using Identifier::Identifier;
+  std::function<void(Careless&)> instead;
+  void handleCheckSupplyRequest() override {
+    instead ? std::exchange(instead, {})(*this) : Identifier::handleCheckSupplyRequest();
+  }
+};
+
+TEST(DetectorAlive, afterAHandlerThatDoesNotDoItsPart) {
+  struct {
+    char const* what;
+    std::function<void(Careless&)> instead;
+    int transactions;  ///< until it is seen: those of the detection, and one that the act starts
+  } const rows[] = {
+      {"nothing follows", [](Careless&) {}, 5},
+      {"two requests follow",
+       [](Careless& identifier) {
+         identifier.pollForInsertionRequest()->activeIs(true);
+         identifier.identifySupplyRequest()->activeIs(true);
+       },
+       6},
+  };
+  for (auto const& row : rows) {
+    SCOPED_TRACE(row.what);
+    Slot slot("*");
+    Slot::descriptorIs("stub", "P");
+    int transactions = 0;
+    slot.bus->onStart = [&](std::string const&) { ++transactions; };
+    auto const careless = Kex::make<Careless>(
+        Slot::clock(), slot.config, slot.status, slot.vorn->newRequest(), slot.vorn->newRequest(),
+        slot.vorn->newRequest(), nullptr, nullptr, nullptr, Kex::U8{0x58}, Kex::U8{0xB0});
+    careless->instead = row.instead;
+    careless->hasNotificationActiveIs(true);
+    slot.driver->identifierIs("careless", careless);
+    Kex::activityManager().runUntil(Slot::clock()->time() + 0.5);
+    EXPECT_EQ(transactions, row.transactions);
+    Kex::activityManager().runUntil(Slot::clock()->time() + 1);
+    EXPECT_EQ(slot.verdict(), "identified");
+  }
+}
+
 struct Mute final : Smbus::Transport {
   explicit Mute(bool throws) : isThrowing(throws) {}
   void start(Smbus::Transaction const&, Kex::U64, Smbus::AnswerSink&) override {
@@ -153,6 +195,15 @@ TEST(DetectorAlive, standsStillWhileTheFrameworkIsOff) {
   slot.identifier->hasNotificationActiveIs(false);
   slot.identifier->hasNotificationActiveIs(true);
   EXPECT_EQ(slot.run(5).timeline, "P0 P0 I0.2 I0.2 C0.2 unrecognised");
+}
+
+TEST(DetectorAlive, forgetsWhatItToldWhenItIsSwitchedOff) {
+  Slot slot("*");
+  Slot::descriptorIs("stub", "P");
+  slot.run(0.5).identifier->hasNotificationActiveIs(false);
+  slot.identifier->hasNotificationActiveIs(true);
+  slot.bus->script = "x*";
+  EXPECT_EQ(slot.run(1.5).verdict(), "absent");
 }
 
 TEST(DetectorAlive, keepsTheOneBeforeWhenInitialisingFails) {
