@@ -27,6 +27,26 @@ class Recordings(Case):
         super().setUp()
         self.file = self.folder / "psu.jsonl"
 
+    def record(self, scenario):
+        """Makes the file a recording of the scenario; what was printed, and the transactions."""
+        status, out, _ = run("simulate", "--json", "--transcript", scenario)
+        self.assertEqual(status, 0)
+        recorded = lines_of(out.decode(), "transaction")
+        for number, entry in enumerate(recorded):
+            entry["failure"] = None if entry["status"] == 3 else f"failure {number}"
+        self.file.write_text(HEADER + "".join(
+            json.dumps(entry, separators=(",", ":")) + "\n" for entry in recorded))
+        return out, recorded
+
+    def test_identify_waits_for_what_comes_later(self):
+        scenario = self.folder / "late.json"
+        scenario.write_text(json.dumps({"duration": 6, "slots": [
+            {"name": "A", "supply": None, "events": [
+                {"at": 2.5, "action": "insert", "supply": {"image": str(DS2900)}}]}]}))
+        self.record(scenario)
+        for wait, status in (("0", 3), ("1", 3), ("5", 0)):
+            self.assertEqual(run("identify", "--wait", wait, f"replay:{self.file}")[0], status, wait)
+
     def test_replays_are_exact(self):
         """What each scenario's buses did gives the same events when it is replayed, and recorded
         once more it gives the same recording."""
@@ -38,13 +58,7 @@ class Recordings(Case):
 
         for scenario in sorted((SAMPLES / "scenarios").glob("*.json")):
             with self.subTest(scenario.name):
-                status, out, _ = run("simulate", "--json", "--transcript", scenario)
-                self.assertEqual(status, 0)
-                recorded = lines_of(out.decode(), "transaction")
-                for number, entry in enumerate(recorded):
-                    entry["failure"] = None if entry["status"] == 3 else f"failure {number}"
-                self.file.write_text(HEADER + "".join(
-                    json.dumps(entry, separators=(",", ":")) + "\n" for entry in recorded))
+                out, recorded = self.record(scenario)
                 slots = sorted({entry["slot"] for entry in recorded})
                 status, replayed, err = run(
                     "monitor", "--json", "--duration", json.loads(scenario.read_text())["duration"],

@@ -75,6 +75,14 @@ class Simulate(Case):
         self.assertEqual({line["error"] for line in transactions if line["slot"] == "B"},
                          {"noAcknowledge"})
 
+    def test_text_transcript(self):
+        _, out, _ = run("simulate", "--transcript", self.scenario(
+            {"duration": 0.1, "slots": [{"name": "A", "supply": {"image": str(DS2900)}}]}))
+        transactions = [line.split(" ", 1)[1] for line in out.decode().splitlines()]
+        self.assertEqual(transactions, [
+            "A pollForInsertion 0x58 0x99 -> 07 45 4D 45 52 53 4F 4E",
+            "A pollForInsertion 0x58 0xb0 write 01 00 -> 10 01 00 00 00 01 00 00 FE"])
+
 
 class Monitor(Case):
     def test_prints_edges_only(self):

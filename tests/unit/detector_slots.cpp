@@ -34,6 +34,14 @@ class Typed final : public Ipmi::SupportedPowerSupplyDescriptorBase {
   bool isLeaving_;
 };
 
+TEST(DetectorSlots, letDescriptorsGo) {
+  auto const descriptor = Kex::make<busTest::StubDescriptor>("stub", "P");
+  Slot::registry().powerSupplyDescriptorIs(descriptor);
+  EXPECT_EQ(descriptor->parent(), &Slot::registry());
+  EXPECT_EQ(Slot::registry().powerSupplyDescriptorDel("stub"), descriptor);
+  EXPECT_EQ(descriptor->parent(), nullptr);
+}
+
 TEST(DetectorSlots, nameTheDescriptorThatGaveTheFdl) {
   struct {
     char const* what;

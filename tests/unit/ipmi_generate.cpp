@@ -8,6 +8,7 @@
 
 #include "host/kex/time/ActivityManager.h"
 #include "host/kex/trace/Trace.h"
+#include "ipmi/model/Filling.h"
 #include "tests/unit/ipmi_support.h"
 
 namespace {
@@ -44,6 +45,15 @@ TEST(IpmiGenerate, setsBothOutputsOnceInOrder) {
   EXPECT_EQ(descriptor->calls, (Lines{"fdl", "managed", "fdl", "managed", "not managed", "empty",
                                       "not managed", "empty"}));
 }
+
+// A text and a number, in this order.
+using TextAndNumber = Filling<&Ipmi::ProductInfoArea::serialNumber, &Model::fanSpeed>;
+static_assert(TextAndNumber::fits("%s of %d") && TextAndNumber::fits("%s%d"));
+static_assert(!TextAndNumber::fits("%d of %s"), "in another order");
+static_assert(!TextAndNumber::fits("%s") && !TextAndNumber::fits("none"), "too few");
+static_assert(!TextAndNumber::fits("%s of %d%s") && !TextAndNumber::fits("%s%d%d"), "too many");
+static_assert(!TextAndNumber::fits("%s of %x") && !TextAndNumber::fits("%s%d%%"), "of no kind");
+static_assert(!TextAndNumber::fits("%s of %d, 100 %"), "cut off");
 
 TEST(IpmiGenerate, writesFieldsAsStoredUpToTheirNul) {
   struct {
