@@ -12,8 +12,14 @@ namespace {
 
 using Hardware::PowerSupplySlot::Verdict;
 
-/// Seconds within which a change must be seen: several times what the slowest takes.
-constexpr double kPatience = 30;
+/// Seconds within which a change must be told: a check and a detection, after a review where
+/// nothing else shows it.
+constexpr double kSeen = 3;
+constexpr double kReviewed = PowerSupplyDetector::Timings().reviewInterval + kSeen;
+constexpr double kReviewedWithoutSerialNumber =
+    PowerSupplyDetector::Timings::kMostWithoutSerialNumber + kSeen;
+/// Seconds that a supply may be away without its description being taken away.
+constexpr double kMoment = 0.3;
 constexpr double kLongestLeftAlone = 2;
 
 /// Numbers whose multiples modulo 1 are spread evenly, and differently for the two.
@@ -33,32 +39,65 @@ SwappedSlot::SwappedSlot(Agent::Plugin const& plugin, std::unique_ptr<Agent::Sim
       slot_("PowerSupply1", std::move(bus), plugin) {
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
   // The slot has had a supply beforehand, so that the first swap is one like all others.
-  change(std::nullopt, {.verdict = Verdict::absent, .serialNumber = {}}, 0);
-  change(samples_.front().supply(), expectedOf(samples_.front()), 0);
+  pull(0);
+  insert(kSeen, 0);
 }
 
-SwappedSlot::Expected SwappedSlot::expectedOf(Sample const& sample) {
-  return {.verdict = Verdict::identified,
-          .serialNumber = Kex::String8(std::string_view(sample.serialNumber()))};
+std::string SwappedSlot::textsOf(Ipmi::ProductInfoArea const& product) {
+  std::string texts;
+  for (auto const& text :
+       {product.partNumber(), product.productVersion(), product.serialNumber()}) {
+    texts.append(text.view()) += '/';
+  }
+  return texts;
 }
 
 void SwappedSlot::swap(Kex::U64 number) {
-  Sample& sample = samples_[number / 2 % samples_.size()];
-  sample.serialNumberIs(std::to_string(number));
-  if (number % 2 == 0) {
-    change(std::nullopt, {.verdict = Verdict::absent, .serialNumber = {}},
-           spread(number, kRootOfTwo));
+  constexpr std::string_view kBlank = "                ";
+  double const leftAlone = spread(number, kGoldenRatio);
+  Kex::U64 const what = number % kRound;
+  if (what != 3 && what != 4) {
+    std::string const before = sample().serialNumber();
+    current_ = (current_ + 1) % samples_.size();
+    sample().serialNumberIs(what == 2 ? before : what >= 6 ? kBlank : std::to_string(number));
   }
-  change(sample.supply(), expectedOf(sample), spread(number, kGoldenRatio));
+  switch (what) {
+    case 0:
+    case 5: pull(spread(number, kRootOfTwo)); return insert(kSeen, leftAlone);
+    case 1: return insert(kSeen, leftAlone);
+    case 2: return insert(kReviewed, leftAlone);
+    case 3: sample().update(); return insert(kReviewed, leftAlone);
+    case 4: return disturb();
+    default: return insert(kReviewedWithoutSerialNumber, leftAlone);
+  }
 }
 
-void SwappedSlot::change(std::optional<Agent::SimulatedSupply> const& supply, Expected expected,
-                         double leftAlone) {
+void SwappedSlot::pull(double leftAlone) {
+  change(std::nullopt, {.verdict = Verdict::absent, .texts = {}}, kSeen, leftAlone);
+}
+
+void SwappedSlot::insert(double bound, double leftAlone) {
+  change(sample().supply(),
+         {.verdict = Verdict::identified, .texts = textsOf(*sample().contents()->productInfo())},
+         bound, leftAlone);
+}
+
+void SwappedSlot::disturb() {
+  Kex::ActivityManager& loop = Kex::activityManager();
+  Kex::Clock const& clock = *loop.config().clock();
+  bus_.supplyIs(std::nullopt);
+  loop.runUntil(clock.time() + kMoment);
+  bus_.supplyIs(sample().supply());
+  loop.runUntil(clock.time() + kReviewedWithoutSerialNumber);
+}
+
+void SwappedSlot::change(std::optional<Agent::SimulatedSupply> const& supply, Sight expected,
+                         double bound, double leftAlone) {
   Kex::ActivityManager& loop = Kex::activityManager();
   Kex::Clock const& clock = *loop.config().clock();
   expected_ = std::move(expected);
   bus_.supplyIs(supply);
-  double const patience = clock.time() + kPatience;
+  double const patience = clock.time() + bound;
   while (expected_ && clock.time() < patience) {
     loop.runUntil(std::min(clock.nextDeadline(), patience));
   }
@@ -70,14 +109,13 @@ void SwappedSlot::change(std::optional<Agent::SimulatedSupply> const& supply, Ex
 
 void SwappedSlot::handleSupply(Supply const& supply) {
   Sight sight{.verdict = supply.verdict,
-              .serialNumber = supply.product ? supply.product->serialNumber() : Kex::String8(),
-              .fdl = supply.fdl};
-  if (sight_ == sight) {
+              .texts = supply.product ? textsOf(*supply.product) : std::string()};
+  if (sight_ == sight && fdl_ == supply.fdl) {
     return;
   }
   sight_ = std::move(sight);
-  if (expected_ && expected_->verdict == sight_->verdict &&
-      expected_->serialNumber == sight_->serialNumber) {
+  fdl_ = supply.fdl;
+  if (expected_ == sight_) {
     expected_.reset();
   } else {
     ++unexpected_;

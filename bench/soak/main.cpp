@@ -15,7 +15,7 @@ namespace Bench {
 
 namespace {
 
-constexpr char kUsage[] = "usage: soak [CYCLES]   (default: 1000000, at least 40)\n";
+constexpr char kUsage[] = "usage: soak [CYCLES]   (default: 1000000, at least 80)\n";
 constexpr Kex::U64 kDefaultCycles = 1'000'000;
 constexpr Kex::U64 kFewestCycles = 10 * SwappedSlot::kRound;
 /// Largest share by which the allocations of a cycle may differ between parts of the run: how many

@@ -40,6 +40,16 @@ void Sample::serialNumberIs(std::string_view text) {
   text.remove_prefix(text.size() - std::min(text.size(), field.size()));
   std::ranges::fill(field, '0');
   std::ranges::copy(text, field.last(text.size()).begin());
+  setChecksumRight();
+}
+
+void Sample::update() {
+  // The product version's last byte stands before the serial number's type and length.
+  image_.at(serialStart_ - 2) ^= 7;
+  setChecksumRight();
+}
+
+void Sample::setChecksumRight() {
   auto const area = std::span(image_).subspan(areaStart_, areaLength_);
   area.back() = 0;
   area.back() = static_cast<Kex::U8>(-std::accumulate(area.begin(), area.end(), 0));

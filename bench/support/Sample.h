@@ -21,6 +21,8 @@ class Sample {
   /// Puts the end of `text`, filled up with zeros in front, in place of the serial number, and sets
   /// the checksum right.
   void serialNumberIs(std::string_view text);
+  /// Changes the last byte of the product version, or changes it back, and sets the checksum right.
+  void update();
 
   std::vector<Kex::U8> const& image() const { return image_; }
   Agent::SimulatedSupply supply() const { return {image_, "EMERSON"}; }
@@ -30,6 +32,8 @@ class Sample {
   Kex::Ptr<Hal::Buf> area() const;
 
  private:
+  void setChecksumRight();
+
   std::vector<Kex::U8> image_;
   std::size_t areaStart_;
   std::size_t areaLength_;
