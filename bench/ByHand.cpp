@@ -2,7 +2,6 @@
 #include "bench/ByHand.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <numeric>
 #include <span>
@@ -11,19 +10,6 @@
 #include "ipmi/Trim.h"
 #include "ipmi/families/All.h"
 
-// What the rows refer to, as the plug-in builds it.
-namespace Emerson::IpmiIdentifier {
-
-Kex::String8 const ds1100FdlTemplate = kDs1100FdlText;
-Kex::String8 const ds1600FdlTemplate = kDs1600FdlText;
-Kex::String8 const ds2700FdlTemplate = kDs2700FdlText;
-Kex::String8 const ds3000FdlTemplate = kDs3000FdlText;
-Kex::String8 const ds460FdlTemplate = kDs460FdlText;
-Kex::String8 const ds500FdlTemplate = kDs500FdlText;
-Kex::String8 const ds750FdlTemplate = kDs750FdlText;
-
-}  // namespace Emerson::IpmiIdentifier
-
 namespace ByHand {
 
 namespace {
@@ -31,9 +17,26 @@ namespace {
 using namespace Emerson::IpmiIdentifier;
 using Kex::U8;
 
-constexpr std::span<Model const> kFamilies[] = {kDs3000Models,     kDs2700Models, kDs2900Models,
-                                                kEmerson760Models, kDs460Models,  kDs500Models,
-                                                kDs750Models,      kDs1100Models, kDs1600Models};
+/// What is compared of a model.
+struct Key {
+  KeyField field;
+  MatchRule rule;
+  AcceptedKeys accepted;
+};
+
+/// The keys of all models. The rows themselves are the plug-in's.
+constexpr auto kKeys = [] {
+  std::array<Key, kModelCount> keys{};
+  Key* key = keys.data();
+  auto const add = [&key](auto const& rows) {
+    for (Model const& row : rows) {
+      *key++ = {row.family->keyField, row.family->rule, row.keys};
+    }
+  };
+  add(kDs3000Models), add(kDs2700Models), add(kDs2900Models), add(kEmerson760Models);
+  add(kDs460Models), add(kDs500Models), add(kDs750Models), add(kDs1100Models), add(kDs1600Models);
+  return keys;
+}();
 
 constexpr std::size_t kMfrIdLength = 7;
 constexpr std::size_t kHeaderLength = 8;
@@ -42,20 +45,10 @@ constexpr std::size_t kChunk = 16;
 /// Bytes in which headers count offsets and lengths.
 constexpr std::size_t kUnit = 8;
 constexpr std::size_t kLongestArea = 255;
-constexpr std::size_t kLongestFdl = 4096;
 
-bool accepts(Model const& model, std::string_view key, std::string_view accepted) {
+bool accepts(MatchRule rule, std::string_view key, std::string_view accepted) {
   return !accepted.empty() &&
-         (model.family->rule == MatchRule::prefix ? key.starts_with(accepted) : key == accepted);
-}
-
-bool knows(Model const& model, Fields const& fields) {
-  std::string_view key =
-      model.family->keyField == KeyField::partNumber ? fields.partNumber : fields.productName;
-  if (model.family->rule == MatchRule::trimmedEquality) {
-    key = trimmed(key);
-  }
-  return accepts(model, key, model.keys[0]) || accepts(model, key, model.keys[1]);
+         (rule == MatchRule::prefix ? key.starts_with(accepted) : key == accepted);
 }
 
 /// One transaction: `length` bytes of what the supply answers go to `target`.
@@ -107,24 +100,28 @@ std::string_view nextField(std::span<U8 const> area, std::size_t& at) {
 
 }  // namespace
 
-int fill(Fields const& fields, char* text, std::size_t size) {
-  return std::snprintf(text, size, ds2900FdlTemplate, fields.manufacturerName.c_str(),
-                       fields.productVersion.c_str(), fields.serialNumber.c_str());
+void fill(Fields const& fields, std::string& fdl) {
+  std::string_view rest = ds2900FdlTemplate;
+  fdl.clear();
+  for (std::string const* const field :
+       {&fields.manufacturerName, &fields.productVersion, &fields.serialNumber}) {
+    std::size_t const placeholder = rest.find('%');
+    fdl.append(rest.substr(0, placeholder)).append(*field);
+    rest.remove_prefix(placeholder + 2);
+  }
+  fdl.append(rest);
 }
 
-bool walk(Fields const& fields, Outputs& outputs) {
-  Output* output = outputs.data();
-  for (auto const& family : kFamilies) {
-    for (Model const& model : family) {
-      if (knows(model, fields)) {
-        return true;
-      }
-      output->managed = false;
-      output->fdl.clear();
-      ++output;
+bool walk(Fields const& fields) {
+  return std::ranges::any_of(kKeys, [&fields](Key const& known) {
+    std::string_view key =
+        known.field == KeyField::partNumber ? fields.partNumber : fields.productName;
+    if (known.rule == MatchRule::trimmedEquality) {
+      key = trimmed(key);
     }
-  }
-  return false;
+    return accepts(known.rule, key, known.accepted[0]) ||
+           accepts(known.rule, key, known.accepted[1]);
+  });
 }
 
 bool recognise(Agent::SimulatedSupply const& supply, Description& description) {
@@ -160,12 +157,10 @@ bool recognise(Agent::SimulatedSupply const& supply, Description& description) {
   fields.partNumber = nextField(area, at);
   fields.productVersion = nextField(area, at);
   fields.serialNumber = nextField(area, at);
-  Outputs outputs;
-  if (!walk(fields, outputs)) {
+  if (!walk(fields)) {
     return false;
   }
-  char text[kLongestFdl];
-  description.fdl.assign(text, static_cast<std::size_t>(fill(fields, text, sizeof text)));
+  fill(fields, description.fdl);
   std::size_t const serialLength = fields.serialNumber.size();
   std::array<U8, kChunk> serial;
   return readFru(supply, start + at - serialLength, serial.data(), serialLength) &&

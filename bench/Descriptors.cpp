@@ -14,8 +14,6 @@ namespace {
 
 using Ipmi::SupportedPowerSupplyRegistry;
 
-constexpr std::size_t kLongestFdl = 4096;
-
 ByHand::Fields fieldsOf(Ipmi::IdpromContents const& contents) {
   Ipmi::ProductInfoArea const& area = *contents.productInfo();
   return {.manufacturerName = area.manufacturerName().charPtr(),
@@ -55,8 +53,8 @@ std::function<void()> matching() {
 std::function<void()> filling() {
   auto contents = contentsInTurn();
   InTurn fields(fieldsOf(*contents.next()), fieldsOf(*contents.next()));
-  return [fields, text = std::array<char, kLongestFdl>()]() mutable {
-    benchmark::DoNotOptimize(ByHand::fill(fields.next(), text.data(), text.size()));
+  return [fields, fdl = std::make_shared<std::string>()]() mutable {
+    ByHand::fill(fields.next(), *fdl);
     benchmark::ClobberMemory();
   };
 }
@@ -71,10 +69,8 @@ std::function<void()> walking() {
 }
 
 std::function<void()> walkingByHand() {
-  return [fields = fieldsOf(*Sample("faulty/unrecognised").contents()),
-          outputs = std::make_shared<ByHand::Outputs>()] {
-    benchmark::DoNotOptimize(ByHand::walk(fields, *outputs));
-    benchmark::ClobberMemory();
+  return [fields = fieldsOf(*Sample("faulty/unrecognised").contents())] {
+    benchmark::DoNotOptimize(ByHand::walk(fields));
   };
 }
 
@@ -82,7 +78,7 @@ std::function<void()> walkingByHand() {
 
 std::vector<Subject> descriptorSubjects() {
   return {{.name = "match", .prepare = &matching},
-          {.name = "snprintf", .prepare = &filling},
+          {.name = "fill by hand", .prepare = &filling},
           {.name = "walk", .prepare = &walking},
           {.name = "walk by hand", .prepare = &walkingByHand}};
 }

@@ -15,8 +15,8 @@ std::vector<Subject> recognitionSubjects(Agent::Plugin const& plugin) {
     return [slot] { slot->recognise(); };
   };
   auto const floor = [] {
-    return [description = std::make_shared<ByHand::Description>()] {
-      benchmark::DoNotOptimize(ByHand::recognise(theSupply(), *description));
+    return [description = std::make_shared<ByHand::Description>(), turn = 0U]() mutable {
+      benchmark::DoNotOptimize(ByHand::recognise(supplyNumber(++turn), *description));
       benchmark::ClobberMemory();
     };
   };

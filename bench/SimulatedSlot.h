@@ -1,6 +1,8 @@
 // A slot with a simulated supply, driven on virtual time.
 #pragma once
 
+#include <array>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -15,6 +17,7 @@ class PromptBus final : public Smbus::Transport, private Kex::Activity {
  public:
   /// `supply` must outlive the bus; null for an empty one.
   explicit PromptBus(Agent::SimulatedSupply const* supply) : supply_(supply) {}
+  void supplyIs(Agent::SimulatedSupply const* supply) { supply_ = supply; }
 
   void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
              Smbus::AnswerSink& sink) override {
@@ -40,27 +43,41 @@ inline void run(double seconds) {
   loop.runUntil(loop.config().clock()->time() + seconds);
 }
 
-/// Long enough for a recognition up to its first check, too short for the second one.
-inline constexpr double kRecognition = 0.5;
 /// Seconds from one poll or check to the next.
 inline constexpr double kInterval = 1.0;
+/// Detection starts over once an interval. This is long enough for that, and too short for a
+/// second check.
+inline constexpr double kRecognition = 1.05 * kInterval;
 
-/// The supply that is recognised wherever one is.
-inline Agent::SimulatedSupply const& theSupply() {
-  static Agent::SimulatedSupply const supply = Sample("ds2900").supply();
-  return supply;
+/// The supplies that are recognised in turn: two with serial numbers of their own, so that every
+/// description is another than the one before.
+inline Agent::SimulatedSupply const& supplyNumber(unsigned number) {
+  static auto const supplies = [] {
+    Sample sample("ds2900");
+    auto const first = sample.supply();
+    sample.serialNumberIs("12345678901");
+    return std::to_array({first, sample.supply()});
+  }();
+  return supplies[number % supplies.size()];
 }
+/// The supply that is recognised where there is only one.
+inline Agent::SimulatedSupply const& theSupply() { return supplyNumber(0); }
 
 /// A slot with a supply, or an empty one.
 class SimulatedSlot {
  public:
   SimulatedSlot(Agent::Plugin const& plugin, std::string const& name,
                 Agent::SimulatedSupply const* supply)
-      : slot_(name, std::make_unique<PromptBus>(supply), plugin),
+      : SimulatedSlot(plugin, name, std::make_unique<PromptBus>(supply)) {}
+  SimulatedSlot(Agent::Plugin const& plugin, std::string const& name,
+                std::unique_ptr<PromptBus> bus)
+      : bus_(*bus),
+        slot_(name, std::move(bus), plugin),
         identifier_(slot_.driver()->identifier("EmersonPmbus")) {}
 
-  /// Recognises the supply again, from the MFR_ID to the first check.
+  /// Recognises a supply that takes the place of the last one, from the MFR_ID to the first check.
   void recognise() {
+    bus_.supplyIs(&supplyNumber(++swaps_));
     identifier_->kexFwkActivityIs(true);
     run(kRecognition);
   }
@@ -68,7 +85,9 @@ class SimulatedSlot {
   Agent::Slot& slot() { return slot_; }
 
  private:
+  PromptBus& bus_;
   Agent::Slot slot_;
+  unsigned swaps_ = 0;
   Kex::Ptr<PowerSupplyDetector::IdentifierBase> identifier_;
 };
 
