@@ -147,7 +147,7 @@ void IdentifierBase::handleAttached(bool attached) {
 }
 
 bool IdentifierBase::isAtWork() const {
-  return isStarted_ && constructed_ && initialized_ && notifier() && isRegisteredNotifiee() &&
+  return isStarted_ && constructed_ && initialized_ && notifierPtr() && isRegisteredNotifiee() &&
          status_ && hasNotificationActive() && isFrameworkActive_ && !isMarkedForDeletion();
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
@@ -15,33 +16,33 @@ using Bytes = std::span<Kex::U8 const>;
 
 constexpr Kex::U8 kEndOfFields = 0xC1;
 
-std::string storedText(Bytes bytes) { return {bytes.begin(), bytes.end()}; }
+Kex::String8 storedText(Bytes bytes) { return Kex::String8(bytes); }
 
-std::string bcdPlusText(Bytes bytes) {
+Kex::String8 bcdPlusText(Bytes bytes) {
   constexpr std::string_view kDigits = "0123456789 -.???";
   std::string text;
   for (Kex::U8 const byte : bytes) {
     text += kDigits[byte >> 4];
     text += kDigits[byte & 0x0f];
   }
-  return text;
+  return Kex::String8(std::move(text));
 }
 
 /// Characters of six bits, 0x20 added, the first in the low bits of the first byte.
-std::string sixBitText(Bytes bytes) {
+Kex::String8 sixBitText(Bytes bytes) {
   std::string text;
   for (std::size_t bit = 0; bit + 6 <= bytes.size() * 8; bit += 6) {
     unsigned const low = bytes[bit / 8];
     unsigned const high = bit / 8 + 1 < bytes.size() ? bytes[bit / 8 + 1] : 0U;
     text += static_cast<char>(0x20 + (((high << 8 | low) >> bit % 8) & 0x3f));
   }
-  return text;
+  return Kex::String8(std::move(text));
 }
 
 /// A way in which a field's bytes stand for its text.
 struct Encoding {
   char const* name;
-  std::string (*text)(Bytes bytes);
+  Kex::String8 (*text)(Bytes bytes);
 };
 
 /// In the order of `FieldEncoding`, which has no more than the two bits of it. BCD digits that mean
@@ -63,30 +64,30 @@ class FieldCursor {
  public:
   explicit FieldCursor(Bytes area) : area_(area) {}
 
-  AreaField next() {
-    if (isAtEnd_ || at_ >= area_.size() || area_[at_] == kEndOfFields) {
-      isAtEnd_ = true;
-      return {};
+  /// Reads the next field; false when there is none.
+  bool read(AreaField& field) {
+    if (at_ >= area_.size() || area_[at_] == kEndOfFields) {
+      at_ = area_.size();
+      return false;
     }
     Kex::U8 const typeLength = area_[at_];
     std::size_t const length = typeLength & 0x3f;
     std::size_t const start = at_ + 1;
     if (length > area_.size() - start) {
-      isAtEnd_ = true;
-      return {};
+      at_ = area_.size();
+      return false;
     }
     at_ = start + length;
-    auto const encoding = static_cast<FieldEncoding>(typeLength >> 6);
-    return {.text = Kex::String8(encodingOf(encoding).text(area_.subspan(start, length))),
-            .encoding = encoding,
-            .offset = static_cast<Kex::U8>(start),
-            .length = static_cast<Kex::U8>(length)};
+    field.encoding = static_cast<FieldEncoding>(typeLength >> 6);
+    field.text = encodingOf(field.encoding).text(area_.subspan(start, length));
+    field.offset = static_cast<Kex::U8>(start);
+    field.length = static_cast<Kex::U8>(length);
+    return true;
   }
 
  private:
   Bytes area_;
   std::size_t at_ = ProductInfoArea::kLanguage + 1;
-  bool isAtEnd_ = false;
 };
 
 }  // namespace
@@ -110,9 +111,9 @@ ProductInfoArea::ProductInfoArea(Hal::Buf const& buffer)
   // Offsets are one byte wide: an area never has more than 255 bytes, whatever the buffer has.
   FieldCursor cursor(buffer.bytes().first(std::min<std::size_t>(checksumOffset_, 255)));
   for (AreaField& field : fields_) {
-    field = cursor.next();
+    cursor.read(field);
   }
-  for (AreaField field = cursor.next(); field.offset != 0; field = cursor.next()) {
+  for (AreaField field; cursor.read(field);) {
     customFields_.push_back(std::move(field));
   }
 }

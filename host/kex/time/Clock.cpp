@@ -1,6 +1,7 @@
 // The clock and its deadlines.
 #include "host/kex/time/Clock.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace Kex {
@@ -31,15 +32,12 @@ void Clock::timeIs(double time) {
 double Clock::nextDeadline() const { return deadlines_.empty() ? kNever : deadlines_.front().time; }
 
 void Clock::deadlineIs(NotifieeConst& reactor, double time) const {
-  Deadline const deadline{time, nextOrder_++, &reactor};
   std::size_t index = reactor.deadline_;
   if (index == NotifieeConst::kNoDeadline) {
     index = deadlines_.size();
-    deadlines_.push_back(deadline);
+    deadlines_.emplace_back();
   }
-  heapIs(index, deadline);
-  siftUp(index);
-  siftDown(reactor.deadline_);
+  placeIs(index, {time, nextOrder_++, &reactor});
 }
 
 void Clock::deadlineDel(NotifieeConst& reactor) const {
@@ -51,55 +49,49 @@ void Clock::deadlineDel(NotifieeConst& reactor) const {
   Deadline const last = deadlines_.back();
   deadlines_.pop_back();
   if (index < deadlines_.size()) {
-    heapIs(index, last);
-    siftUp(index);
-    siftDown(last.reactor->deadline_);
+    placeIs(index, last);
   }
 }
 
-void Clock::heapIs(std::size_t index, Deadline const& deadline) const {
-  deadlines_[index] = deadline;
-  deadline.reactor->deadline_ = index;
-}
-
-void Clock::siftUp(std::size_t index) const {
-  Deadline const moving = deadlines_[index];
-  while (index > 0 && moving.isBefore(deadlines_[(index - 1) / 2])) {
-    heapIs(index, deadlines_[(index - 1) / 2]);
-    index = (index - 1) / 2;
+void Clock::placeIs(std::size_t index, Deadline const& deadline) const {
+  Deadline* const heap = deadlines_.data();
+  std::size_t const size = deadlines_.size();
+  auto const put = [heap](std::size_t at, Deadline const& moved) {
+    heap[at] = moved;
+    moved.reactor->deadline_ = at;
+  };
+  for (std::size_t parent; index != 0 && deadline.isBefore(heap[parent = (index - 1) / kChildren]);
+       index = parent) {
+    put(index, heap[parent]);
   }
-  heapIs(index, moving);
-}
-
-void Clock::siftDown(std::size_t index) const {
-  Deadline const moving = deadlines_[index];
-  for (;;) {
-    std::size_t child = 2 * index + 1;
-    if (child + 1 < deadlines_.size() && deadlines_[child + 1].isBefore(deadlines_[child])) {
-      ++child;
+  for (std::size_t first; (first = kChildren * index + 1) < size;) {
+    Deadline const* const end = heap + std::min(first + kChildren, size);
+    Deadline const* next = heap + first;
+    for (Deadline const* child = next + 1; child != end; ++child) {
+      next = child->isBefore(*next) ? child : next;
     }
-    if (child >= deadlines_.size() || !deadlines_[child].isBefore(moving)) {
+    if (!next->isBefore(deadline)) {
       break;
     }
-    heapIs(index, deadlines_[child]);
-    index = child;
+    put(index, *next);
+    index = static_cast<std::size_t>(next - heap);
   }
-  heapIs(index, moving);
+  put(index, deadline);
 }
 
 Clock::NotifieeConst::~NotifieeConst() {
-  if (Clock const* const clock = notifier().ptr()) {
+  if (Clock const* const clock = this->clock()) {
     clock->deadlineDel(*this);
   }
 }
 
 double Clock::NotifieeConst::timeMin() const {
-  return deadline_ == kNoDeadline ? kNever : notifier()->deadlines_[deadline_].time;
+  return deadline_ == kNoDeadline ? kNever : clock()->deadlines_[deadline_].time;
 }
 
 void Clock::NotifieeConst::timeMinIs(double time) {
-  Ptr<Clock const> const clock = notifier();
-  if (!clock || !isRegisteredNotifiee()) {
+  Clock const* const clock = this->clock();
+  if (clock == nullptr || !isRegisteredNotifiee()) {
     return;
   }
   isReached_ = false;

@@ -39,13 +39,13 @@ class KEX_API Clock : public Entity {
 
   void deadlineIs(NotifieeConst& reactor, double time) const;
   void deadlineDel(NotifieeConst& reactor) const;
-  void heapIs(std::size_t index, Deadline const& deadline) const;
-  void siftUp(std::size_t index) const;
-  void siftDown(std::size_t index) const;
+  /// Puts `deadline`, instead of what is at `index`, where it belongs.
+  void placeIs(std::size_t index, Deadline const& deadline) const;
 
   double time_ = 0;
-  // A binary heap in which every reactor knows its index: deadlines are moved all the time, and
-  // moving one must not allocate.
+  // A heap in which every reactor knows its index: deadlines are moved all the time, and moving one
+  // must not allocate. Four children stand in two cache lines.
+  static constexpr std::size_t kChildren = 4;
   mutable std::vector<Deadline> deadlines_;
   mutable U64 nextOrder_ = 0;
 };
@@ -73,6 +73,8 @@ class KEX_API Clock::NotifieeConst : public NotifieeConstOf<Clock, Entity::Notif
 
  private:
   friend class Clock;
+  Clock const* clock() const { return static_cast<Clock const*>(notifierPtr().ptr()); }
+
   static constexpr std::size_t kNoDeadline = ~std::size_t{0};
 
   std::size_t deadline_ = kNoDeadline;
