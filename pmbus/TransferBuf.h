@@ -39,12 +39,13 @@ class TransferBuf {
     } else {
       buf_.ptrIs(create(size));
     }
+    size_ = size;
     return buf();
   }
   /// Puts a buffer right that somebody else has taken away, or left too small for transfers of
   /// `length` bytes.
   void repair(Kex::U32 length) {
-    if (!buf() || buf()->size() < length) {
+    if (!buf() || size_ < length) {
       sizeIs(length);
     }
     if (use_ == Use::write) {
@@ -56,6 +57,7 @@ class TransferBuf {
 
  private:
   Use use_;
+  Kex::U32 size_ = 0;
   Kex::NamedMembers::Member<Hal::Buf> buf_;
 };
 

@@ -14,12 +14,6 @@ using Kex::U8;
 
 namespace {
 
-void checkIndex(U32 index, U32 length) {
-  if (index >= length) {
-    Kex::throwRangeException(Kex::format("byte %u of a buffer of %u bytes", index, length));
-  }
-}
-
 U32 checkedSize(std::size_t size) {
   if (size > BufBase::kMaxSize) {
     Kex::throwRangeException(
@@ -50,14 +44,8 @@ void BufBase::lenIs(U32 length) {
   len_ = length;
 }
 
-U8 BufBase::byte(U32 index) const {
-  checkIndex(index, len_);
-  return bytes_[index];
-}
-
-void BufBase::byteIs(U32 index, U8 value) {
-  checkIndex(index, len_);
-  bytes_[index] = value;
+void BufBase::throwNoByte(U32 index) const {
+  Kex::throwRangeException(Kex::format("byte %u of a buffer of %u bytes", index, len_));
 }
 
 void BufBase::bytesIs(U32 offset, std::span<U8 const> bytes) {
@@ -65,7 +53,7 @@ void BufBase::bytesIs(U32 offset, std::span<U8 const> bytes) {
     Kex::throwRangeException(
         Kex::format("%zu bytes at %u of a buffer of %u bytes", bytes.size(), offset, len_));
   }
-  std::ranges::copy(bytes, bytes_.begin() + offset);
+  std::ranges::copy(bytes, bytes_.data() + offset);
 }
 
 Kex::String8 BufBase::str() const { return Kex::String8(bytes()); }
@@ -86,7 +74,7 @@ void BufBase::doAppend(std::span<U8 const> bytes) {
     std::ranges::copy(bytes, grown.begin() + len_);
     bytes_.swap(grown);
   } else {
-    std::ranges::copy(bytes, bytes_.begin() + len_);
+    std::ranges::copy(bytes, bytes_.data() + len_);
   }
   len_ = length;
 }

@@ -28,8 +28,14 @@ class KEX_API BufBase : public Kex::Owned {
   void lenIs(Kex::U32 length);
 
   /// The byte at `index`. Throws a range exception at or beyond the length.
-  Kex::U8 byte(Kex::U32 index) const;
-  void byteIs(Kex::U32 index, Kex::U8 value);
+  Kex::U8 byte(Kex::U32 index) const {
+    checkIndex(index);
+    return bytes_[index];
+  }
+  void byteIs(Kex::U32 index, Kex::U8 value) {
+    checkIndex(index);
+    bytes_[index] = value;
+  }
   /// The bytes up to the length.
   std::span<Kex::U8 const> bytes() const { return {bytes_.data(), len_}; }
   /// Puts `bytes` at `offset`. Throws a range exception when they reach beyond the length.
@@ -49,6 +55,13 @@ class KEX_API BufBase : public Kex::Owned {
   void capacityIs(Kex::U32 size);
 
  private:
+  void checkIndex(Kex::U32 index) const {
+    if (index >= len_) {
+      throwNoByte(index);
+    }
+  }
+  [[noreturn]] void throwNoByte(Kex::U32 index) const;
+
   std::vector<Kex::U8> bytes_;
   Kex::U32 len_ = 0;
 };

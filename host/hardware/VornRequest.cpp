@@ -45,29 +45,28 @@ void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData
     Kex::throwRangeException(
         Kex::format("an operation of %u bytes does not fit an SMBus block", length));
   }
-  VornOp op{.opcode = opcode,
-            .address = Smbus::VornAddress(address),
-            .data = data,
-            .length = length,
-            .written = {}};
+  Smbus::VornAddress const decoded(address);
+  Smbus::Block written;
   if (opcode == VornOp::kWrite) {
     for (Kex::U32 i = 0; i < length; ++i) {
-      op.written.bytes[i] = data.buffer().byte(i);
+      written.bytes[i] = data.buffer().byte(i);
     }
-    op.written.length = static_cast<Kex::U8>(length);
+    written.length = static_cast<Kex::U8>(length);
   }
   if (isReplacing_) {
     operations_.clear();
     isReplacing_ = false;
   }
-  operations_.push_back(std::move(op));
+  operations_.emplace_back(opcode, decoded, data, length, written);
 }
 
 void VornRequest::activeIs(bool active) {
   if (handler_ != nullptr && !handler_->isOwnDoing(*this)) {
     active = false;
   }
-  bus_->clientDel(*this);
+  if (status_ == Request::kRunning) {
+    bus_->clientDel(*this);
+  }
   dequeue();
   status_ = Request::kIdle;
   isActive_ = active;

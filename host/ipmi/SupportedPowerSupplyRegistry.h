@@ -12,21 +12,17 @@ class KEX_API SupportedPowerSupplyRegistry final : public Kex::Entity {
  public:
   using Descriptors = Kex::HashMap<SupportedPowerSupplyDescriptorBase>;
 
-  /// A walk over the descriptors; the registry knows how far the one that moved last has come.
+  /// A walk over the descriptors; when it ends, the registry knows how far it has come.
   class Walk : public Descriptors::Iterator {
    public:
     explicit Walk(SupportedPowerSupplyRegistry& registry)
-        : Iterator(registry.descriptors_), registry_(&registry) {
-      registry_->reached_ = **this;
-    }
-    Walk& operator++() {
-      Iterator::operator++();
-      registry_->reached_ = **this;
-      return *this;
-    }
+        : Iterator(registry.descriptors_), registry_(&registry) {}
+    Walk(Walk const&) = delete;
+    Walk& operator=(Walk const&) = delete;
+    ~Walk() { registry_->reached_ = **this; }
 
    private:
-    SupportedPowerSupplyRegistry* registry_;
+    Kex::Ptr<SupportedPowerSupplyRegistry> registry_;
   };
 
   static Kex::KexType& _fwkType();
@@ -44,8 +40,7 @@ class KEX_API SupportedPowerSupplyRegistry final : public Kex::Entity {
   Descriptors const& powerSupplyDescriptors() const { return descriptors_; }
   /// A walk that stands on the first descriptor.
   Walk powerSupplyDescriptorIterator() { return Walk(*this); }
-  /// The descriptor that the last walk stands on or was left at, told once; null for one that came
-  /// to the end.
+  /// The descriptor that the last walk was left at, told once; null for one that came to the end.
   Kex::Ptr<SupportedPowerSupplyDescriptorBase> reachedDescriptorDel() {
     return std::exchange(reached_, {});
   }

@@ -24,9 +24,9 @@ Directory::~Directory() {
   }
 }
 
-Ptr<PtrInterface> Directory::member(Name const& name) const {
+Ptr<Entity> Directory::entity(Name const& name) const {
   auto const found = members_.find(name);
-  return found == members_.end() ? Ptr<PtrInterface>() : Ptr<PtrInterface>(found->second);
+  return found == members_.end() ? Ptr<Entity>() : found->second;
 }
 
 std::vector<Name> Directory::memberNames() const {

@@ -16,7 +16,9 @@ class KEX_API Directory : public Entity {
   KexType& fwkType() const override;
   ~Directory() override;
 
-  Ptr<PtrInterface> member(Name const& name) const override;
+  Ptr<PtrInterface> member(Name const& name) const override { return entity(name); }
+  /// The member of this name; null for none.
+  Ptr<Entity> entity(Name const& name) const;
   std::vector<Name> memberNames() const override;
   /// Takes `entity` in, out of the parent that it had and in place of one of the same name. Throws
   /// a range exception for one without a name, whose path would be that of the directory, and for

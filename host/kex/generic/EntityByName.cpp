@@ -9,9 +9,9 @@ namespace Kex {
 bool Entity::singletonExists(Name const& name) { return root().member(name) != nullptr; }
 
 Ptr<Entity> Entity::singletonIs(KexType const& type) {
-  Name const name(type.fullName());
-  if (Ptr<PtrInterface> const found = root().member(name)) {
-    return dynamicCast<Entity>(found);
+  Name const& name = type.nodeName();
+  if (Ptr<Entity> found = root().entity(name)) {
+    return found;
   }
   auto const arguments = make<GenericIf::List_>();
   arguments->append(holderOf(name));

@@ -33,8 +33,6 @@ KexType::KexType(Name shortName, KexType const* scope, KexType* base, TypeFlags)
 
 KexType::~KexType() = default;
 
-String8 const& KexType::fullName() const { return fullName_.empty() ? name_.str() : fullName_; }
-
 bool KexType::isA(KexType const& other) const {
   for (KexType const* type = this; type != nullptr; type = type->base_) {
     if (type == &other) {
@@ -82,7 +80,7 @@ KexAttr* KexType::attr(AttributeId id) const {
 }
 
 void KexType::typeNodeIs(KexType& record, Name const& fullName) {
-  record.fullName_ = fullName.str();
+  record.fullName_ = fullName;
   typeTree()[fullName] = &record;
 }
 

@@ -46,7 +46,9 @@ class KEX_API KexType : public PtrInterface {
   /// Null for a root.
   KexType* base() const { return base_; }
   /// The name under which the type was entered in the type tree, else the short name.
-  String8 const& fullName() const;
+  String8 const& fullName() const { return nodeName().str(); }
+  /// The same, as a name.
+  Name const& nodeName() const { return fullName_.str().empty() ? name_ : fullName_; }
   /// Whether this is `other` or derived from it.
   bool isA(KexType const& other) const;
 
@@ -99,7 +101,7 @@ class KEX_API KexType : public PtrInterface {
   Name name_;
   KexType const* scope_;
   KexType* base_;
-  String8 fullName_;
+  Name fullName_;
   std::vector<KexType*> derivedTypes_;
   std::size_t size_ = 0;
   bool isEntity_ = false;
