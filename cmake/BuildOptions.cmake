@@ -30,6 +30,16 @@ add_compile_options(
   $<$<CONFIG:Debug>:-D_GLIBCXX_ASSERTIONS>)
 add_link_options(-Wl,-z,now -Wl,-z,relro $<$<CONFIG:Release>:-Wl,--gc-sections>)
 
+# Nobody puts functions of their own in place of a library's, so it calls its own directly.
+add_compile_options($<$<CONFIG:Release>:-fno-semantic-interposition>)
+set(CMAKE_SHARED_LINKER_FLAGS_RELEASE "${CMAKE_SHARED_LINKER_FLAGS_RELEASE} -Wl,-Bsymbolic-functions")
+# Relocations that only add where the library is loaded take a bit each.
+include(CheckLinkerFlag)
+check_linker_flag(CXX -Wl,-z,pack-relative-relocs EPS_PACKED_RELOCATIONS)
+if(EPS_PACKED_RELOCATIONS)
+  add_link_options($<$<CONFIG:Release>:-Wl,-z,pack-relative-relocs>)
+endif()
+
 if(EPS_SANITIZE)
   # Asio's fences, which g++ warns about, stand beside locks that the thread sanitizer does follow.
   add_compile_options(-fsanitize=${EPS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
