@@ -69,6 +69,7 @@ class Output(Case):
     def test_explain_shows_bytes_and_fields(self):
         out = run("identify", "--explain", SAMPLES / "ds3000te.fru")[1].decode("ascii")
         for part in ("07 45 4D 45 52 53 4F 4E", "wrote 01 80", "at 0x80", '"DS3000TE-3-001\\x09"',
+                     "\nVerdict\n   identified\n",
                      'custom field          8-bit     6 bytes  "REV-05"', "0x82 stored, 0x82 comp",
                      "DS3000TE                            manages it"):
             self.assertIn(part, out)

@@ -50,6 +50,7 @@ std::string outcome(std::function<Value()> const& run) {
     Value const answer = run();
     return answer ? std::string("= ") + answer->text().charPtr() : "done";
   } catch (Kex::Exception const& error) {
+    EXPECT_TRUE(error.isUserError());
     for (auto const& [type, id, name] : kClasses) {
       if (type == typeid(error) && id == error.id()) {
         return name + std::string(error.what());
