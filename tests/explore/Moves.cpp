@@ -39,7 +39,7 @@ Move flipping(Flip const& flip) {
 }
 
 /// Supply A answers, and when that makes the descriptors be asked, one of them does this.
-Move interfering(char const* what, std::function<void(Rig&)> interfere) {
+Move interfering(char const* what, std::function<void(Rig&)> const& interfere) {
   return {std::string("A, and a descriptor ") + what, isAsked, [interfere](Rig& rig) {
             rig.interfereInWalk(interfere);
             rig.answer(kA);

@@ -12,10 +12,7 @@
 
 namespace explore {
 
-using Hardware::VornRequest;
 using Hardware::PowerSupplySlot::Verdict;
-using PowerSupplyDetector::IdentifierBase;
-using PowerSupplyDetector::Next;
 
 namespace {
 
@@ -23,7 +20,9 @@ namespace {
 constexpr double kNoTime = 1e-5;
 /// When the transport gives a transaction up, and when the bus does, in seconds from its start.
 constexpr double kTransportTimeout = kTick;
-constexpr double kBusTimeout = 2 * kTick;
+constexpr double kBusTimeout = 4 * kTick;
+/// With its grace that is when the bus gives up, in milliseconds.
+constexpr Hardware::SmbusTimeout kAddressTimeout{950};
 
 struct Known {
   busTest::Fru fru;
@@ -47,12 +46,22 @@ Kex::ActivityManager& loop() { return Kex::activityManager(); }
 
 }  // namespace
 
-/// Tells when detection starts over.
+/// Tells when detection starts over; its addresses have a bus timeout that fits the ticks.
 class Rig::Watched final : public Emerson::PmbusIdentifier::Identifier {
  public:
   template <class... Arguments>
   explicit Watched(Rig& rig, Arguments&&... arguments)
       : Identifier(std::forward<Arguments>(arguments)...), rig_(rig) {}
+
+  void doInitialize() override {
+    Identifier::doInitialize();
+    auto address = vornAddr();
+    address.busTimeoutIs(kAddressTimeout);
+    vornAddrIs(address);
+    address = mfrIdAddr();
+    address.busTimeoutIs(kAddressTimeout);
+    mfrIdAddrIs(address);
+  }
 
   void doResetIdentifier() override {
     rig_.reset();
@@ -114,13 +123,13 @@ Rig::Rig()
       driver_(Kex::make<PowerSupplyDetector::SlotDriver>("driver")) {
   Model::rigIs(this);
   // So late that a second more does not change how times are rounded.
+  constexpr double kStart = 0x1p33;
   run(std::max(kStart, std::floor(now()) + 1));
   identifier_ = Kex::make<Watched>(
       *this, loop().config().clock(),
       Kex::make<Hardware::PowerSupplySlot::SlotConfig>("S", Kex::make<SmbusVorn::VornDesc>(vorn_)),
       status_, vorn_->newRequest(), vorn_->newRequest(), vorn_->newRequest(), nullptr, nullptr,
       nullptr, Kex::U8{0x58}, Kex::U8{0xB0});
-  lastReset_ = now();
   identifier_->pollIntervalIs(kPollInterval);
   identifier_->pollDelayIs(kPollDelay);
   identifier_->reviewIntervalIs(kReviewInterval);

@@ -39,10 +39,8 @@ inline constexpr auto kFlips = std::to_array<Flip>({
     {"the area's checksum", 23, 0x80},
 });
 
-/// Timings of the slot, in seconds, are multiples of one: half of the 1.05 s after which the bus
-/// gives a transaction up, as the clock rounds it so late (`kStart`).
-inline constexpr double kTick = 275251 * 0x1p-19;
-inline constexpr double kStart = 0x1p33;
+/// Timings of the slot, in seconds, are multiples of one, the delay of a check's retry.
+inline constexpr double kTick = 0.25;
 inline constexpr double kPollDelay = kTick;
 inline constexpr double kPollInterval = 2 * kTick;
 inline constexpr double kReviewInterval = 5 * kTick;

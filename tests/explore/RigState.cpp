@@ -49,8 +49,6 @@ unsigned Rig::attemptsLeft() const {
 }
 
 std::uint64_t Rig::digest() const {
-  constexpr Kex::U32 kReadBufSize =
-      1 + Emerson::PmbusIdentifier::Identifier::kMaxBytesReadInProcessCall;
   auto const& identifier = *identifier_;
   auto const& detection = detectionOf(identifier);
   double const at = now();
@@ -95,11 +93,12 @@ std::uint64_t Rig::digest() const {
     digest.addTime(at - wire_->pending->begun);
   }
 
+  // Whether the buffers serve; those that do not are put right at the next detection.
   for (auto const& buffer :
        {identifier.pollForInsertionWriteBuf(), identifier.identifySupplyWriteBuf(),
         identifier.checkSupplyWriteBuf(), identifier.pollForInsertionReadBuf(),
         identifier.identifySupplyReadBuf(), identifier.checkSupplyReadBuf()}) {
-    digest.add(buffer ? std::min(buffer->size(), kReadBufSize) : 0);
+    digest.add(buffer ? std::min<Kex::U32>(buffer->size(), 2) : 0);
   }
 
   // The rest only as long as somebody may still look at it.

@@ -60,11 +60,15 @@ void Clock::placeIs(std::size_t index, Deadline const& deadline) const {
     heap[at] = moved;
     moved.reactor->deadline_ = at;
   };
-  for (std::size_t parent; index != 0 && deadline.isBefore(heap[parent = (index - 1) / kChildren]);
-       index = parent) {
+  while (index != 0) {
+    std::size_t const parent = (index - 1) / kChildren;
+    if (!deadline.isBefore(heap[parent])) {
+      break;
+    }
     put(index, heap[parent]);
+    index = parent;
   }
-  for (std::size_t first; (first = kChildren * index + 1) < size;) {
+  for (std::size_t first = kChildren * index + 1; first < size; first = kChildren * index + 1) {
     Deadline const* const end = heap + std::min(first + kChildren, size);
     Deadline const* next = heap + first;
     for (Deadline const* child = next + 1; child != end; ++child) {
