@@ -73,9 +73,11 @@ void Identifier::handleCheckedBytes() {
     serialNumIs("");
   } else {
     Hal::Buf& area = *productInfoBuf();
-    Kex::U32 const offset = idprom()->productInfo()->serialNumberOffset();
+    auto const& product = *idprom()->productInfo();
+    Kex::U32 const offset = product.serialNumberOffset();
     // Bytes that are there already, as in almost every check, say what they said before.
-    bool const isSame = area.len() >= offset + bytes.size() &&
+    bool const isSame = serialNum() == product.serialNumber() &&
+                        area.len() >= offset + bytes.size() &&
                         std::ranges::equal(bytes, area.bytes().subspan(offset, bytes.size()));
     area.bytesIs(offset, bytes);
     serialNumIs(isSame
