@@ -40,7 +40,7 @@ class Known {
     static_assert(kSupplies <= 3);
     Kex::U8& known = sets_[digest];
     for (std::uint64_t set = 0; set <= seen; ++set) {
-      if ((known >> set & 1U) != 0 && (set & seen) == set) {
+      if ((unsigned{known} >> set & 1U) != 0 && (set & seen) == set) {
         return false;
       }
     }
