@@ -213,7 +213,9 @@ class Search {
   static void write(std::FILE& out, Report const& report) {
     std::size_t const sizes[] = {report.steps.size(), report.moves, report.fault.size()};
     std::fwrite(sizes, sizeof sizes, 1, &out);
-    std::fwrite(report.steps.data(), sizeof(Step), report.steps.size(), &out);
+    if (!report.steps.empty()) {
+      std::fwrite(report.steps.data(), sizeof(Step), report.steps.size(), &out);
+    }
     std::fwrite(report.fault.data(), 1, report.fault.size(), &out);
   }
 
@@ -225,7 +227,8 @@ class Search {
       report.steps.resize(sizes[0]);
       report.moves = sizes[1];
       report.fault.resize(sizes[2]);
-      isWhole = std::fread(report.steps.data(), sizeof(Step), sizes[0], &in) == sizes[0] &&
+      isWhole = (sizes[0] == 0 ||
+                 std::fread(report.steps.data(), sizeof(Step), sizes[0], &in) == sizes[0]) &&
                 std::fread(report.fault.data(), 1, sizes[2], &in) == sizes[2];
     }
     if (!isWhole) {
