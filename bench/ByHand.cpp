@@ -2,7 +2,6 @@
 #include "bench/ByHand.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <numeric>
 #include <span>
@@ -11,19 +10,6 @@
 #include "ipmi/Trim.h"
 #include "ipmi/families/All.h"
 
-// What the rows refer to, as the plug-in builds it.
-namespace Emerson::IpmiIdentifier {
-
-Kex::String8 const ds1100FdlTemplate = kDs1100FdlText;
-Kex::String8 const ds1600FdlTemplate = kDs1600FdlText;
-Kex::String8 const ds2700FdlTemplate = kDs2700FdlText;
-Kex::String8 const ds3000FdlTemplate = kDs3000FdlText;
-Kex::String8 const ds460FdlTemplate = kDs460FdlText;
-Kex::String8 const ds500FdlTemplate = kDs500FdlText;
-Kex::String8 const ds750FdlTemplate = kDs750FdlText;
-
-}  // namespace Emerson::IpmiIdentifier
-
 namespace ByHand {
 
 namespace {
@@ -31,9 +17,27 @@ namespace {
 using namespace Emerson::IpmiIdentifier;
 using Kex::U8;
 
-constexpr std::span<Model const> kFamilies[] = {kDs3000Models,     kDs2700Models, kDs2900Models,
-                                                kEmerson760Models, kDs460Models,  kDs500Models,
-                                                kDs750Models,      kDs1100Models, kDs1600Models};
+/// What tells a model.
+struct Key {
+  KeyField field;
+  MatchRule rule;
+  AcceptedKeys accepted;
+};
+
+// Copied from the rows at compile time, so that nothing of what fills templates is linked.
+consteval auto keysOfModels() {
+  std::array<Key, kModelCount> keys;
+  for (std::span<Model const> const family : std::initializer_list<std::span<Model const>>{
+           kDs3000Models, kDs2700Models, kDs2900Models, kEmerson760Models, kDs460Models,
+           kDs500Models, kDs750Models, kDs1100Models, kDs1600Models}) {
+    for (Model const& model : family) {
+      keys[static_cast<std::size_t>(model.id)] = {model.family->keyField, model.family->rule,
+                                                  model.keys};
+    }
+  }
+  return keys;
+}
+constexpr auto kKeys = keysOfModels();
 
 constexpr std::size_t kMfrIdLength = 7;
 constexpr std::size_t kHeaderLength = 8;
@@ -42,20 +46,19 @@ constexpr std::size_t kChunk = 16;
 /// Bytes in which headers count offsets and lengths.
 constexpr std::size_t kUnit = 8;
 constexpr std::size_t kLongestArea = 255;
-constexpr std::size_t kLongestFdl = 4096;
 
-bool accepts(Model const& model, std::string_view key, std::string_view accepted) {
+bool isAccepted(std::string_view text, std::string_view accepted, MatchRule rule) {
   return !accepted.empty() &&
-         (model.family->rule == MatchRule::prefix ? key.starts_with(accepted) : key == accepted);
+         (rule == MatchRule::prefix ? text.starts_with(accepted) : text == accepted);
 }
 
-bool knows(Model const& model, Fields const& fields) {
-  std::string_view key =
-      model.family->keyField == KeyField::partNumber ? fields.partNumber : fields.productName;
-  if (model.family->rule == MatchRule::trimmedEquality) {
-    key = trimmed(key);
+bool knows(Key const& key, Fields const& fields) {
+  std::string_view text =
+      key.field == KeyField::partNumber ? fields.partNumber : fields.productName;
+  if (key.rule == MatchRule::trimmedEquality) {
+    text = trimmed(text);
   }
-  return accepts(model, key, model.keys[0]) || accepts(model, key, model.keys[1]);
+  return isAccepted(text, key.accepted[0], key.rule) || isAccepted(text, key.accepted[1], key.rule);
 }
 
 /// One transaction: `length` bytes of what the supply answers go to `target`.
@@ -105,24 +108,30 @@ std::string_view nextField(std::span<U8 const> area, std::size_t& at) {
   return text;
 }
 
-}  // namespace
-
-int fill(Fields const& fields, char* text, std::size_t size) {
-  return std::snprintf(text, size, ds2900FdlTemplate, fields.manufacturerName.c_str(),
-                       fields.productVersion.c_str(), fields.serialNumber.c_str());
+/// Fills the template of the DS2900.
+void fill(Fields const& fields, std::string& fdl) {
+  std::string_view pattern = ds2900FdlTemplate;
+  fdl.clear();
+  for (std::string const* const text :
+       {&fields.manufacturerName, &fields.productVersion, &fields.serialNumber}) {
+    std::size_t const placeholder = pattern.find('%');
+    fdl.append(pattern, 0, placeholder).append(*text);
+    pattern.remove_prefix(placeholder + 2);
+  }
+  fdl.append(pattern);
 }
+
+}  // namespace
 
 bool walk(Fields const& fields, Outputs& outputs) {
   Output* output = outputs.data();
-  for (auto const& family : kFamilies) {
-    for (Model const& model : family) {
-      if (knows(model, fields)) {
-        return true;
-      }
-      output->managed = false;
-      output->fdl.clear();
-      ++output;
+  for (Key const& key : kKeys) {
+    if (knows(key, fields)) {
+      return true;
     }
+    output->managed = false;
+    output->fdl.clear();
+    ++output;
   }
   return false;
 }
@@ -160,12 +169,10 @@ bool recognise(Agent::SimulatedSupply const& supply, Description& description) {
   fields.partNumber = nextField(area, at);
   fields.productVersion = nextField(area, at);
   fields.serialNumber = nextField(area, at);
-  Outputs outputs;
-  if (!walk(fields, outputs)) {
+  if (std::ranges::none_of(kKeys, [&](Key const& key) { return knows(key, fields); })) {
     return false;
   }
-  char text[kLongestFdl];
-  description.fdl.assign(text, static_cast<std::size_t>(fill(fields, text, sizeof text)));
+  fill(fields, description.fdl);
   std::size_t const serialLength = fields.serialNumber.size();
   std::array<U8, kChunk> serial;
   return readFru(supply, start + at - serialLength, serial.data(), serialLength) &&

@@ -32,9 +32,6 @@ struct Description {
   std::string fdl;
 };
 
-/// Fills the template of the DS2900 with `fields`: `snprintf` and nothing else. Answers the length.
-int fill(Fields const& fields, char* text, std::size_t size);
-
 /// Asks all models one after the other: trims the key where the model wants it so, compares it,
 /// sets both outputs. Answers whether one knows the supply.
 bool walk(Fields const& fields, Outputs& outputs);

@@ -1,6 +1,8 @@
 // A slot with a simulated supply, driven on virtual time.
 #pragma once
 
+#include <array>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -15,6 +17,9 @@ class PromptBus final : public Smbus::Transport, private Kex::Activity {
  public:
   /// `supply` must outlive the bus; null for an empty one.
   explicit PromptBus(Agent::SimulatedSupply const* supply) : supply_(supply) {}
+
+  /// See the constructor.
+  void supplyIs(Agent::SimulatedSupply const* supply) { supply_ = supply; }
 
   void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
              Smbus::AnswerSink& sink) override {
@@ -40,15 +45,21 @@ inline void run(double seconds) {
   loop.runUntil(loop.config().clock()->time() + seconds);
 }
 
-/// Long enough for a recognition up to its first check, too short for the second one.
-inline constexpr double kRecognition = 0.5;
-/// Seconds from one poll or check to the next.
+/// Seconds from one poll or check to the next, and the least from one recognition to the next.
 inline constexpr double kInterval = 1.0;
+/// Long enough for a recognition up to its first check and for the next one to begin at once, too
+/// short for the second check.
+inline constexpr double kRecognition = 1.1;
 
-/// The supply that is recognised wherever one is.
-inline Agent::SimulatedSupply const& theSupply() {
-  static Agent::SimulatedSupply const supply = Sample("ds2900").supply();
-  return supply;
+/// Two supplies of one model, of which only the serial numbers differ.
+inline std::array<Agent::SimulatedSupply, 2> const& supplies() {
+  static std::array<Agent::SimulatedSupply, 2> const two = [] {
+    Sample sample("ds2900");
+    Agent::SimulatedSupply const first = sample.supply();
+    sample.serialNumberIs("12345678901");
+    return std::array{first, sample.supply()};
+  }();
+  return two;
 }
 
 /// A slot with a supply, or an empty one.
@@ -56,20 +67,28 @@ class SimulatedSlot {
  public:
   SimulatedSlot(Agent::Plugin const& plugin, std::string const& name,
                 Agent::SimulatedSupply const* supply)
-      : slot_(name, std::make_unique<PromptBus>(supply), plugin),
-        identifier_(slot_.driver()->identifier("EmersonPmbus")) {}
+      : SimulatedSlot(plugin, name, std::make_unique<PromptBus>(supply)) {}
 
-  /// Recognises the supply again, from the MFR_ID to the first check.
-  void recognise() {
+  /// Has the other supply recognised, from the MFR_ID to the first check, within `kRecognition`:
+  /// what was known of the slot changes each time.
+  void doRecognise() {
+    bus_.supplyIs(&supplies()[++turn_ % 2]);
     identifier_->kexFwkActivityIs(true);
-    run(kRecognition);
   }
 
   Agent::Slot& slot() { return slot_; }
 
  private:
+  SimulatedSlot(Agent::Plugin const& plugin, std::string const& name,
+                std::unique_ptr<PromptBus> bus)
+      : bus_(*bus),
+        slot_(name, std::move(bus), plugin),
+        identifier_(slot_.driver()->identifier("EmersonPmbus")) {}
+
+  PromptBus& bus_;
   Agent::Slot slot_;
   Kex::Ptr<PowerSupplyDetector::IdentifierBase> identifier_;
+  unsigned turn_ = 0;
 };
 
 }  // namespace Bench
