@@ -17,26 +17,27 @@ namespace {
 using namespace Emerson::IpmiIdentifier;
 using Kex::U8;
 
-/// What is compared of a model.
+/// What tells a model.
 struct Key {
   KeyField field;
   MatchRule rule;
   AcceptedKeys accepted;
 };
 
-/// The keys of all models. The rows themselves are the plug-in's.
-constexpr auto kKeys = [] {
-  std::array<Key, kModelCount> keys{};
-  Key* key = keys.data();
-  auto const add = [&key](auto const& rows) {
-    for (Model const& row : rows) {
-      *key++ = {row.family->keyField, row.family->rule, row.keys};
+// Copied from the rows at compile time, so that nothing of what fills templates is linked.
+consteval auto keysOfModels() {
+  std::array<Key, kModelCount> keys;
+  for (std::span<Model const> const family : std::initializer_list<std::span<Model const>>{
+           kDs3000Models, kDs2700Models, kDs2900Models, kEmerson760Models, kDs460Models,
+           kDs500Models, kDs750Models, kDs1100Models, kDs1600Models}) {
+    for (Model const& model : family) {
+      keys[static_cast<std::size_t>(model.id)] = {model.family->keyField, model.family->rule,
+                                                  model.keys};
     }
-  };
-  add(kDs3000Models), add(kDs2700Models), add(kDs2900Models), add(kEmerson760Models);
-  add(kDs460Models), add(kDs500Models), add(kDs750Models), add(kDs1100Models), add(kDs1600Models);
+  }
   return keys;
-}();
+}
+constexpr auto kKeys = keysOfModels();
 
 constexpr std::size_t kMfrIdLength = 7;
 constexpr std::size_t kHeaderLength = 8;
@@ -46,9 +47,18 @@ constexpr std::size_t kChunk = 16;
 constexpr std::size_t kUnit = 8;
 constexpr std::size_t kLongestArea = 255;
 
-bool accepts(MatchRule rule, std::string_view key, std::string_view accepted) {
+bool isAccepted(std::string_view text, std::string_view accepted, MatchRule rule) {
   return !accepted.empty() &&
-         (rule == MatchRule::prefix ? key.starts_with(accepted) : key == accepted);
+         (rule == MatchRule::prefix ? text.starts_with(accepted) : text == accepted);
+}
+
+bool knows(Key const& key, Fields const& fields) {
+  std::string_view text =
+      key.field == KeyField::partNumber ? fields.partNumber : fields.productName;
+  if (key.rule == MatchRule::trimmedEquality) {
+    text = trimmed(text);
+  }
+  return isAccepted(text, key.accepted[0], key.rule) || isAccepted(text, key.accepted[1], key.rule);
 }
 
 /// One transaction: `length` bytes of what the supply answers go to `target`.
@@ -98,30 +108,32 @@ std::string_view nextField(std::span<U8 const> area, std::size_t& at) {
   return text;
 }
 
-}  // namespace
-
+/// Fills the template of the DS2900.
 void fill(Fields const& fields, std::string& fdl) {
-  std::string_view rest = ds2900FdlTemplate;
+  std::string_view pattern = ds2900FdlTemplate;
   fdl.clear();
-  for (std::string const* const field :
+  for (std::string const* const text :
        {&fields.manufacturerName, &fields.productVersion, &fields.serialNumber}) {
-    std::size_t const placeholder = rest.find('%');
-    fdl.append(rest.substr(0, placeholder)).append(*field);
-    rest.remove_prefix(placeholder + 2);
+    std::size_t const placeholder = pattern.find('%');
+    fdl.append(pattern, 0, placeholder).append(*text);
+    pattern.remove_prefix(placeholder + 2);
   }
-  fdl.append(rest);
+  fdl.append(pattern);
 }
 
-bool walk(Fields const& fields) {
-  return std::ranges::any_of(kKeys, [&fields](Key const& known) {
-    std::string_view key =
-        known.field == KeyField::partNumber ? fields.partNumber : fields.productName;
-    if (known.rule == MatchRule::trimmedEquality) {
-      key = trimmed(key);
+}  // namespace
+
+bool walk(Fields const& fields, Outputs& outputs) {
+  Output* output = outputs.data();
+  for (Key const& key : kKeys) {
+    if (knows(key, fields)) {
+      return true;
     }
-    return accepts(known.rule, key, known.accepted[0]) ||
-           accepts(known.rule, key, known.accepted[1]);
-  });
+    output->managed = false;
+    output->fdl.clear();
+    ++output;
+  }
+  return false;
 }
 
 bool recognise(Agent::SimulatedSupply const& supply, Description& description) {
@@ -157,7 +169,7 @@ bool recognise(Agent::SimulatedSupply const& supply, Description& description) {
   fields.partNumber = nextField(area, at);
   fields.productVersion = nextField(area, at);
   fields.serialNumber = nextField(area, at);
-  if (!walk(fields)) {
+  if (std::ranges::none_of(kKeys, [&](Key const& key) { return knows(key, fields); })) {
     return false;
   }
   fill(fields, description.fdl);

@@ -17,6 +17,8 @@ class PromptBus final : public Smbus::Transport, private Kex::Activity {
  public:
   /// `supply` must outlive the bus; null for an empty one.
   explicit PromptBus(Agent::SimulatedSupply const* supply) : supply_(supply) {}
+
+  /// See the constructor.
   void supplyIs(Agent::SimulatedSupply const* supply) { supply_ = supply; }
 
   void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
@@ -43,25 +45,22 @@ inline void run(double seconds) {
   loop.runUntil(loop.config().clock()->time() + seconds);
 }
 
-/// Seconds from one poll or check to the next.
+/// Seconds from one poll or check to the next, and the least from one recognition to the next.
 inline constexpr double kInterval = 1.0;
-/// Detection starts over once an interval. This is long enough for that, and too short for a
-/// second check.
-inline constexpr double kRecognition = 1.05 * kInterval;
+/// Long enough for a recognition up to its first check and for the next one to begin at once, too
+/// short for the second check.
+inline constexpr double kRecognition = 1.1;
 
-/// The supplies that are recognised in turn: two with serial numbers of their own, so that every
-/// description is another than the one before.
-inline Agent::SimulatedSupply const& supplyNumber(unsigned number) {
-  static auto const supplies = [] {
+/// Two supplies of one model, of which only the serial numbers differ.
+inline std::array<Agent::SimulatedSupply, 2> const& supplies() {
+  static std::array<Agent::SimulatedSupply, 2> const two = [] {
     Sample sample("ds2900");
-    auto const first = sample.supply();
+    Agent::SimulatedSupply const first = sample.supply();
     sample.serialNumberIs("12345678901");
-    return std::to_array({first, sample.supply()});
+    return std::array{first, sample.supply()};
   }();
-  return supplies[number % supplies.size()];
+  return two;
 }
-/// The supply that is recognised where there is only one.
-inline Agent::SimulatedSupply const& theSupply() { return supplyNumber(0); }
 
 /// A slot with a supply, or an empty one.
 class SimulatedSlot {
@@ -69,26 +68,27 @@ class SimulatedSlot {
   SimulatedSlot(Agent::Plugin const& plugin, std::string const& name,
                 Agent::SimulatedSupply const* supply)
       : SimulatedSlot(plugin, name, std::make_unique<PromptBus>(supply)) {}
+
+  /// Has the other supply recognised, from the MFR_ID to the first check, within `kRecognition`:
+  /// what was known of the slot changes each time.
+  void doRecognise() {
+    bus_.supplyIs(&supplies()[++turn_ % 2]);
+    identifier_->kexFwkActivityIs(true);
+  }
+
+  Agent::Slot& slot() { return slot_; }
+
+ private:
   SimulatedSlot(Agent::Plugin const& plugin, std::string const& name,
                 std::unique_ptr<PromptBus> bus)
       : bus_(*bus),
         slot_(name, std::move(bus), plugin),
         identifier_(slot_.driver()->identifier("EmersonPmbus")) {}
 
-  /// Recognises a supply that takes the place of the last one, from the MFR_ID to the first check.
-  void recognise() {
-    bus_.supplyIs(&supplyNumber(++swaps_));
-    identifier_->kexFwkActivityIs(true);
-    run(kRecognition);
-  }
-
-  Agent::Slot& slot() { return slot_; }
-
- private:
   PromptBus& bus_;
   Agent::Slot slot_;
-  unsigned swaps_ = 0;
   Kex::Ptr<PowerSupplyDetector::IdentifierBase> identifier_;
+  unsigned turn_ = 0;
 };
 
 }  // namespace Bench

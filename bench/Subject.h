@@ -9,7 +9,7 @@
 
 namespace Bench {
 
-/// Something whose time and instructions are measured.
+/// Something whose instructions are counted, or whose time is measured.
 struct Subject {
   std::string name;
   /// How many operations one run does.
@@ -19,7 +19,7 @@ struct Subject {
 };
 
 /// What each file of measurements has to offer. `plugin` must outlive the subjects.
-std::vector<Subject> recognitionSubjects(Agent::Plugin const& plugin);
+std::vector<Subject> floorSubjects();
 std::vector<Subject> descriptorSubjects();
 std::vector<Subject> slotSubjects(Agent::Plugin const& plugin);
 std::vector<Subject> traceSubjects();

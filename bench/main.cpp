@@ -1,11 +1,10 @@
-// bench: measures every subject with Google Benchmark, or counts its instructions under callgrind.
+// bench: counts the instructions of every subject under callgrind; alone, measures their times.
 #include <benchmark/benchmark.h>
 #include <valgrind/callgrind.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <sstream>
 
 #include "bench/Subject.h"
 
@@ -16,17 +15,23 @@ namespace {
 std::vector<Subject> allSubjects(Agent::Plugin const& plugin) {
   std::vector<Subject> all;
   for (std::vector<Subject> const& some :
-       {recognitionSubjects(plugin), descriptorSubjects(), slotSubjects(plugin), traceSubjects()}) {
+       {floorSubjects(), slotSubjects(plugin), descriptorSubjects(), traceSubjects()}) {
     all.insert(all.end(), some.begin(), some.end());
   }
   return all;
 }
 
-/// Leaves a dump for each subject, triggered by "NAME OPERATIONS".
-void countInstructions(std::vector<Subject> const& subjects) {
+/// Prints each figure that is counted, and leaves a dump for each subject, triggered by
+/// "NAME OPERATIONS".
+void count(Agent::Plugin const& plugin) {
+  for (auto const& counts : {lifeCounts(plugin), slotCounts(plugin)}) {
+    for (Count const& one : counts) {
+      std::printf("%s %.17g\n", one.name.c_str(), one.value);
+    }
+  }
   constexpr unsigned kMostRuns = 100;
   constexpr unsigned kOperations = 20000;
-  for (Subject const& subject : subjects) {
+  for (Subject const& subject : allSubjects(plugin)) {
     unsigned const runs = std::clamp(kOperations / subject.operations, 1U, kMostRuns);
     auto const body = subject.prepare();
     body();
@@ -57,19 +62,11 @@ void measureTimes(std::vector<Subject> const& subjects) {
 
 void run(int argc, char** argv) {
   Agent::Plugin const plugin(Agent::Plugin::defaultFile());
-  std::vector<Subject> const subjects = allSubjects(plugin);
   if (RUNNING_ON_VALGRIND != 0) {
-    return countInstructions(subjects);
+    return count(plugin);
   }
   benchmark::Initialize(&argc, argv);
-  for (auto const& counts : {lifeCounts(plugin), slotCounts(plugin)}) {
-    for (Count const& count : counts) {
-      std::ostringstream value;
-      value << count.value;
-      benchmark::AddCustomContext(count.name, value.str());
-    }
-  }
-  measureTimes(subjects);
+  measureTimes(allSubjects(plugin));
 }
 
 }  // namespace

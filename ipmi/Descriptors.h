@@ -37,7 +37,7 @@ class Descriptor : public Ipmi::SupportedPowerSupplyDescriptorBase {
 
   /// Sets `managed` and `fdl` from `idpromContents`, which must have product info.
   void doGenerateFdl(Kex::Ptr<Ipmi::IdpromContents> const& idpromContents) override {
-    IpmiIdentifier::doGenerateFdl(*this, modelOf(kModel), *idpromContents);
+    IpmiIdentifier::doGenerateFdl(*this, modelOf(kModel), idpromContents);
   }
 };
 

@@ -25,7 +25,8 @@ bool matches(MatchRule rule, std::string_view key, std::string_view accepted) {
 }  // namespace
 
 void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Model const& model,
-                   Ipmi::IdpromContents const& idprom) {
+                   Kex::Ptr<Ipmi::IdpromContents> const& idpromContents) {
+  Ipmi::IdpromContents const& idprom = *idpromContents;
   auto const& family = *model.family;
   if (*model.message != '\0') {
     Kex::trace(traceHandle(), 0, [&](std::ostream& out) { out << model.message; });

@@ -7,10 +7,11 @@
 
 namespace Emerson::IpmiIdentifier {
 
-/// Decides whether the supply that `idprom` describes is one of `model`'s units and sets both
-/// outputs of `descriptor`: the filled FDL, then managed; or not managed, then the empty FDL.
-/// `idprom` must have product info, else the range exception "null ValidPtr" is thrown.
+/// Decides whether the supply that `idpromContents` describes is one of `model`'s units and sets
+/// both outputs of `descriptor`: the filled FDL, then managed; or not managed, then the empty FDL.
+/// `idpromContents` must be there and have product info, else the range exception "null ValidPtr"
+/// is thrown.
 void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Model const& model,
-                   Ipmi::IdpromContents const& idprom);
+                   Kex::Ptr<Ipmi::IdpromContents> const& idpromContents);
 
 }  // namespace Emerson::IpmiIdentifier

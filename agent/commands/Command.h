@@ -18,8 +18,9 @@ struct Globals {
 /// A command's work. It may throw a `Failure` or a `UsageError`.
 using Action = std::function<Status(Globals const&)>;
 
-/// Adds to `command` what it takes. What is returned is done when the command line chooses it. A
-/// command is one of these, in a file of its own, and its row in CommandLine.cpp.
+/// Adds to `command`, which the command line has named, what it takes. What is returned is done
+/// when the command line chooses it. A command is one of these, in a file of its own, and its row
+/// in CommandLine.cpp.
 using Prepare = Action(CLI::App& command);
 
 Prepare prepareIdentify;

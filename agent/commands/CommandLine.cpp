@@ -105,7 +105,10 @@ Status runCommandLine(int argc, char const* const* argv) {
       ->take_all();
   for (Command const& row : kCommands) {
     CLI::App& command = *program.add_subcommand(row.name, row.purpose);
-    command.callback([&action, work = row.prepare(command)] { action = work; });
+    // What a command takes is made when the command line comes to it: one of them does.
+    command.preparse_callback([&action, &command, &row](std::size_t) {
+      command.callback([&action, work = row.prepare(command)] { action = work; });
+    });
   }
   Ledger ledger;
   guarded(ledger, [&] {

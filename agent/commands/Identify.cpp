@@ -49,12 +49,10 @@ void record(Candidates const& candidates, Recorder& recorder, Ledger& ledger) {
   }
 }
 
-Json json(Candidate const& candidate, Supply const& supply) {
-  Json object;
-  object["source"] = candidate.source();
-  object["slot"] = candidate.slot().name();
-  object.update(supplyJson(supply));
-  return object;
+std::string json(Candidate const& candidate, Supply const& supply) {
+  JsonObject object;
+  object.add("source", candidate.source()).add("slot", candidate.slot().name());
+  return addSupply(object, supply).text();
 }
 
 void print(Candidate const& candidate, Supply const& supply, Options const& options,
@@ -62,7 +60,7 @@ void print(Candidate const& candidate, Supply const& supply, Options const& opti
   if (options.isExplained) {
     std::cout << explain(candidate.source(), candidate.log(), supply);
   } else if (options.isJson) {
-    std::cout << jsonLine(json(candidate, supply)) << '\n';
+    std::cout << json(candidate, supply) << '\n';
   } else {
     std::cout << supply.fdl;
   }

@@ -3,9 +3,9 @@
 
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <vector>
 
-#include "agent/report/Report.h"
 #include "agent/slots/Plugin.h"
 #include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
@@ -16,6 +16,7 @@ namespace {
 
 using Kex::KexAttr;
 using Kex::KexType;
+using Json = nlohmann::ordered_json;
 using Arguments = std::vector<Kex::KexArgument>;
 
 std::string text(Kex::Name const& name) { return std::string(name.str().view()); }

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "agent/base/Error.h"
-#include "agent/base/Json.h"
+#include "agent/base/JsonObject.h"
 #include "agent/recording/Recording.h"
 #include "agent/recording/Transcript.h"
 
@@ -16,16 +16,15 @@ Recorder::Recorder(std::string file)
   if (!out_) {
     throw Failure(file_ + ": cannot open for writing: " + systemError(errno));
   }
-  write(jsonLine(Recording::header()));
+  write(Recording::header());
 }
 
 void Recorder::recordIs(std::string const& slot, TransactionRecord const& record) {
   if (!out_) {
     return;
   }
-  Json object = transactionJson(slot, record);
-  object["failure"] = record.isOk ? Json(nullptr) : Json(record.failure);
-  write(jsonLine(object));
+  auto const failure = record.isOk ? std::nullopt : std::optional(record.failure);
+  write(transactionJson(slot, record).add("failure", failure).text());
 }
 
 void Recorder::write(std::string const& line) {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "agent/base/Error.h"
+#include "agent/base/JsonObject.h"
 #include "agent/base/JsonValue.h"
 #include "agent/base/Text.h"
 #include "host/hardware/VornRequest.h"
@@ -144,7 +145,9 @@ TransactionRecord recordFrom(JsonValue const& object) {
 
 }  // namespace
 
-Json Recording::header() { return {{"format", kFormat}, {"version", kVersion}}; }
+std::string Recording::header() {
+  return JsonObject().add("format", kFormat).add("version", kVersion).text();
+}
 
 Recording::Recording(std::string const& file) : file_(file) {
   std::ifstream in(file, std::ios::binary);

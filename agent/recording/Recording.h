@@ -2,7 +2,6 @@
 #pragma once
 
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -20,7 +19,7 @@ struct RecordedTransaction {
 class Recording {
  public:
   /// The first line of every recording.
-  static nlohmann::ordered_json header();
+  static std::string header();
 
   /// Reads `file`. Throws a `Failure` that names the file, and the line and the value that do not
   /// fit.

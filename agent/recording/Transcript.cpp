@@ -1,30 +1,31 @@
 // Bus transactions as transcripts and recordings write them.
 #include "agent/recording/Transcript.h"
 
+#include <optional>
+
 #include "agent/base/Text.h"
 #include "host/hardware/VornRequest.h"
 #include "host/kex/base/Format.h"
 
 namespace Agent {
 
-using Json = nlohmann::ordered_json;
-
-Json transactionJson(std::string const& slot, TransactionRecord const& record) {
+JsonObject transactionJson(std::string const& slot, TransactionRecord const& record) {
   Smbus::Transaction const& transaction = record.transaction;
-  Json object;
-  object["time"] = record.time;
-  object["slot"] = slot;
-  object["event"] = "transaction";
-  object["request"] = record.request;
-  object["device"] = transaction.address.device();
-  object["command"] = transaction.address.offset();
-  object["write"] =
-      transaction.write.length == 0 ? Json(nullptr) : Json(hex(transaction.write.view()));
-  object["readLength"] = transaction.readLength;
-  object["read"] = record.isOk ? Json(hex(record.read.view())) : Json(nullptr);
-  object["status"] =
-      static_cast<int>(record.isOk ? Kex::Request::kSucceeded : Kex::Request::kFailed);
-  object["error"] = record.isOk ? Json(nullptr) : Json(Smbus::rowOf(record.error).name);
+  auto const when = [](bool isKnown, auto const& value) {
+    return isKnown ? std::optional(value) : std::nullopt;
+  };
+  JsonObject object;
+  object.add("time", record.time)
+      .add("slot", slot)
+      .add("event", "transaction")
+      .add("request", record.request)
+      .add("device", transaction.address.device())
+      .add("command", transaction.address.offset())
+      .add("write", when(transaction.write.length != 0, hex(transaction.write.view())))
+      .add("readLength", transaction.readLength)
+      .add("read", when(record.isOk, hex(record.read.view())))
+      .add("status", int{record.isOk ? Kex::Request::kSucceeded : Kex::Request::kFailed})
+      .add("error", when(!record.isOk, Smbus::rowOf(record.error).name));
   return object;
 }
 

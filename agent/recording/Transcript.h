@@ -1,9 +1,9 @@
 // Bus transactions as transcripts and recordings write them.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 
+#include "agent/base/JsonObject.h"
 #include "agent/recording/TransactionLog.h"
 
 namespace Agent {
@@ -11,7 +11,7 @@ namespace Agent {
 /// `{"time":S,"slot":NAME,"event":"transaction","request":...,"device":N,"command":N,
 /// "write":HEX|null,"readLength":N,"read":HEX|null,"status":2|3,"error":KIND|null}`; `time` is when
 /// the transaction ended, `read` the bytes as they reached the handler's buffer.
-nlohmann::ordered_json transactionJson(std::string const& slot, TransactionRecord const& record);
+JsonObject transactionJson(std::string const& slot, TransactionRecord const& record);
 
 /// The same for a person: `SECONDS SLOT request 0xDEV 0xCMD write HEX -> HEX`, or the failure in
 /// place of the bytes read.

@@ -13,7 +13,6 @@ namespace Agent {
 namespace {
 
 using Ipmi::ProductInfoArea;
-using Kex::String8;
 
 /// One field of a product info area that is told of.
 struct Field {
@@ -35,12 +34,6 @@ constexpr Field kFields[] = {
 
 std::string_view upToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
 
-Json textOrNull(std::string_view text) { return text.empty() ? Json() : Json(latin1ToUtf8(text)); }
-
-Json textOrNull(std::optional<String8> const& text) {
-  return text ? Json(latin1ToUtf8(text->view())) : Json();
-}
-
 bool changesMeaning(std::string_view text) {
   using namespace std::string_view_literals;
   return text.find_first_of("'\"\\\n\r\0"sv) != std::string_view::npos;
@@ -50,24 +43,23 @@ std::string orDash(std::string_view text) { return text.empty() ? "-" : escaped(
 
 }  // namespace
 
-Json supplyJson(Supply const& supply) {
-  Json json;
-  json["verdict"] = verdictName(supply.verdict);
-  json["reason"] = textOrNull(supply.reason.view());
-  json["mfrId"] = supply.mfrId ? Json(latin1ToUtf8(upToNul(supply.mfrId->view()))) : Json();
-  json["descriptor"] = textOrNull(supply.descriptor);
-  for (Field const& field : kFields) {
-    json[field.jsonName] =
-        supply.product ? Json(latin1ToUtf8(field.text(*supply.product))) : Json();
-  }
-  json["hwError"] = supply.hwError ? Json(*supply.hwError) : Json();
-  json["suspect"] = Json::array();
+JsonObject& addSupply(JsonObject& object, Supply const& supply) {
+  std::vector<std::string_view> suspectFields;
   for (Suspect const& suspect : suspects(supply)) {
-    json["suspect"].push_back(suspect.field);
+    suspectFields.emplace_back(suspect.field);
   }
-  json["transactions"] = supply.transactions;
-  json["fdl"] = textOrNull(supply.fdl.view());
-  return json;
+  auto const latin1 = [](std::string_view bytes) { return std::optional(Latin1{bytes}); };
+  object.add("verdict", verdictName(supply.verdict))
+      .add("reason", orNull(supply.reason.view()))
+      .add("mfrId", supply.mfrId ? latin1(upToNul(supply.mfrId->view())) : std::nullopt)
+      .add("descriptor", supply.descriptor ? latin1(supply.descriptor->view()) : std::nullopt);
+  for (Field const& field : kFields) {
+    object.add(field.jsonName, supply.product ? latin1(field.text(*supply.product)) : std::nullopt);
+  }
+  return object.add("hwError", supply.hwError)
+      .add("suspect", suspectFields)
+      .add("transactions", supply.transactions)
+      .add("fdl", orNull(supply.fdl.view()));
 }
 
 std::vector<Suspect> suspects(Supply const& supply) {

@@ -5,19 +5,19 @@
 #include <vector>
 
 #include "agent/base/ExitStatus.h"
-#include "agent/base/Json.h"
+#include "agent/base/JsonObject.h"
 #include "agent/report/Supply.h"
 
 namespace Agent {
 
-/// The keys of a supply's JSON object from `verdict` to `fdl`, in their order. Every key is there,
-/// null where nothing is known; bytes of the supply are the code points of their values, the MFR_ID
-/// is cut at its first NUL.
-Json supplyJson(Supply const& supply);
+/// Adds what a JSON object tells of a supply, from `verdict` to `fdl`. Every key is there, null
+/// where nothing is known; bytes of the supply are the code points of their values, the MFR_ID is
+/// cut at its first NUL.
+JsonObject& addSupply(JsonObject& object, Supply const& supply);
 
 /// A field that would change the meaning of the FDL, by its JSON name.
 struct Suspect {
-  std::string field;
+  char const* field;
   std::string text;
 };
 

@@ -43,13 +43,9 @@ void WatchedSlot::handleSupply(Supply const& supply) {
     print(supplyLine(now(), slot_.name(), supply));
     return;
   }
-  Json object;
-  object["time"] = now();
-  object["slot"] = slot_.name();
-  object["event"] = "supply";
-  object["source"] = source_ ? Json(*source_) : Json(nullptr);
-  object.update(supplyJson(supply));
-  print(jsonLine(object));
+  JsonObject object;
+  object.add("time", now()).add("slot", slot_.name()).add("event", "supply").add("source", source_);
+  print(addSupply(object, supply).text());
 }
 
 void WatchedSlot::handleTransaction(Smbus::Client const& client,
@@ -63,7 +59,7 @@ void WatchedSlot::handleTransaction(Smbus::Client const& client,
     reporting_.ledger.attempt([&] { reporting_.recorder->recordIs(slot_.name(), record); });
   }
   if (reporting_.isTranscript) {
-    print(reporting_.isJson ? jsonLine(transactionJson(slot_.name(), record))
+    print(reporting_.isJson ? transactionJson(slot_.name(), record).text()
                             : transactionLine(slot_.name(), record));
   }
 }

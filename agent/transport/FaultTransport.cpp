@@ -12,8 +12,7 @@ FaultTransport::FaultTransport(std::unique_ptr<Smbus::Transport> inner)
       lateTimer_([this] { giveLateAnswer(); }) {}
 
 void FaultTransport::randomIs(Kex::U64 startValue, double rate) {
-  random_ = std::mt19937_64(startValue);
-  rate_ = rate;
+  noise_ = {.random = std::mt19937_64(startValue), .rate = rate};
 }
 
 void FaultTransport::start(Smbus::Transaction const& transaction, Kex::U64 ticket,
@@ -53,7 +52,7 @@ std::optional<Fault> FaultTransport::nextFault() {
   auto const due = std::ranges::find_if(
       script_, [now = Timer::now()](Fault const& fault) { return fault.at <= now; });
   if (due == script_.end()) {
-    return rate_ > 0 ? randomFault() : std::nullopt;
+    return noise_ ? randomFault(*noise_) : std::nullopt;
   }
   Fault const fault = *due;
   if (fault.transactions != Fault::kForever && --due->transactions == 0) {
@@ -62,14 +61,14 @@ std::optional<Fault> FaultTransport::nextFault() {
   return fault;
 }
 
-std::optional<Fault> FaultTransport::randomFault() {
+std::optional<Fault> FaultTransport::randomFault(Noise& noise) {
   // A number of 53 random bits, as many as a double has.
-  if (static_cast<double>(random_() >> 11) * 0x1p-53 >= rate_) {
+  if (static_cast<double>(noise.random() >> 11) * 0x1p-53 >= noise.rate) {
     return std::nullopt;
   }
-  return Fault{.kind = faultKinds()[random_() % faultKinds().size()].kind,
-               .byte = static_cast<Kex::U8>(random_() % Smbus::kMaxBlock),
-               .value = static_cast<Kex::U8>(random_())};
+  return Fault{.kind = faultKinds()[noise.random() % faultKinds().size()].kind,
+               .byte = static_cast<Kex::U8>(noise.random() % Smbus::kMaxBlock),
+               .value = static_cast<Kex::U8>(noise.random())};
 }
 
 void FaultTransport::fail(Smbus::ErrorKind error) {

@@ -29,6 +29,12 @@ class FaultTransport final : public Smbus::Transport, private Smbus::AnswerSink 
              Smbus::AnswerSink& sink) override;
 
  private:
+  /// Where random faults come from, and how many of all transactions they meet.
+  struct Noise {
+    std::mt19937_64 random;
+    double rate;
+  };
+
   /// An answer that was held back, and the transaction that it belongs to.
   struct LateAnswer {
     Kex::U64 ticket;
@@ -37,15 +43,14 @@ class FaultTransport final : public Smbus::Transport, private Smbus::AnswerSink 
 
   void answerIs(Kex::U64 ticket, Smbus::Reply const& reply) override;
   std::optional<Fault> nextFault();
-  std::optional<Fault> randomFault();
+  static std::optional<Fault> randomFault(Noise& noise);
   /// Fails the transaction: a timeout when its bus timeout is over, anything else at once.
   void fail(Smbus::ErrorKind error);
   void giveLateAnswer();
 
   std::unique_ptr<Smbus::Transport> inner_;
   std::vector<Fault> script_;
-  std::mt19937_64 random_;
-  double rate_ = 0;
+  std::optional<Noise> noise_;
   Smbus::AnswerSink* sink_ = nullptr;
   /// The transaction under way: its ticket, what it suffers, and when its bus timeout is over.
   Kex::U64 ticket_ = 0;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <nlohmann/json.hpp>
 
 #include "agent/base/Text.h"
 #include "agent/report/Report.h"
@@ -11,11 +12,14 @@
 namespace {
 
 using namespace std::string_literals;
+using namespace std::string_view_literals;
 using Agent::Status;
 using Agent::Supply;
 using Agent::Verdict;
 using Kex::String8;
 using testing::ElementsAre;
+
+constexpr auto kReplace = nlohmann::json::error_handler_t::replace;
 
 String8 bytes(std::string const& text) { return String8(std::string_view(text)); }
 
@@ -51,14 +55,37 @@ Supply identified(std::array<std::string, 5> const& texts, std::string const& fd
 }
 
 TEST(Report, JsonInUtf8) {
-  EXPECT_EQ(
-      Agent::jsonLine(Agent::supplyJson(identified({"\xE9", "", "", "", "a'\n"}, "\xE9 a'\n"))),
-      R"({"verdict":"identified","reason":null,"mfrId":"EMER","descriptor":"DS2900",)"
-      "\"manufacturerName\":\"\xC3\xA9\","
-      R"("productName":"","partNumber":"","productVersion":"","serialNumber":"a'\n",)"
-      R"("hwError":false,"suspect":["serialNumber"],"transactions":9,)"
-      "\"fdl\":\"\xC3\xA9 a'\\n\"}");
-  EXPECT_EQ(Agent::jsonLine("\xFF"), "\"\xEF\xBF\xBD\"");
+  Agent::JsonObject object;
+  EXPECT_EQ(Agent::addSupply(object, identified({"\xE9", "", "", "", "a'\n"}, "\xE9 a'\n")).text(),
+            R"({"verdict":"identified","reason":null,"mfrId":"EMER","descriptor":"DS2900",)"
+            "\"manufacturerName\":\"\xC3\xA9\","
+            R"("productName":"","partNumber":"","productVersion":"","serialNumber":"a'\n",)"
+            R"("hwError":false,"suspect":["serialNumber"],"transactions":9,)"
+            "\"fdl\":\"\xC3\xA9 a'\\n\"}");
+}
+
+// The text of every byte, and of bytes that are no UTF-8, against another writer of JSON.
+TEST(Json, Texts) {
+  auto const inObject = [](std::string const& text) {
+    return R"({"key":)" + nlohmann::json(text).dump(-1, ' ', false, kReplace) + '}';
+  };
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    std::string const text{'a', static_cast<char>(byte), 'b', static_cast<char>(byte)};
+    EXPECT_EQ(Agent::JsonObject().add("key", Agent::Latin1{text}).text(),
+              inObject(Agent::latin1ToUtf8(text)));
+    EXPECT_EQ(Agent::JsonObject().add("key", text).text(), inObject(text));
+  }
+}
+
+TEST(Json, OtherValues) {
+  Agent::JsonObject object;
+  object.add("a", 0.1).add("b", 2.0).add("c", 1e-7).add("d", std::uint64_t{0} - 1).add("e", -1);
+  object.add("f", true).add("g", std::optional<bool>()).add("h", std::optional("\xC3\xA9"));
+  object.add("i", std::vector<std::string_view>{}).add("j", std::vector{"x"sv, "\""sv});
+  EXPECT_EQ(object.text(),
+            R"({"a":0.1,"b":2.0,"c":1e-07,"d":18446744073709551615,"e":-1,"f":true,"g":null,)"
+            "\"h\":\"\xC3\xA9\","
+            R"("i":[],"j":["x","\""]})");
 }
 
 TEST(Report, SuspectFields) {
@@ -68,7 +95,7 @@ TEST(Report, SuspectFields) {
     std::array const all{text, text, text, text, text};
     std::vector<std::string> names;
     for (Agent::Suspect const& suspect : Agent::suspects(identified(all, written))) {
-      names.push_back(suspect.field);
+      names.emplace_back(suspect.field);
     }
     EXPECT_THAT(names, ElementsAre("manufacturerName", "productVersion", "serialNumber"));
     EXPECT_THAT(Agent::suspects(identified(all, "not written")), testing::IsEmpty());

@@ -1,4 +1,5 @@
 // The slot's state machine on virtual time: what follows what, when, and with which verdict.
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "agent/report/Report.h"
@@ -203,9 +204,11 @@ TEST(DetectorStates, giveVerdictsWithReasons) {
     Slot slot(row.script, row.fru);
     Slot::descriptorIs("stub", "P");
     auto const& supply = slot.run(3).supply();
+    Agent::JsonObject object;
+    auto const json = nlohmann::json::parse(Agent::addSupply(object, supply).text());
     std::string found;
     for (auto const* key : {"mfrId", "hwError", "serialNumber", "descriptor", "fdl"}) {
-      found += Agent::supplyJson(supply)[key].dump() + " ";
+      found += json[key].dump() + " ";
     }
     EXPECT_EQ(slot.verdict() + ": " + supply.reason.charPtr(), row.verdict);
     EXPECT_EQ(found, row.found);
