@@ -53,6 +53,10 @@ consteval bool overlap(MatchRule ruleA, std::string_view a, MatchRule ruleB, std
   }
   return ruleA == ruleB ? a == b : trimmed(a) == trimmed(b);
 }
+static_assert(overlap(MatchRule::prefix, "AB", MatchRule::exactLength, "ABC") &&
+                  overlap(MatchRule::exactLength, "ABC", MatchRule::prefix, "AB") &&
+                  !overlap(MatchRule::prefix, "ABC", MatchRule::exactLength, "AB"),
+              "a prefix meets each key that begins with it, on either side");
 
 consteval bool keysUnique() {
   struct Entry {

@@ -97,6 +97,12 @@ TEST(KexSingletons, areMadeOfEveryTypeThatANameSufficesFor) {
             "type: Kex::FileDescriptor cannot be made from its name alone");
   auto const noList = refusalOf([] { (void)Kex::Clock::_fwkType().genericIf(nullptr, false); });
   EXPECT_EQ(noList, "type: Kex::GenericIf::List_");
+  auto const twoNames = Kex::make<Kex::GenericIf::List_>();
+  for (char const* const name : {"clock", "another"}) {
+    twoNames->append(make<Kex::Holder<Kex::Name>>(Kex::Name(name)));
+  }
+  EXPECT_EQ(refusalOf([&] { (void)Kex::Clock::_fwkType().genericIf(twoNames.ptr(), false); }),
+            "unknown argument: Clock");
 }
 
 }  // namespace
