@@ -21,7 +21,7 @@ String8 joined(std::initializer_list<std::string_view> parts) {
   for (std::string_view const part : parts) {
     text += part;
   }
-  return String8(std::move(text));
+  return String8(text);
 }
 
 bool isShort(std::span<Kex::U8 const> block) {
@@ -64,7 +64,7 @@ Outcome outcomeOf(Supply const& supply) {
     for (Kex::U8 i = 0; i < Area::kFields; ++i) {
       texts.append(supply.product->field(static_cast<Area::Field>(i)).text.view()) += '\0';
     }
-    outcome.texts = String8(std::move(texts)).hash();
+    outcome.texts = String8(texts).hash();
   }
   return outcome;
 }

@@ -25,7 +25,7 @@ Kex::String8 bcdPlusText(Bytes bytes) {
     text += kDigits[byte >> 4];
     text += kDigits[byte & 0x0f];
   }
-  return Kex::String8(std::move(text));
+  return Kex::String8(text);
 }
 
 /// Characters of six bits, 0x20 added, the first in the low bits of the first byte.
@@ -36,7 +36,7 @@ Kex::String8 sixBitText(Bytes bytes) {
     unsigned const high = bit / 8 + 1 < bytes.size() ? bytes[bit / 8 + 1] : 0U;
     text += static_cast<char>(0x20 + (((high << 8 | low) >> bit % 8) & 0x3f));
   }
-  return Kex::String8(std::move(text));
+  return Kex::String8(text);
 }
 
 /// A way in which a field's bytes stand for its text.

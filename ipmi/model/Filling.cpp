@@ -26,7 +26,7 @@ Kex::String8 filled(std::string_view pattern, std::span<Argument const> argument
     pattern.remove_prefix(placeholder + 2);
   }
   text += pattern;
-  return Kex::String8(std::move(text));
+  return Kex::String8(text);
 }
 
 }  // namespace Emerson::IpmiIdentifier

@@ -23,7 +23,7 @@ String8 format(char const* pattern, ...) {
   } else if (length >= 0) {
     std::string bytes(static_cast<std::size_t>(length), '\0');
     std::vsnprintf(bytes.data(), bytes.size() + 1, pattern, again);
-    text = String8(std::move(bytes));
+    text = String8(bytes);
   }
   va_end(again);
   return text;

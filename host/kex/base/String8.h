@@ -1,8 +1,10 @@
 // Kex::String8, the framework's byte string.
 #pragma once
 
+#include <array>
 #include <compare>
 #include <iosfwd>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,7 +15,7 @@
 namespace Kex {
 
 /// A string of bytes, NUL included where one was put in by length. Positions and lengths are in
-/// bytes.
+/// bytes. Copies share long bytes, which never change.
 class KEX_API String8 {
  public:
   /// "no such position".
@@ -21,19 +23,18 @@ class KEX_API String8 {
 
   String8() = default;
   /// The text up to its NUL; a null pointer gives the empty string.
-  String8(char const* text) : bytes_(text == nullptr ? "" : text) {}
-  explicit String8(std::string_view bytes) : bytes_(bytes) {}
-  explicit String8(std::string&& bytes) : bytes_(std::move(bytes)) {}
+  String8(char const* text) : String8(std::string_view(text == nullptr ? "" : text)) {}
+  explicit String8(std::string_view bytes);
   explicit String8(std::span<U8 const> bytes)
-      : bytes_(reinterpret_cast<char const*>(bytes.data()), bytes.size()) {}
+      : String8(std::string_view(reinterpret_cast<char const*>(bytes.data()), bytes.size())) {}
 
   /// The bytes, ended by a NUL.
-  char const* charPtr() const noexcept { return bytes_.c_str(); }
+  char const* charPtr() const noexcept { return long_ ? long_.get() : short_.data(); }
   /// The bytes, as long as the string is not changed.
-  std::string_view view() const noexcept { return bytes_; }
+  std::string_view view() const noexcept { return {charPtr(), len_}; }
   /// In bytes.
-  U32 len() const noexcept { return static_cast<U32>(bytes_.size()); }
-  bool empty() const noexcept { return bytes_.empty(); }
+  U32 len() const noexcept { return len_; }
+  bool empty() const noexcept { return len_ == 0; }
 
   /// At most `length` bytes from `position` on; empty when `position` is beyond the end.
   String8 substr(U32 position, U32 length = npos) const;
@@ -45,13 +46,18 @@ class KEX_API String8 {
   /// FNV-1a of the bytes: the same in every run and build.
   U32 hash() const noexcept;
 
-  bool operator==(String8 const& other) const = default;
+  bool operator==(String8 const& other) const { return view() == other.view(); }
   /// A null pointer stands for the empty string.
-  bool operator==(char const* other) const { return bytes_ == (other == nullptr ? "" : other); }
-  auto operator<=>(String8 const& other) const = default;
+  bool operator==(char const* other) const { return view() == (other == nullptr ? "" : other); }
+  auto operator<=>(String8 const& other) const { return view() <=> other.view(); }
 
  private:
-  std::string bytes_;
+  /// Bytes up to this many, their NUL included, are each string's own.
+  static constexpr std::size_t kShort = 20;
+
+  std::shared_ptr<char const[]> long_;
+  std::array<char, kShort> short_{};
+  U32 len_ = 0;
 };
 
 KEX_API std::ostream& operator<<(std::ostream& out, String8 const& text);

@@ -32,7 +32,7 @@ Name readName(char const*& at, char const* end) {
     at += isEscaped ? 1 : 0;
     name += *at++;
   }
-  return Name(String8(std::move(name)));
+  return Name(String8(name));
 }
 
 String8 Place::path() const {
