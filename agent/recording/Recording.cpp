@@ -11,8 +11,9 @@
 #include <utility>
 
 #include "agent/base/Error.h"
+#include "agent/base/InputFile.h"
+#include "agent/base/JsonDocument.h"
 #include "agent/base/JsonObject.h"
-#include "agent/base/JsonValue.h"
 #include "agent/base/Text.h"
 #include "host/hardware/VornRequest.h"
 
@@ -25,6 +26,8 @@ using Smbus::ErrorKind;
 
 /// Far above what a line can need; an endless one is not read to its end.
 constexpr std::size_t kLongestLine = std::size_t{1} << 16;
+/// In bytes: days of sixteen slots.
+constexpr std::uintmax_t kLongestFile = std::uintmax_t{1} << 30;
 constexpr char const* kFormat = "psu-agent recording";
 constexpr unsigned kVersion = 1;
 
@@ -52,16 +55,8 @@ std::optional<Line> nextLine(std::istream& in, std::vector<char>& buffer) {
   return Line{.text = {buffer.data(), length - 1}, .isEnded = true};
 }
 
-Json parse(std::string_view line) {
-  try {
-    return Json::parse(line);
-  } catch (Json::exception const& error) {
-    throw UsageError("no JSON: " + std::string(error.what()));
-  }
-}
-
 void checkHeader(std::string_view line) {
-  Json const json = parse(line);
+  Json const json = parseJson(line);
   JsonValue const header(json, "");
   header.checkKeys({"format", "version"});
   if (JsonValue const format = header.at("format"); format.string() != kFormat) {
@@ -150,6 +145,7 @@ std::string Recording::header() {
 }
 
 Recording::Recording(std::string const& file) : file_(file) {
+  checkInputFile(file, kLongestFile);
   std::ifstream in(file, std::ios::binary);
   if (!in) {
     throw Failure(file + ": cannot open: " + systemError(errno));
@@ -167,7 +163,7 @@ Recording::Recording(std::string const& file) : file_(file) {
         isCut_ = true;
         break;
       }
-      Json const json = parse(line->text);
+      Json const json = parseJson(line->text);
       JsonValue const object(json, "");
       TransactionRecord record = recordFrom(object);
       auto& slot = slots_[object.at("slot").string()];

@@ -8,7 +8,8 @@
 #include <set>
 
 #include "agent/base/Error.h"
-#include "agent/base/JsonValue.h"
+#include "agent/base/InputFile.h"
+#include "agent/base/JsonDocument.h"
 #include "agent/base/Text.h"
 #include "agent/slots/FruImage.h"
 #include "agent/slots/Publisher.h"
@@ -19,6 +20,8 @@ namespace {
 
 /// A hundred years; beyond that, times in seconds lose their milliseconds.
 constexpr double kLongest = 3.2e9;
+/// In bytes; far above what a person or a script writes.
+constexpr std::uintmax_t kLongestFile = std::uintmax_t{64} << 20;
 constexpr unsigned kMostTransactions = 1'000'000'000;
 
 class Reader {
@@ -149,16 +152,12 @@ class Reader {
 }  // namespace
 
 Scenario parseScenario(std::string_view text, std::filesystem::path const& folder) {
-  JsonValue::Json document;
-  try {
-    document = JsonValue::Json::parse(text);
-  } catch (JsonValue::Json::exception const& error) {
-    throw UsageError(oneLine(error.what()));
-  }
+  JsonValue::Json const document = parseJson(text);
   return Reader(folder).scenario(JsonValue(document, ""));
 }
 
 Scenario readScenario(std::string const& file) {
+  checkInputFile(file, kLongestFile);
   errno = 0;
   std::ifstream in(file, std::ios::binary);
   std::string const text{std::istreambuf_iterator<char>(in), {}};

@@ -116,12 +116,13 @@ class ExitStatus(Case):
         host = plugin.with_name("libpowersupplyhost.so")
         empty, long, elf, text = (self.folder / name for name in ("empty", "long", "elf", "text"))
         empty.write_bytes(b"")
-        long.write_bytes(bytes(257))
+        long.write_bytes(bytes(65537))
         elf.write_bytes(plugin.read_bytes()[:4096])
         text.write_bytes(b"no library")
         for arguments, told in (
-                ([empty], "empty: is empty"), ([long], "256"), ([self.folder], "directory"),
-                (["/dev/zero"], "256"), (["-"], "standard input"),
+                ([empty], "empty: is empty"), ([long], "at most 65536"),
+                ([self.folder], "is no regular file"), (["/dev/zero"], "is no regular file"),
+                (["-"], "standard input"),
                 (["--library", "nowhere", DS2900], "nowhere: cannot open"),
                 (["--library", empty, DS2900], "not an ELF library"),
                 (["--library", text, DS2900], "not an ELF library"),

@@ -2,6 +2,7 @@
 
 import json
 import os
+import resource
 import signal
 import subprocess
 
@@ -24,7 +25,6 @@ class Simulate(Case):
             return {"duration": 9, "slots": [{**slot, **more, "events": list(entries)}]}
 
         table = [
-            ("{", "parse error at line 1, column 2"),
             ([], "the document: [] is no object"),
             ({"slots": [slot]}, 'the key "duration" is missing'),
             ({"duration": -1, "slots": [slot]}, "duration: -1 is no number"),
@@ -54,7 +54,37 @@ class Simulate(Case):
         ]
         for document, message in table:
             self.refused(2, message, "simulate", self.scenario(document))
-        self.assertEqual(run("simulate", self.folder / "none.json")[0], 1)
+        for file, message in ((self.folder / "none.json", "none.json: cannot open: No such file"),
+                              (self.folder, "is no regular file"),
+                              ("/dev/zero", "/dev/zero: is no regular file")):
+            self.refused(1, message, "simulate", file)
+
+    def test_texts_that_are_no_scenario(self):
+        file = self.folder / "scenario.json"
+        deep = "[" * 80000
+        for text, message in (
+                ("", "no JSON from column 1 on"), ('{"duration": 1,\n "slots": ?', "line 2, column 11 on"),
+                ('{"duration": "\\ud800"}', "no JSON from column"), ("1 2", "no JSON from column 3 on"),
+                ('{"duration": ' + deep + "]" * 80000 + "}",
+                 "duration" + "[0]" * 15 + ": nested deeper than 16 levels"),
+                (deep, "[0]: nested deeper than 16 levels"),
+                ('{"slots": [1, {"a": 1, "a": 2}]}', "slots[1].a: the key is there twice"),
+                ("{" + ", ".join(f'"{i}": 1' for i in range(101)) + "}",
+                 "100: the object has more than 100 keys"),
+                ('{"duration": 1e999}', "duration: no number that can be held")):
+            file.write_text(text)
+            self.refused(2, message, "simulate", file)
+
+    def test_more_than_memory_holds(self):
+        def limited():
+            resource.setrlimit(resource.RLIMIT_AS, (80 << 20, 80 << 20))
+
+        if run("--version", preexec_fn=limited)[0] != 0:
+            self.skipTest("what this build is instrumented with reserves more")
+        file = self.folder / "scenario.json"
+        file.write_text('{"duration": 1, "slots": [' + "[]," * 2000000 + "[]]}")
+        self.assertEqual(run("simulate", file, preexec_fn=limited),
+                         (1, b"", ["psu-agent: out of memory"]))
 
     def test_json_lines_and_transcript(self):
         _, out, _ = run("simulate", "--json", "--transcript", self.scenario(
