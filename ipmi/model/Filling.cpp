@@ -1,7 +1,10 @@
 // Fills templates.
 #include "ipmi/model/Filling.h"
 
+#include <array>
 #include <charconv>
+#include <cstddef>
+#include <memory_resource>
 #include <string>
 #include <utility>
 
@@ -17,7 +20,10 @@ Kex::String8 filled(std::string_view pattern, std::span<Argument const> argument
   for (Argument const& argument : arguments) {
     length += argument.text().size();
   }
-  std::string text;
+  // Room for every template; the string that is answered makes its own.
+  std::array<std::byte, 4096> room;
+  std::pmr::monotonic_buffer_resource stack(room.data(), room.size());
+  std::pmr::string text(&stack);
   text.reserve(length);
   for (Argument const& argument : arguments) {
     std::size_t const placeholder = pattern.find('%');

@@ -22,6 +22,11 @@ class KEX_API String8 {
   static constexpr U32 npos = 0xFFFFFFFF;
 
   String8() = default;
+  String8(String8 const& other);
+  String8(String8&& other) noexcept;
+  String8& operator=(String8 const& other);
+  String8& operator=(String8&& other) noexcept;
+  ~String8() = default;
   /// The text up to its NUL; a null pointer gives the empty string.
   String8(char const* text) : String8(std::string_view(text == nullptr ? "" : text)) {}
   explicit String8(std::string_view bytes);
@@ -53,9 +58,17 @@ class KEX_API String8 {
 
  private:
   /// Bytes up to this many, their NUL included, are each string's own.
-  static constexpr std::size_t kShort = 20;
+  static constexpr std::size_t kShort = 28;
 
-  std::shared_ptr<char const[]> long_;
+  /// Gives up one string's part in bytes that several share.
+  struct Release {
+    KEX_API void operator()(char const* bytes) const noexcept;
+  };
+  using Shared = std::unique_ptr<char const[], Release>;
+  static Shared copied(std::string_view bytes);
+  Shared shared() const noexcept;
+
+  Shared long_;
   std::array<char, kShort> short_{};
   U32 len_ = 0;
 };
