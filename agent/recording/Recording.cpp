@@ -30,6 +30,8 @@ constexpr std::size_t kLongestLine = std::size_t{1} << 16;
 constexpr std::uintmax_t kLongestFile = std::uintmax_t{1} << 30;
 constexpr char const* kFormat = "psu-agent recording";
 constexpr unsigned kVersion = 1;
+/// What the files of trace-cmd begin with.
+constexpr std::string_view kBinaryTrace = "\x17\x08\x44tracing";
 
 struct Line {
   std::string_view text;
@@ -153,9 +155,26 @@ Recording::Recording(std::string const& file) : file_(file) {
   std::vector<char> buffer;
   std::size_t number = 1;
   try {
-    checkHeader(nextLine(in, buffer).value_or(Line{.text = "", .isEnded = false}).text);
+    auto line = nextLine(in, buffer);
+    isTrace_ = line && !line->text.starts_with('{');
+    if (isTrace_) {
+      if (line->text.starts_with(kBinaryTrace)) {
+        throw UsageError("a trace that is no text; trace-cmd report makes text of it");
+      }
+      KernelTrace trace;
+      for (; line; line = nextLine(in, buffer), ++number) {
+        isCut_ = !line->isEnded;
+        if (!isCut_) {
+          trace.lineIs(line->text, number);
+        }
+      }
+      number = 1;
+      slots_ = trace.end();
+      return;
+    }
+    checkHeader(line.value_or(Line{.text = "", .isEnded = false}).text);
     for (++number;; ++number) {
-      auto const line = nextLine(in, buffer);
+      line = nextLine(in, buffer);
       if (!line) {
         break;
       }
@@ -166,7 +185,7 @@ Recording::Recording(std::string const& file) : file_(file) {
       Json const json = parseJson(line->text);
       JsonValue const object(json, "");
       TransactionRecord record = recordFrom(object);
-      auto& slot = slots_[object.at("slot").string()];
+      auto& slot = slots_[object.at("slot").string()].transactions;
       if (!slot.empty() && record.time < slot.back().record.time) {
         object.at("time").refuse("earlier than line " + std::to_string(slot.back().line));
       }
@@ -177,19 +196,31 @@ Recording::Recording(std::string const& file) : file_(file) {
   }
 }
 
-std::vector<RecordedTransaction> const& Recording::transactions(std::string const& slot) const {
-  auto const found = slot.empty() ? slots_.begin() : slots_.find(slot);
-  if (found != slots_.end() && (!slot.empty() || slots_.size() == 1)) {
+TracedBus const& Recording::slot(std::string const& name) const {
+  auto const found = name.empty() ? slots_.begin() : slots_.find(name);
+  if (found != slots_.end() && (!name.empty() || slots_.size() == 1)) {
     return found->second;
   }
   std::string names;
-  for (auto const& [name, transactions] : slots_) {
-    names += (names.empty() ? " " : ", ") + name;
+  for (auto const& [slot, transactions] : slots_) {
+    names += (names.empty() ? " " : ", ") + slot;
   }
   throw Failure(file_ + ": " +
                 (names.empty()  ? "there is no transaction in it"
-                 : slot.empty() ? "name one of its slots as FILE#SLOT:" + names
-                                : "there is no slot " + slot + " in it, only" + names));
+                 : name.empty() ? "name one of its slots as FILE#SLOT:" + names
+                                : "there is no slot " + name + " in it, only" + names));
+}
+
+std::vector<RecordedTransaction> const& Recording::transactions(std::string const& name) const {
+  return slot(name).transactions;
+}
+
+std::vector<std::string> Recording::doubts(std::string const& name) const {
+  std::vector<std::string> doubts;
+  for (std::string const& doubt : slot(name).doubts) {
+    doubts.push_back(file_ + ":" + doubt);
+  }
+  return doubts;
 }
 
 }  // namespace Agent

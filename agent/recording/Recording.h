@@ -5,17 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "agent/recording/TransactionLog.h"
+#include "agent/recording/KernelTrace.h"
 
 namespace Agent {
 
-/// A transaction of a recording, and where it stands in the file.
-struct RecordedTransaction {
-  TransactionRecord record;
-  std::size_t line;
-};
-
-/// What `Recorder` wrote: the transactions of each slot, in their order.
+/// The transactions of each slot, in their order: what `Recorder` wrote, or what a `KernelTrace`
+/// tells, in which each adapter is a slot.
 class Recording {
  public:
   /// The first line of every recording.
@@ -25,16 +20,24 @@ class Recording {
   /// fit.
   explicit Recording(std::string const& file);
 
+  std::string const& file() const { return file_; }
   /// The transactions of `slot`; an empty name is the one slot that there is. Throws a `Failure`
   /// when there is no such slot.
   std::vector<RecordedTransaction> const& transactions(std::string const& slot) const;
+  /// Whether it is a trace: nobody knows which program asked, and how many bytes it wanted.
+  bool isTrace() const { return isTrace_; }
+  /// What a trace cannot tell of `slot`, for a person, each with the file and the line.
+  std::vector<std::string> doubts(std::string const& slot) const;
   /// Whether the file ends in the middle of a line, which is left out.
   bool isCut() const { return isCut_; }
 
  private:
+  TracedBus const& slot(std::string const& name) const;
+
   std::string file_;
+  bool isTrace_ = false;
   bool isCut_ = false;
-  std::map<std::string, std::vector<RecordedTransaction>> slots_;
+  std::map<std::string, TracedBus> slots_;
 };
 
 }  // namespace Agent

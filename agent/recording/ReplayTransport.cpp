@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "agent/base/Error.h"
 #include "agent/base/Text.h"
 #include "host/kex/base/Format.h"
 
@@ -11,10 +12,17 @@ namespace Agent {
 
 namespace {
 
-bool isSame(Smbus::Transaction const& one, Smbus::Transaction const& other) {
+/// Whether both ask for the same, perhaps for more or less of it.
+bool isSameQuestion(Smbus::Transaction const& one, Smbus::Transaction const& other) {
   return one.address.device() == other.address.device() &&
-         one.address.offset() == other.address.offset() && one.readLength == other.readLength &&
+         one.address.offset() == other.address.offset() &&
          std::ranges::equal(one.write.view(), other.write.view());
+}
+
+/// Whether it is known what a read of `length` bytes would have brought.
+bool isKnown(TransactionRecord const& record, Kex::U8 length) {
+  return !record.isOk ||
+         std::min<unsigned>(length, record.read.bytes[0] + 1U) <= record.read.length;
 }
 
 std::string described(Smbus::Transaction const& transaction) {
@@ -26,41 +34,85 @@ std::string described(Smbus::Transaction const& transaction) {
       .charPtr();
 }
 
+std::string fileOf(std::string const& target) { return target.substr(0, target.rfind('#')); }
+
+std::string slotOf(std::string const& target) {
+  std::size_t const length = fileOf(target).size();
+  return length < target.size() ? target.substr(length + 1) : "";
+}
+
+/// The recording of `target`; what it cannot tell of the slot is told of.
+Recording opened(std::string const& target) {
+  Recording recording(fileOf(target));
+  for (std::string const& doubt : recording.doubts(slotOf(target))) {
+    complain(doubt);
+  }
+  return recording;
+}
+
 }  // namespace
 
 ReplayTransport::ReplayTransport(std::string const& target, OnEnd onEnd)
-    : file_(target.substr(0, target.rfind('#'))),
+    : ReplayTransport(opened(target), slotOf(target), std::move(onEnd), 0) {}
+
+ReplayTransport::ReplayTransport(Recording const& recording, std::string const& slot, OnEnd onEnd,
+                                 double origin)
+    : file_(recording.file()),
+      origin_(origin),
       onEnd_(std::move(onEnd)),
-      timer_([this] { finish(); }) {
-  std::string const slot = file_.size() < target.size() ? target.substr(file_.size() + 1) : "";
-  Recording const recording(file_);
-  transactions_ = recording.transactions(slot);
-  isCut_ = recording.isCut();
-}
+      transactions_(recording.transactions(slot)),
+      isTrace_(recording.isTrace()),
+      isCut_(recording.isCut()),
+      timer_([this] { finish(); }) {}
 
 void ReplayTransport::start(Smbus::Transaction const& transaction, Kex::U64 ticket,
                             Smbus::AnswerSink& sink) {
   ticket_ = ticket;
   sink_ = &sink;
+  if (isTrace_) {
+    seek(transaction);
+  }
   if (end_.empty()) {
     end_ = obstacle(transaction);
   }
   // A recording that began later than this run is not waited for longer than a bus would be.
   double const latest = Timer::now() + transaction.address.busTimeout() / 1e3;
-  timer_.startAt(end_.empty() ? std::min(transactions_[next_].record.time, latest) : Timer::now());
+  timer_.startAt(end_.empty() ? std::min(origin_ + transactions_[next_].record.time, latest)
+                              : Timer::now());
+}
+
+void ReplayTransport::seek(Smbus::Transaction const& transaction) {
+  auto const from = transactions_.begin() + static_cast<std::ptrdiff_t>(next_);
+  auto const found = std::find_if(from, transactions_.end(), [&](RecordedTransaction const& one) {
+    return isSameQuestion(one.record.transaction, transaction);
+  });
+  if (found != transactions_.end()) {
+    next_ = static_cast<std::size_t>(found - transactions_.begin());
+  }
 }
 
 std::string ReplayTransport::obstacle(Smbus::Transaction const& transaction) const {
   bool const isOver = next_ == transactions_.size();
-  auto const& [record, line] = transactions_[isOver ? next_ - 1 : next_];
+  auto const& [record, line, unknown] = transactions_[isOver ? next_ - 1 : next_];
   std::string const where = file_ + ":" + std::to_string(line) + ": ";
   if (isOver) {
     return where + "the recording ends here" + (isCut_ ? "; the file's last line is cut" : "");
   }
-  return isSame(transaction, record.transaction)
-             ? ""
-             : where + "the recorded request (" + described(record.transaction) +
-                   ") is not the one that is asked for (" + described(transaction) + ")";
+  bool const isSame = isSameQuestion(record.transaction, transaction) &&
+                      (isTrace_ || record.transaction.readLength == transaction.readLength);
+  if (!isSame) {
+    return where +
+           (isTrace_
+                ? "from here on there is no answer to the request (" + described(transaction) + ")"
+                : "the recorded request (" + described(record.transaction) +
+                      ") is not the one that is asked for (" + described(transaction) + ")");
+  }
+  if (!unknown.empty() || isKnown(record, transaction.readLength)) {
+    return unknown.empty() ? "" : where + unknown;
+  }
+  return where + "only " + std::to_string(record.read.length) +
+         " bytes of the answer are known, of " + std::to_string(transaction.readLength) +
+         " that are asked for";
 }
 
 void ReplayTransport::finish() {

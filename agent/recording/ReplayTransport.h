@@ -13,24 +13,38 @@ namespace Agent {
 /// Answers each transaction as it was answered when it was recorded: the same status, bytes and
 /// failure, at the same time of the framework's clock, or at once if that has passed. A replay ends
 /// when something else is asked for than was recorded, or more; from then on the bus has gone.
+///
+/// Of a kernel trace, which may be of a program that asks for other things in between, each
+/// transaction gets the next answer to the same question, if enough bytes of it are known.
 class ReplayTransport final : public Smbus::Transport {
  public:
   /// `target` is `FILE`, or `FILE#SLOT` where the recording has several slots. `onEnd`, where there
   /// is one, is told before the first answer that the recording does not have; what it is told
-  /// names the file and the line. Throws a `Failure`.
+  /// names the file and the line. What a trace cannot tell is told of on stderr. Throws a
+  /// `Failure`.
   explicit ReplayTransport(std::string const& target, OnEnd onEnd = {});
+  /// Plays `slot` of `recording`, whose times count from `origin` (seconds of the clock) on.
+  ReplayTransport(Recording const& recording, std::string const& slot, OnEnd onEnd, double origin);
 
   void start(Smbus::Transaction const& transaction, Kex::U64 ticket,
              Smbus::AnswerSink& sink) override;
 
+  /// How far the replay has come: the index of the transaction behind the one that was answered
+  /// last.
+  std::size_t position() const { return next_; }
+
  private:
+  /// Goes on to the next answer to `transaction`, if there is one.
+  void seek(Smbus::Transaction const& transaction);
   /// Why `transaction` cannot be answered; empty if it can.
   std::string obstacle(Smbus::Transaction const& transaction) const;
   void finish();
 
   std::string file_;
+  double origin_;
   OnEnd onEnd_;
   std::vector<RecordedTransaction> transactions_;
+  bool isTrace_ = false;
   bool isCut_ = false;
   /// Why the replay has ended; empty while it has not.
   std::string end_;

@@ -139,6 +139,35 @@ unsigned linuxBusNumber(std::string const& target) {
 
 std::string linuxBusName(unsigned number) { return "i2c-" + std::to_string(number); }
 
+void checkCarriedOut(int done, unsigned messages) {
+  if (done < 0) {
+    throw failureOf(-done);
+  }
+  if (static_cast<unsigned>(done) != messages) {
+    throw BusFailure(ErrorKind::other, "the adapter carried out " + std::to_string(done) + " of " +
+                                           std::to_string(messages) + " messages");
+  }
+}
+
+Smbus::Reply linuxReply(unsigned number, Smbus::Transaction const& transaction,
+                        std::function<Smbus::Block()> const& transfer) {
+  try {
+    Smbus::Block read = transfer();
+    Kex::U8 const count = read.bytes[0];
+    if (count >= Smbus::kMaxBlock) {
+      throw BusFailure(ErrorKind::badCount,
+                       "bad count byte: " + std::to_string(count) + ", where 32 is the most");
+    }
+    read.length = std::min(static_cast<Kex::U8>(count + 1), transaction.readLength);
+    std::fill(read.bytes.begin() + read.length, read.bytes.end(), Kex::U8{0});
+    return {.isOk = true, .read = read, .failure = {}};
+  } catch (BusFailure const& failure) {
+    return Smbus::Reply::failed(failure.kind(),
+                                Kex::format("%s, device 0x%02x: %s", linuxBusName(number).c_str(),
+                                            transaction.address.device(), failure.what()));
+  }
+}
+
 LinuxAdapter::LinuxAdapter(unsigned number)
     : number_(number), file_(open(devicePath(number).c_str(), O_RDWR | O_CLOEXEC)) {
   if (file_ < 0) {
@@ -175,26 +204,12 @@ bool LinuxAdapter::isHeld(Kex::U8 device) const {
 
 Smbus::Reply LinuxAdapter::transfer(Smbus::Transaction const& transaction) const {
   checkWay();
-  Kex::U8 const device = transaction.address.device();
-  try {
-    if (int const error = select(device); error != 0) {
+  return linuxReply(number_, transaction, [&] {
+    if (int const error = select(transaction.address.device()); error != 0) {
       throw error == EBUSY ? failureOf(kSelectMeaning) : failureOf(error);
     }
-    Smbus::Block read =
-        way() == LinuxWay::smbus ? transferSmbus(transaction) : transferPlainI2c(transaction);
-    Kex::U8 const count = read.bytes[0];
-    if (count >= Smbus::kMaxBlock) {
-      throw BusFailure(ErrorKind::badCount,
-                       "bad count byte: " + std::to_string(count) + ", where 32 is the most");
-    }
-    read.length = std::min(static_cast<Kex::U8>(count + 1), transaction.readLength);
-    std::fill(read.bytes.begin() + read.length, read.bytes.end(), Kex::U8{0});
-    return {.isOk = true, .read = read, .failure = {}};
-  } catch (BusFailure const& failure) {
-    return Smbus::Reply::failed(
-        failure.kind(), Kex::format("%s, device 0x%02x: %s", linuxBusName(number_).c_str(), device,
-                                    failure.what()));
-  }
+    return way() == LinuxWay::smbus ? transferSmbus(transaction) : transferPlainI2c(transaction);
+  });
 }
 
 Smbus::Block LinuxAdapter::transferSmbus(Smbus::Transaction const& transaction) const {
@@ -233,13 +248,7 @@ Smbus::Block LinuxAdapter::transferPlainI2c(Smbus::Transaction const& transactio
   call.msgs = messages.data();
   call.nmsgs = messages.size();
   int const done = ioctl(file_, I2C_RDWR, &call);
-  if (done < 0) {
-    throw failureOf(errno);
-  }
-  if (done != static_cast<int>(messages.size())) {
-    throw BusFailure(ErrorKind::other,
-                     "the adapter carried out " + std::to_string(done) + " of 2 messages");
-  }
+  checkCarriedOut(done < 0 ? -errno : done, call.nmsgs);
   return read;
 }
 

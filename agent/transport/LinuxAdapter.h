@@ -1,6 +1,7 @@
 // An i2c adapter of this machine, through the kernel's i2c-dev interface.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -39,6 +40,15 @@ class BusFailure : public Failure {
   Smbus::ErrorKind kind_;
 };
 
+/// Throws a `BusFailure` unless the kernel carried out all `messages` of a transfer: `done` is how
+/// many it did, or a negative error number.
+void checkCarriedOut(int done, unsigned messages);
+/// The reply to `transaction` on adapter `number`, whose transfer gives the block that was read, as
+/// long as it may be, or throws a `BusFailure`. What went wrong, a count byte that no block has
+/// included, is told with the bus, the address and its meaning.
+Smbus::Reply linuxReply(unsigned number, Smbus::Transaction const& transaction,
+                        std::function<Smbus::Block()> const& transfer);
+
 /// An adapter, open. The kernel does not let go of an adapter that a program holds open, so it is
 /// opened anew for each transaction: one that was unplugged and has returned is found again.
 class LinuxAdapter {
@@ -58,8 +68,8 @@ class LinuxAdapter {
   /// Whether a kernel driver holds the address `device`. Nothing is sent. Throws a `Failure`.
   bool isHeld(Kex::U8 device) const;
 
-  /// Carries out `transaction` and returns when the kernel does: on a worker's thread. What went
-  /// wrong is told with the bus, the address and the kernel's meaning. Throws as `checkWay`.
+  /// Carries out `transaction` and returns when the kernel does: on a worker's thread. Throws as
+  /// `checkWay`.
   Smbus::Reply transfer(Smbus::Transaction const& transaction) const;
 
  private:
