@@ -25,7 +25,7 @@ void JsonValue::refuse(std::string const& why) const {
   throw UsageError((path_.empty() ? "the document" : path_) + ": " + why);
 }
 
-void JsonValue::checkKeys(std::initializer_list<std::string_view> allowed) const {
+void JsonValue::checkKeys(std::span<std::string_view const> allowed) const {
   if (!value_->is_object()) {
     refuse(shown(*value_) + " is no object");
   }

@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,7 +23,10 @@ class JsonValue {
 
   bool isNull() const { return value_->is_null(); }
   /// Throws unless the value is an object whose keys are among `allowed`.
-  void checkKeys(std::initializer_list<std::string_view> allowed) const;
+  void checkKeys(std::initializer_list<std::string_view> allowed) const {
+    checkKeys(std::span(allowed));
+  }
+  void checkKeys(std::span<std::string_view const> allowed) const;
   bool has(char const* key) const { return value_->contains(key); }
   /// The member under `key`, which must be there.
   JsonValue at(char const* key) const;

@@ -65,6 +65,7 @@ Status monitor(Options const& options, Globals const& globals) {
   Loop loop(isLive ? ClockKind::steadyClock : ClockKind::virtualClock);
   Reporting reporting{
       .isJson = options.isJson, .isLive = true, .publisher = publisher ? &*publisher : nullptr};
+  std::optional<Recorder> recorder;
   std::vector<std::unique_ptr<WatchedSlot>> watched;
   for (std::size_t i = 0; i < slots.names.size(); ++i) {
     Source const& source = slots.sources[i];
@@ -78,7 +79,6 @@ Status monitor(Options const& options, Globals const& globals) {
       watched.back()->slot().reviewIntervalIs(options.reviewInterval);
     });
   }
-  std::optional<Recorder> recorder;
   if (!options.record.empty()) {
     reporting.recorder = &recorder.emplace(options.record);
   }
@@ -105,7 +105,7 @@ Action prepareMonitor(CLI::App& command) {
       .option_text("S [60]");
   inSeconds(*command.add_option("--duration", options->duration, "Seconds after which to end"));
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
-  command.add_option("--record", options->record, "Record every bus transaction")
+  command.add_option("--record", options->record, "Record what happens, for replay:FILE")
       ->option_text("FILE");
   command
       .add_option("--publish", options->publish,

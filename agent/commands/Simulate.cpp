@@ -1,7 +1,9 @@
 // psu-agent simulate: a scenario on virtual time.
 #include "agent/commands/Command.h"
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -20,18 +22,45 @@ namespace {
 struct Options {
   bool isJson = false;
   bool isTranscript = false;
+  std::string record;
   std::string scenario;
 };
+
+/// Something that happens in a slot.
+struct Event {
+  double at;
+  Act act;
+  /// What is in the slot afterwards; null where that stays.
+  ScenarioChange const* change = nullptr;
+};
+
+/// All that happens in a slot, in the order of the times.
+std::vector<Event> eventsOf(ScenarioSlot const& story) {
+  std::vector<Event> events;
+  for (ScenarioChange const& change : story.changes) {
+    events.push_back({.at = change.at,
+                      .act = change.supply ? Act{.action = "insert", .supply = change.supply->text}
+                                           : Act{.action = "remove"},
+                      .change = &change});
+  }
+  for (Fault const& fault : story.faults) {
+    char const* const name = faultKinds()[static_cast<std::size_t>(fault.kind)].name;
+    events.push_back({.at = fault.at, .act = {.action = name, .transactions = fault.transactions}});
+  }
+  std::ranges::stable_sort(events, {}, &Event::at);
+  return events;
+}
 
 /// A slot of a scenario at work: its supplies come and go as the scenario says.
 class Stage {
  public:
   Stage(ScenarioSlot const& story, Plugin const& plugin, Loop const& loop, Reporting& reporting)
       : story_(story),
+        events_(eventsOf(story)),
         slot_(
             story.name, nameOf(story.supply),
             [&](auto onEnd) { return transport(loop, std::move(onEnd)); }, plugin, reporting),
-        timer_([this] { change(); }) {
+        timer_([this] { happen(); }) {
     scheduleNext();
   }
 
@@ -65,22 +94,26 @@ class Stage {
     return supply ? std::optional(std::get<SimulatedSupply>(supply->kind)) : std::nullopt;
   }
 
-  void change() {
-    ScenarioChange const& now = story_.changes[next_++];
-    bus_->supplyIs(simulated(now.supply));
-    if (now.supply) {
-      slot_.sourceIs(now.supply->text);
+  void happen() {
+    Event const& now = events_[next_++];
+    slot_.actIs(now.act);
+    if (now.change != nullptr) {
+      bus_->supplyIs(simulated(now.change->supply));
+      if (now.act.supply) {
+        slot_.sourceIs(now.act.supply);
+      }
     }
     scheduleNext();
   }
 
   void scheduleNext() {
-    if (next_ < story_.changes.size()) {
-      timer_.startAt(story_.changes[next_].at);
+    if (next_ < events_.size()) {
+      timer_.startAt(events_[next_].at);
     }
   }
 
   ScenarioSlot const& story_;
+  std::vector<Event> events_;
   /// Owned by the slot's transport; null where a recording is played.
   SimulatedBus* bus_ = nullptr;
   WatchedSlot slot_;
@@ -93,6 +126,10 @@ Status simulate(Options const& options, Globals const& globals) {
   Plugin const plugin(globals.library);
   Loop loop(ClockKind::virtualClock);
   Reporting reporting{.isJson = options.isJson, .isTranscript = options.isTranscript};
+  std::optional<Recorder> recorder;
+  if (!options.record.empty()) {
+    reporting.recorder = &recorder.emplace(options.record);
+  }
   std::vector<std::unique_ptr<Stage>> stages;
   stages.reserve(scenario.slots.size());
   for (ScenarioSlot const& story : scenario.slots) {
@@ -108,6 +145,8 @@ Action prepareSimulate(CLI::App& command) {
   auto const options = std::make_shared<Options>();
   command.add_flag("--transcript", options->isTranscript, "Print every bus transaction as well");
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
+  command.add_option("--record", options->record, "Record what happens, for replay:FILE")
+      ->option_text("FILE");
   command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required();
   return [options](Globals const& globals) { return simulate(*options, globals); };
 }

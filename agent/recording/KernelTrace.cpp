@@ -120,7 +120,7 @@ class KernelTrace::Adapter {
   double start() const { return start_; }
 
   /// What was told, with times counted from `start`.
-  TracedBus end(double start) {
+  RecordedSlot end(double start) {
     interrupt();
     double latest = 0;
     for (RecordedTransaction& transaction : bus_.transactions) {
@@ -249,7 +249,7 @@ class KernelTrace::Adapter {
   std::optional<Call> call_;
   Doubt others_;
   Doubt incomplete_;
-  TracedBus bus_;
+  RecordedSlot bus_;
 };
 
 KernelTrace::KernelTrace() = default;
@@ -275,7 +275,7 @@ void KernelTrace::lineIs(std::string_view line, std::size_t number) {
   adapter->eventIs(*event, number);
 }
 
-std::map<std::string, TracedBus> KernelTrace::end() {
+std::map<std::string, RecordedSlot> KernelTrace::end() {
   if (!hasEvents_) {
     throw UsageError("no recording, and no trace of i2c or smbus events either");
   }
@@ -283,9 +283,9 @@ std::map<std::string, TracedBus> KernelTrace::end() {
   for (auto const& [unused, adapter] : adapters_) {
     start = std::min(start, adapter->start());
   }
-  std::map<std::string, TracedBus> buses;
+  std::map<std::string, RecordedSlot> buses;
   for (auto const& [number, adapter] : adapters_) {
-    TracedBus bus = adapter->end(start);
+    RecordedSlot bus = adapter->end(start);
     losses_.addTo(bus.doubts, "events were lost here");
     if (!bus.transactions.empty()) {
       buses.emplace(linuxBusName(number), std::move(bus));

@@ -7,24 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "agent/recording/TransactionLog.h"
+#include "agent/recording/RecordedSlot.h"
 
 namespace Agent {
-
-/// A transaction of a recording, and where it stands in the file.
-struct RecordedTransaction {
-  TransactionRecord record;
-  std::size_t line;
-  /// Why it is not known how it ended; empty where it is.
-  std::string unknown{};
-};
-
-/// What is told of one adapter.
-struct TracedBus {
-  std::vector<RecordedTransaction> transactions;
-  /// What cannot be told of it, for a person.
-  std::vector<std::string> doubts;
-};
 
 /// Reads `trace` of the kernel's tracing folder, or what `trace-cmd report` makes of a recording,
 /// line by line: of the events `i2c_*` and `smbus_*` those of the device 0x58. What an adapter does
@@ -42,7 +27,7 @@ class KernelTrace {
   /// Ends the trace: what it tells of each adapter that has an answer of the device, by its name
   /// `i2c-N`. Times count from the first transfer to it. Throws a `UsageError` when there was no
   /// event at all.
-  std::map<std::string, TracedBus> end();
+  std::map<std::string, RecordedSlot> end();
 
  private:
   class Adapter;

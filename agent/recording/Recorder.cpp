@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "agent/base/Error.h"
-#include "agent/base/JsonObject.h"
 #include "agent/recording/Recording.h"
 #include "agent/recording/Transcript.h"
 
@@ -16,18 +15,17 @@ Recorder::Recorder(std::string file)
   if (!out_) {
     throw Failure(file_ + ": cannot open for writing: " + systemError(errno));
   }
-  write(Recording::header());
+  lineIs(Recording::header());
 }
 
 void Recorder::recordIs(std::string const& slot, TransactionRecord const& record) {
+  lineIs(recordingLine(slot, record));
+}
+
+void Recorder::lineIs(std::string const& line) {
   if (!out_) {
     return;
   }
-  auto const failure = record.isOk ? std::nullopt : std::optional(record.failure);
-  write(transactionJson(slot, record).add("failure", failure).text());
-}
-
-void Recorder::write(std::string const& line) {
   out_ << line << '\n' << std::flush;
   if (!out_) {
     throw Failure(file_ + ": cannot write: " + systemError(errno));

@@ -33,6 +33,28 @@ constexpr unsigned kVersion = 1;
 /// What the files of trace-cmd begin with.
 constexpr std::string_view kBinaryTrace = "\x17\x08\x44tracing";
 
+/// What a line tells of.
+struct Event {
+  std::string_view name;
+  /// What it has besides time, slot and event.
+  std::span<std::string_view const> keys;
+};
+
+constexpr std::string_view kTransaction = "transaction";
+constexpr std::string_view kTransactionKeys[] = {"time",   "slot",    "event", "request",
+                                                 "device", "command", "write", "readLength",
+                                                 "read",   "status",  "error", "failure"};
+constexpr std::string_view kSupplyKeys[] = {"source",       "verdict",    "reason",
+                                            "mfrId",        "descriptor", "manufacturerName",
+                                            "productName",  "partNumber", "productVersion",
+                                            "serialNumber", "hwError",    "suspect",
+                                            "transactions", "fdl"};
+constexpr std::string_view kStartKeys[] = {"source", "pollInterval", "reviewInterval"};
+constexpr std::string_view kActKeys[] = {"action", "supply", "transactions"};
+constexpr std::string_view kStopKeys[] = {"reason"};
+constexpr Event kEvents[] = {
+    {"supply", kSupplyKeys}, {"start", kStartKeys}, {"act", kActKeys}, {"stop", kStopKeys}};
+
 struct Line {
   std::string_view text;
   /// Whether it has its line feed.
@@ -110,14 +132,14 @@ ErrorKind errorOf(JsonValue const& object, TransactionRecord const& record) {
   return *kind;
 }
 
+double timeOf(JsonValue const& object) {
+  return object.at("time").number(0, std::numeric_limits<double>::max());
+}
+
 TransactionRecord recordFrom(JsonValue const& object) {
-  object.checkKeys({"time", "slot", "event", "request", "device", "command", "write", "readLength",
-                    "read", "status", "error", "failure"});
-  if (JsonValue const event = object.at("event"); event.string() != "transaction") {
-    event.refuse("is not \"transaction\"");
-  }
+  object.checkKeys(kTransactionKeys);
   TransactionRecord record;
-  record.time = object.at("time").number(0, std::numeric_limits<double>::max());
+  record.time = timeOf(object);
   record.request = object.at("request").string();
   Smbus::Transaction& transaction = record.transaction;
   transaction.address.deviceIs(
@@ -138,6 +160,21 @@ TransactionRecord recordFrom(JsonValue const& object) {
   }
   record.error = errorOf(object, record);
   return record;
+}
+
+/// Throws a `UsageError` unless the line has what its event, which is no transaction, has.
+void checkEvent(JsonValue const& object) {
+  JsonValue const name = object.at("event");
+  auto const* const event = std::ranges::find(kEvents, name.string(), &Event::name);
+  if (event == std::ranges::end(kEvents)) {
+    name.refuse(inQuotes(name.string()) + " is no event");
+  }
+  std::vector<std::string_view> keys = {"time", "slot", "event"};
+  keys.insert(keys.end(), event->keys.begin(), event->keys.end());
+  object.checkKeys(keys);
+  for (std::string_view const key : keys) {
+    static_cast<void>(object.at(std::string(key).c_str()));
+  }
 }
 
 }  // namespace
@@ -182,33 +219,52 @@ Recording::Recording(std::string const& file) : file_(file) {
         isCut_ = true;
         break;
       }
-      Json const json = parseJson(line->text);
-      JsonValue const object(json, "");
-      TransactionRecord record = recordFrom(object);
-      auto& slot = slots_[object.at("slot").string()].transactions;
-      if (!slot.empty() && record.time < slot.back().record.time) {
-        object.at("time").refuse("earlier than line " + std::to_string(slot.back().line));
-      }
-      slot.push_back({.record = std::move(record), .line = number});
+      take(parseJson(line->text), number);
     }
   } catch (UsageError const& error) {
     throw Failure(file + ":" + std::to_string(number) + ": " + error.what());
   }
 }
 
-TracedBus const& Recording::slot(std::string const& name) const {
-  auto const found = name.empty() ? slots_.begin() : slots_.find(name);
-  if (found != slots_.end() && (!name.empty() || slots_.size() == 1)) {
-    return found->second;
+void Recording::take(JsonValue::Json json, std::size_t line) {
+  JsonValue const object(json, "");
+  std::string const event = object.at("event").string();
+  RecordedSlot& slot = slots_[object.at("slot").string()];
+  double const time = timeOf(object);
+  if (time < slot.lastTime) {
+    object.at("time").refuse("earlier than line " + std::to_string(slot.lastLine));
   }
+  if (event == kTransaction) {
+    slot.transactions.push_back({.record = recordFrom(object), .line = line});
+  } else {
+    checkEvent(object);
+    slot.events.push_back({.time = time, .event = event, .object = std::move(json), .line = line});
+  }
+  slot.lastTime = time;
+  slot.lastLine = line;
+}
+
+RecordedSlot const& Recording::slot(std::string const& slot) const {
+  RecordedSlot const* found = nullptr;
   std::string names;
-  for (auto const& [slot, transactions] : slots_) {
-    names += (names.empty() ? " " : ", ") + slot;
+  bool isOnly = true;
+  for (auto const& [name, recorded] : slots_) {
+    if (recorded.transactions.empty()) {
+      continue;
+    }
+    isOnly = names.empty();
+    names += (isOnly ? " " : ", ") + name;
+    if (slot.empty() || slot == name) {
+      found = &recorded;
+    }
+  }
+  if (found != nullptr && (!slot.empty() || isOnly)) {
+    return *found;
   }
   throw Failure(file_ + ": " +
                 (names.empty()  ? "there is no transaction in it"
-                 : name.empty() ? "name one of its slots as FILE#SLOT:" + names
-                                : "there is no slot " + name + " in it, only" + names));
+                 : slot.empty() ? "name one of its slots as FILE#SLOT:" + names
+                                : "there is no slot " + slot + " in it, only" + names));
 }
 
 std::vector<RecordedTransaction> const& Recording::transactions(std::string const& name) const {

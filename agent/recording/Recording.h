@@ -21,6 +21,8 @@ class Recording {
   explicit Recording(std::string const& file);
 
   std::string const& file() const { return file_; }
+  /// All slots that are named in it.
+  std::map<std::string, RecordedSlot> const& slots() const { return slots_; }
   /// The transactions of `slot`; an empty name is the one slot that there is. Throws a `Failure`
   /// when there is no such slot.
   std::vector<RecordedTransaction> const& transactions(std::string const& slot) const;
@@ -32,12 +34,13 @@ class Recording {
   bool isCut() const { return isCut_; }
 
  private:
-  TracedBus const& slot(std::string const& name) const;
+  void take(JsonValue::Json json, std::size_t line);
+  RecordedSlot const& slot(std::string const& name) const;
 
   std::string file_;
   bool isTrace_ = false;
   bool isCut_ = false;
-  std::map<std::string, TracedBus> slots_;
+  std::map<std::string, RecordedSlot> slots_;
 };
 
 }  // namespace Agent

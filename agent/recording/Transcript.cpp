@@ -29,6 +29,11 @@ JsonObject transactionJson(std::string const& slot, TransactionRecord const& rec
   return object;
 }
 
+std::string recordingLine(std::string const& slot, TransactionRecord const& record) {
+  auto const failure = record.isOk ? std::nullopt : std::optional(record.failure);
+  return transactionJson(slot, record).add("failure", failure).text();
+}
+
 std::string transactionLine(std::string const& slot, TransactionRecord const& record) {
   Smbus::Transaction const& transaction = record.transaction;
   std::string text =

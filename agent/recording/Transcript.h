@@ -13,6 +13,9 @@ namespace Agent {
 /// the transaction ended, `read` the bytes as they reached the handler's buffer.
 JsonObject transactionJson(std::string const& slot, TransactionRecord const& record);
 
+/// The same as recordings have it: with `"failure"`, why it failed (null when it did not).
+std::string recordingLine(std::string const& slot, TransactionRecord const& record);
+
 /// The same for a person: `SECONDS SLOT request 0xDEV 0xCMD write HEX -> HEX`, or the failure in
 /// place of the bytes read.
 std::string transactionLine(std::string const& slot, TransactionRecord const& record);

@@ -83,10 +83,12 @@ void Slot::onSupplyIs(std::function<void(Supply const&)> onSupply) {
 }
 
 void Slot::pollIntervalIs(double seconds) {
+  timings_.pollInterval = seconds;
   forEachIdentifier([seconds](auto& identifier) { identifier.pollIntervalIs(seconds); });
 }
 
 void Slot::reviewIntervalIs(double seconds) {
+  timings_.reviewInterval = seconds;
   forEachIdentifier([seconds](auto& identifier) { identifier.reviewIntervalIs(seconds); });
 }
 

@@ -36,8 +36,10 @@ class Slot {
   void observerIs(Smbus::TransactionObserver* observer) { bus_->observerIs(observer); }
   /// Seconds between two polls or checks.
   void pollIntervalIs(double seconds);
+  double pollInterval() const { return timings_.pollInterval; }
   /// See `IdentifierBase::reviewIntervalIs`.
   void reviewIntervalIs(double seconds);
+  double reviewInterval() const { return timings_.reviewInterval; }
   /// Ends detection; what was found stays. It may be called from `onSupply`.
   void stop();
 
@@ -48,6 +50,7 @@ class Slot {
   void forEachIdentifier(Operation operation);
 
   std::string name_;
+  PowerSupplyDetector::Timings timings_;
   Kex::Ptr<Smbus::Bus> bus_;
   Kex::Ptr<Hardware::PowerSupplySlot::SlotConfig> config_;
   Kex::Ptr<Hardware::PowerSupplySlot::SlotStatus> status_;

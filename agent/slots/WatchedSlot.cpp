@@ -21,6 +21,7 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
                          Open const& open, Plugin const& plugin, Reporting& reporting)
     : source_(std::move(source)),
       reporting_(reporting),
+      began_(now()),
       slot_(name, open([this](std::string const& why) { end(why); }), plugin) {
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
   slot_.observerIs(this);
@@ -28,6 +29,16 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
     // What an earlier run may have left is not known to be true any more.
     reporting_.publisher->fdlDel(name);
   }
+}
+
+WatchedSlot::~WatchedSlot() { recordStop({}); }
+
+void WatchedSlot::actIs(Act const& act) {
+  record(event("act", now())
+             .add("action", act.action)
+             .add("supply", act.supply)
+             .add("transactions", act.transactions)
+             .text());
 }
 
 void WatchedSlot::handleSupply(Supply const& supply) {
@@ -39,13 +50,13 @@ void WatchedSlot::handleSupply(Supply const& supply) {
   }
   shown_ = std::move(shown);
   publish(supply);
-  if (!reporting_.isJson) {
-    print(supplyLine(now(), slot_.name(), supply));
-    return;
+  std::string json;
+  if (reporting_.isJson || reporting_.recorder != nullptr) {
+    JsonObject object = event("supply", now());
+    json = addSupply(object.add("source", source_), supply).text();
+    record(json);
   }
-  JsonObject object;
-  object.add("time", now()).add("slot", slot_.name()).add("event", "supply").add("source", source_);
-  print(addSupply(object, supply).text());
+  print(reporting_.isJson ? json : supplyLine(now(), slot_.name(), supply));
 }
 
 void WatchedSlot::handleTransaction(Smbus::Client const& client,
@@ -54,18 +65,19 @@ void WatchedSlot::handleTransaction(Smbus::Client const& client,
   if (reporting_.recorder == nullptr && !reporting_.isTranscript) {
     return;
   }
-  TransactionRecord const record = recordOf(client, transaction, reply);
+  TransactionRecord const ended = recordOf(client, transaction, reply);
   if (reporting_.recorder != nullptr) {
-    reporting_.ledger.attempt([&] { reporting_.recorder->recordIs(slot_.name(), record); });
+    record(recordingLine(slot_.name(), ended));
   }
   if (reporting_.isTranscript) {
-    print(reporting_.isJson ? transactionJson(slot_.name(), record).text()
-                            : transactionLine(slot_.name(), record));
+    print(reporting_.isJson ? transactionJson(slot_.name(), ended).text()
+                            : transactionLine(slot_.name(), ended));
   }
 }
 
 void WatchedSlot::end(std::string const& why) {
   slot_.stop();
+  recordStop(why);
   complain(slot_.name() + ": " + why);
 }
 
@@ -80,6 +92,31 @@ void WatchedSlot::publish(Supply const& supply) {
       reporting_.publisher->fdlDel(slot_.name());
     }
   });
+}
+
+JsonObject WatchedSlot::event(char const* kind, double time) const {
+  JsonObject object;
+  object.add("time", time).add("slot", slot_.name()).add("event", kind);
+  return object;
+}
+
+void WatchedSlot::record(std::string const& line) {
+  if (reporting_.recorder == nullptr || recorded_ == Recorded::stop) {
+    return;
+  }
+  if (std::exchange(recorded_, Recorded::start) == Recorded::nothing) {
+    record(event("start", began_)
+               .add("source", source_)
+               .add("pollInterval", slot_.pollInterval())
+               .add("reviewInterval", slot_.reviewInterval())
+               .text());
+  }
+  reporting_.ledger.attempt([&] { reporting_.recorder->lineIs(line); });
+}
+
+void WatchedSlot::recordStop(std::optional<std::string> const& why) {
+  record(event("stop", now()).add("reason", why).text());
+  recorded_ = Recorded::stop;
 }
 
 void WatchedSlot::print(std::string const& line) const {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "agent/base/JsonObject.h"
 #include "agent/base/Ledger.h"
 #include "agent/recording/Recorder.h"
 #include "agent/slots/Publisher.h"
@@ -22,10 +23,20 @@ struct Reporting {
   bool isLive = false;
   /// Where FDL is published; null for nowhere.
   Publisher* publisher = nullptr;
-  /// Where every bus transaction is recorded; null for nowhere.
+  /// Where it is recorded what happens; null for nowhere.
   Recorder* recorder = nullptr;
   /// Where it is kept that something cannot be written.
   Ledger ledger{};
+};
+
+/// What somebody did to a slot.
+struct Act {
+  /// `"insert"`, `"remove"`, or the name of a kind of fault.
+  std::string action;
+  /// What the supply that is put into the slot is called; none for none.
+  std::optional<std::string> supply{};
+  /// How many transactions a fault meets.
+  std::optional<Kex::U32> transactions{};
 };
 
 /// A slot that prints a line whenever its verdict, serial number or FDL differs from the last line
@@ -41,10 +52,12 @@ class WatchedSlot final : Smbus::TransactionObserver {
               Plugin const& plugin, Reporting& reporting);
   WatchedSlot(WatchedSlot const&) = delete;
   WatchedSlot& operator=(WatchedSlot const&) = delete;
-  ~WatchedSlot() = default;
+  ~WatchedSlot();
 
   Slot& slot() { return slot_; }
   void sourceIs(std::optional<std::string> source) { source_ = std::move(source); }
+  /// Records what somebody did to the slot.
+  void actIs(Act const& act);
 
  private:
   /// What a line is about: two lines of the same are printed once.
@@ -61,11 +74,20 @@ class WatchedSlot final : Smbus::TransactionObserver {
   /// Stops the slot, whose source has ended, and tells why.
   void end(std::string const& why);
   void publish(Supply const& supply);
+  /// What happens to the slot, as recordings and JSON lines begin to tell it.
+  JsonObject event(char const* kind, double time) const;
+  void record(std::string const& line);
+  /// Records that the slot is not watched any more, and why, unless the run ends.
+  void recordStop(std::optional<std::string> const& why);
   void print(std::string const& line) const;
 
   std::optional<std::string> source_;
   Reporting& reporting_;
+  /// When the slot was begun to be watched, in seconds.
+  double began_;
   std::optional<Shown> shown_;
+  /// How far the recording has come.
+  enum class Recorded : unsigned char { nothing, start, stop } recorded_ = Recorded::nothing;
   Slot slot_;
 };
 

@@ -8,6 +8,7 @@ HEADER = '{"format":"psu-agent recording","version":1}\n'
 GOOD = ('{"time":0.5,"slot":"A","event":"transaction","request":"pollForInsertion","device":88,'
         '"command":153,"write":null,"readLength":8,"read":"07454D4552534F4E","status":3,'
         '"failure":null}\n')
+STOP = '{"time":0.1,"reason":null,"slot":"A","event":"stop"}\n'
 
 
 def changed(key, value):
@@ -28,15 +29,10 @@ class Recordings(Case):
         self.file = self.folder / "psu.jsonl"
 
     def record(self, scenario):
-        """Makes the file a recording of the scenario; what was printed, and the transactions."""
-        status, out, _ = run("simulate", "--json", "--transcript", scenario)
-        self.assertEqual(status, 0)
-        recorded = lines_of(out.decode(), "transaction")
-        for number, entry in enumerate(recorded):
-            entry["failure"] = None if entry["status"] == 3 else f"failure {number}"
-        self.file.write_text(HEADER + "".join(
-            json.dumps(entry, separators=(",", ":")) + "\n" for entry in recorded))
-        return out, recorded
+        """Makes the file a recording of the scenario; what was printed."""
+        status, out, err = run("simulate", "--json", "--record", self.file, scenario)
+        self.assertEqual((status, err), (0, []))
+        return out.decode()
 
     def test_identify_waits_for_what_comes_later(self):
         scenario = self.folder / "late.json"
@@ -58,8 +54,10 @@ class Recordings(Case):
 
         for scenario in sorted((SAMPLES / "scenarios").glob("*.json")):
             with self.subTest(scenario.name):
-                out, recorded = self.record(scenario)
-                slots = sorted({entry["slot"] for entry in recorded})
+                out = self.record(scenario)
+                text = self.file.read_text()
+                self.assertEqual(lines_of(text, "supply"), lines_of(out, "supply"))
+                slots = sorted({entry["slot"] for entry in lines_of(text, "transaction")})
                 status, replayed, err = run(
                     "monitor", "--json", "--duration", json.loads(scenario.read_text())["duration"],
                     "--record", again,
@@ -68,9 +66,28 @@ class Recordings(Case):
                 self.assertEqual((status, err), (0, []))
                 for slot in slots:
                     self.assertEqual(told(slot, replayed.decode(), "supply"),
-                                     told(slot, out.decode(), "supply"))
-                    self.assertEqual(told(slot, again.read_text(), "transaction"),
-                                     told(slot, self.file.read_text(), "transaction"))
+                                     told(slot, out, "supply"))
+                    for event in ("start", "transaction", "supply", "stop"):
+                        self.assertEqual(told(slot, again.read_text(), event),
+                                         told(slot, text, event))
+
+    def test_what_is_done_to_a_slot(self):
+        """Acts stand where they happen, in the order of the slot's times."""
+        scenario = self.folder / "acts.json"
+        scenario.write_text(json.dumps({"duration": 9, "slots": [
+            {"name": "A", "supply": {"image": str(DS2900)}, "events": [
+                {"at": 4, "action": "remove"},
+                {"at": 5, "action": "nack", "transactions": 2},
+                {"at": 6, "action": "insert", "supply": {"image": str(DS2900)}}]}]}))
+        self.record(scenario)
+        lines = [json.loads(line) for line in self.file.read_text().splitlines()[1:]]
+        self.assertEqual([line["time"] for line in lines], sorted(line["time"] for line in lines))
+        self.assertEqual(
+            [(line["time"], line["action"], line["supply"], line["transactions"])
+             for line in lines if line["event"] == "act"],
+            [(4, "remove", None, None), (5, "nack", None, 2), (6, "insert", str(DS2900), None)])
+        self.assertEqual([line["event"] for line in (lines[0], lines[-1])], ["start", "stop"])
+        self.assertEqual((lines[0]["pollInterval"], lines[0]["reviewInterval"]), (1, 60))
 
     def test_identify_and_simulate_take_them(self):
         told = run("identify", "--record", self.file, DS2900)
@@ -132,7 +149,11 @@ class Recordings(Case):
                 (HEADER + GOOD[:40] + "\n" + GOOD, ":2: no JSON"),
                 (HEADER + GOOD + "{\n", ":3: no JSON"), (HEADER + "x" * 70000 + "\n", ":2: longer"),
                 (HEADER + changed("colour", 1), ':2: the document: unknown key "colour"'),
-                (HEADER + changed("event", "supply"), ":2: event: "), (HEADER + changed("time", -1), ":2: time: -1"),
+                (HEADER + changed("event", "colour"), ':2: event: "colour" is no event'),
+                (HEADER + changed("event", "stop"), ':2: the document: unknown key "request"'),
+                (HEADER + STOP.replace('"reason":null,', ""), ':2: the document: the key "reason"'),
+                (HEADER + GOOD + STOP, ":3: time: earlier than line 2"), (HEADER + STOP, "no transaction"),
+                (HEADER + changed("time", -1), ":2: time: -1"),
                 (HEADER + changed("device", 128), ":2: device: 128"),
                 (HEADER + changed("command", 256), ":2: command: 256"),
                 (HEADER + changed("readLength", 0), ":2: readLength: 0"),

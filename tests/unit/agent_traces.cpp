@@ -12,7 +12,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 /// The trace's buses after these lines, each "TIME EVENT", of an adapter that prints as its text.
-std::map<std::string, Agent::TracedBus> traced(std::vector<std::string> const& lines) {
+std::map<std::string, Agent::RecordedSlot> traced(std::vector<std::string> const& lines) {
   Agent::KernelTrace trace;
   std::size_t number = 0;
   for (std::string const& line : lines) {
