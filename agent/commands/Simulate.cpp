@@ -2,11 +2,15 @@
 #include "agent/commands/Command.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
+#include "agent/base/OutputReader.h"
+#include "agent/publish/Publisher.h"
 #include "agent/slots/Loop.h"
 #include "agent/slots/Scenario.h"
 #include "agent/slots/Source.h"
@@ -23,6 +27,7 @@ struct Options {
   bool isJson = false;
   bool isTranscript = false;
   std::string record;
+  std::string publish;
   std::string scenario;
 };
 
@@ -121,21 +126,36 @@ class Stage {
   Timer timer_;
 };
 
+std::set<std::string> namesOf(Scenario const& scenario) {
+  std::set<std::string> names;
+  std::ranges::transform(scenario.slots, std::inserter(names, names.end()), &ScenarioSlot::name);
+  return names;
+}
+
 Status simulate(Options const& options, Globals const& globals) {
   Scenario const scenario = readScenario(options.scenario);
+  ignoreWriteSignals();
   Plugin const plugin(globals.library);
   Loop loop(ClockKind::virtualClock);
   Reporting reporting{.isJson = options.isJson, .isTranscript = options.isTranscript};
-  std::optional<Recorder> recorder;
-  if (!options.record.empty()) {
-    reporting.recorder = &recorder.emplace(options.record);
+  {
+    std::optional<Publisher> publisher;
+    if (!options.publish.empty()) {
+      reporting.publisher =
+          &publisher.emplace(Publishing{.folder = options.publish}, reporting.ledger);
+      publisher->slotsAre(namesOf(scenario));
+    }
+    std::optional<Recorder> recorder;
+    if (!options.record.empty()) {
+      reporting.recorder = &recorder.emplace(options.record);
+    }
+    std::vector<std::unique_ptr<Stage>> stages;
+    stages.reserve(scenario.slots.size());
+    for (ScenarioSlot const& story : scenario.slots) {
+      stages.push_back(std::make_unique<Stage>(story, plugin, loop, reporting));
+    }
+    loop.run(scenario.duration, [] { return false; });
   }
-  std::vector<std::unique_ptr<Stage>> stages;
-  stages.reserve(scenario.slots.size());
-  for (ScenarioSlot const& story : scenario.slots) {
-    stages.push_back(std::make_unique<Stage>(story, plugin, loop, reporting));
-  }
-  loop.run(scenario.duration, [] { return false; });
   return reporting.ledger.status();
 }
 
@@ -147,6 +167,10 @@ Action prepareSimulate(CLI::App& command) {
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
   command.add_option("--record", options->record, "Record what happens, for replay:FILE")
       ->option_text("FILE");
+  command
+      .add_option("--publish", options->publish,
+                  "Keep DIR/NAME.fdl for each slot whose supply is identified")
+      ->option_text("DIR");
   command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required();
   return [options](Globals const& globals) { return simulate(*options, globals); };
 }

@@ -11,8 +11,8 @@
 #include "agent/base/InputFile.h"
 #include "agent/base/JsonDocument.h"
 #include "agent/base/Text.h"
+#include "agent/publish/SlotName.h"
 #include "agent/slots/FruImage.h"
-#include "agent/slots/Publisher.h"
 
 namespace Agent {
 

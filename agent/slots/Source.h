@@ -15,7 +15,7 @@ namespace Agent {
 /// What the opening of a source may need.
 struct SourceContext {
   /// What a supply that is simulated from a file answers as its MFR_ID, 1 to 32 bytes.
-  std::string mfrId;
+  std::string mfrId = "EMERSON";
   /// For transports whose work is done on other threads.
   Post post;
   /// Told of the end of a source that has one; may be empty.

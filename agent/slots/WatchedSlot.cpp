@@ -25,10 +25,6 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
       slot_(name, open([this](std::string const& why) { end(why); }), plugin) {
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
   slot_.observerIs(this);
-  if (reporting_.publisher != nullptr) {
-    // What an earlier run may have left is not known to be true any more.
-    reporting_.publisher->fdlDel(name);
-  }
 }
 
 WatchedSlot::~WatchedSlot() { recordStop({}); }
@@ -49,7 +45,9 @@ void WatchedSlot::handleSupply(Supply const& supply) {
     return;
   }
   shown_ = std::move(shown);
-  publish(supply);
+  if (reporting_.publisher != nullptr) {
+    reporting_.publisher->supplyIs(slot_.name(), supply);
+  }
   std::string json;
   if (reporting_.isJson || reporting_.recorder != nullptr) {
     JsonObject object = event("supply", now());
@@ -79,19 +77,6 @@ void WatchedSlot::end(std::string const& why) {
   slot_.stop();
   recordStop(why);
   complain(slot_.name() + ": " + why);
-}
-
-void WatchedSlot::publish(Supply const& supply) {
-  if (reporting_.publisher == nullptr) {
-    return;
-  }
-  reporting_.ledger.attempt([&] {
-    if (supply.verdict == Verdict::identified) {
-      reporting_.publisher->fdlIs(slot_.name(), supply.fdl.view());
-    } else {
-      reporting_.publisher->fdlDel(slot_.name());
-    }
-  });
 }
 
 JsonObject WatchedSlot::event(char const* kind, double time) const {

@@ -7,8 +7,8 @@
 
 #include "agent/base/JsonObject.h"
 #include "agent/base/Ledger.h"
+#include "agent/publish/Publisher.h"
 #include "agent/recording/Recorder.h"
-#include "agent/slots/Publisher.h"
 #include "agent/slots/Slot.h"
 #include "agent/transport/OnEnd.h"
 
@@ -55,6 +55,7 @@ class WatchedSlot final : Smbus::TransactionObserver {
   ~WatchedSlot();
 
   Slot& slot() { return slot_; }
+  std::optional<std::string> const& source() const { return source_; }
   void sourceIs(std::optional<std::string> source) { source_ = std::move(source); }
   /// Records what somebody did to the slot.
   void actIs(Act const& act);
@@ -73,7 +74,6 @@ class WatchedSlot final : Smbus::TransactionObserver {
                          Smbus::Reply const& reply) override;
   /// Stops the slot, whose source has ended, and tells why.
   void end(std::string const& why);
-  void publish(Supply const& supply);
   /// What happens to the slot, as recordings and JSON lines begin to tell it.
   JsonObject event(char const* kind, double time) const;
   void record(std::string const& line);

@@ -131,11 +131,35 @@ class Monitor(Case):
                                   stdout=subprocess.PIPE, text=True) as agent:
                 lines = [agent.stdout.readline().split()[1:3] for _ in range(2)]
                 self.assertCountEqual(lines, [["A", "identified"], ["B", "unrecognised"]])
-                self.assertEqual([file.name for file in self.folder.iterdir()], ["A.fdl"])
+                self.assertEqual([file.name for file in self.folder.glob("*.fdl")], ["A.fdl"])
                 self.assertEqual((self.folder / "A.fdl").read_bytes(), fdl)
                 agent.send_signal(stop)
                 self.assertEqual(agent.wait(timeout=60), 0)
             self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_a_run_that_was_killed_or_kept(self):
+        fdl = run("identify", DS2900)[1]
+        words = [os.environ["PSU_AGENT"], "monitor", "--publish", self.folder, "--keep",
+                 "--slot", f"A={DS2900}"]
+        for stop, status in ((signal.SIGKILL, -9), (signal.SIGTERM, 0)):
+            with subprocess.Popen(words, stdout=subprocess.PIPE, text=True) as agent:
+                self.assertIn("identified", agent.stdout.readline())
+                second = run("monitor", "--slot", f"A={DS2900}", "--publish", self.folder)
+                self.assertEqual((second[0], "another program does" in second[2][0]), (1, True))
+                agent.send_signal(stop)
+                self.assertEqual(agent.wait(timeout=60), status)
+            self.assertEqual((self.folder / "A.fdl").read_bytes(), fdl)
+        # The slot is another one now, and what it was called is published no longer.
+        run("monitor", "--publish", self.folder, "--slot", f"B={DS3000}", "--duration", "1")
+        self.assertEqual(list(self.folder.iterdir()), [])
+
+    def test_ends_when_nobody_reads(self):
+        with subprocess.Popen([os.environ["PSU_AGENT"], "monitor", "--publish", self.folder,
+                               "--slot", f"A={DS2900}"], stdout=subprocess.PIPE) as agent:
+            agent.stdout.readline()
+            agent.stdout.close()
+            self.assertEqual(agent.wait(timeout=60), 0)
+        self.assertEqual(list(self.folder.iterdir()), [])
 
     def test_exit_status(self):
         slot = ("--slot", f"A={DS2900}", "--duration", "1")
@@ -146,7 +170,9 @@ class Monitor(Case):
                 (2, "standard input", (*slot, "--slot", "B=-", "--slot", "C=-")),
                 (2, "poll-interval", (*slot, "--poll-interval", "0")),
                 (2, "duration", ("--slot", f"A={DS2900}", "--duration", "-1")),
-                (1, "not a folder", (*slot, "--publish", DS2900)),
+                (1, "Not a directory", (*slot, "--publish", DS2900)),
+                (2, "--hold", (*slot, "--hold", "1")),
+                (2, "--hold", (*slot, "--publish", self.folder, "--hold", "-1")),
                 (1, "nowhere", (*slot, "--publish", self.folder / "nowhere"))):
             self.refused(status, told, "monitor", *words)
         status, _, err = run("monitor", *slot, "--slot", "B=none.fru")

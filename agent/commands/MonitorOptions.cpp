@@ -1,0 +1,77 @@
+// What psu-agent monitor is told to do.
+#include "agent/commands/MonitorOptions.h"
+
+#include <set>
+
+#include "agent/base/Error.h"
+#include "agent/base/Text.h"
+#include "agent/commands/Command.h"
+#include "agent/publish/SlotName.h"
+
+namespace Agent {
+
+void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
+  command.add_option("--slot", options.slots, "A slot and its SOURCE (repeatable)")
+      ->option_text("NAME=SOURCE ...")
+      ->expected(1)
+      ->take_all()
+      ->required();
+  inSeconds(*command.add_option("--poll-interval", options.pollInterval,
+                                "Seconds between polls or checks"))
+      .option_text("S [1]");
+  inSeconds(*command.add_option("--review-interval", options.reviewInterval,
+                                "Seconds after which a supply is read whole again"))
+      .option_text("S [60]");
+  inSeconds(*command.add_option("--duration", options.duration, "Seconds after which to end"));
+  command.add_flag("--json", options.isJson, "Print JSON lines instead");
+  command.add_option("--record", options.record, "Record what happens, for replay:FILE")
+      ->option_text("FILE");
+  auto* const publish = command.add_option(
+      "--publish", options.publish, "Keep DIR/NAME.fdl for each slot whose supply is identified");
+  publish->option_text("DIR");
+  inSeconds(*command.add_option("--hold", options.hold,
+                                "Seconds for which a bus in trouble keeps what is published"),
+            0)
+      .option_text("S [60]")
+      ->needs(publish);
+  command.add_flag("--keep", options.isKept, "Leave published files at the end, for the next run")
+      ->needs(publish);
+}
+
+std::vector<SlotPlan> plansOf(MonitorOptions const& options) {
+  std::vector<std::string> names;
+  std::vector<std::string> sources;
+  std::set<std::string> taken;
+  for (std::string const& text : options.slots) {
+    std::size_t const equals = text.find('=');
+    std::string const name = text.substr(0, equals);
+    if (equals == std::string::npos || !isSlotName(name)) {
+      throw UsageError("--slot: " + oneLine(text) +
+                       " is not NAME=SOURCE with a NAME of letters, digits, '.', '_' and '-'");
+    }
+    if (!taken.insert(name).second) {
+      throw UsageError("--slot: the slot " + name + " is named twice");
+    }
+    names.push_back(name);
+    sources.push_back(text.substr(equals + 1));
+  }
+  std::vector<SlotPlan> plans;
+  for (Source const& source : parseSources(sources)) {
+    plans.push_back({.name = names[plans.size()],
+                     .source = source,
+                     .pollInterval = options.pollInterval,
+                     .reviewInterval = options.reviewInterval});
+  }
+  return plans;
+}
+
+std::optional<Publishing> publishingOf(MonitorOptions const& options) {
+  return options.publish.empty()
+             ? std::nullopt
+             : std::optional(Publishing{.folder = options.publish,
+                                        .hold = options.hold,
+                                        .isKept = options.isKept,
+                                        .repairInterval = options.pollInterval});
+}
+
+}  // namespace Agent

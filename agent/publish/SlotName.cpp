@@ -1,0 +1,14 @@
+// What a slot may be called.
+#include "agent/publish/SlotName.h"
+
+namespace Agent {
+
+bool isSlotName(std::string_view name) {
+  constexpr std::string_view kAllowed =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-";
+  constexpr std::size_t kLongest = 200;
+  return !name.empty() && name.size() <= kLongest && name.front() != '.' &&
+         name.find_first_not_of(kAllowed) == std::string_view::npos;
+}
+
+}  // namespace Agent

@@ -1,0 +1,55 @@
+// The slots that are watched, which may change while they are.
+#include "agent/slots/WatchedSlots.h"
+
+#include <algorithm>
+#include <ranges>
+#include <set>
+#include <utility>
+
+namespace Agent {
+
+namespace {
+
+/// Publishes of the slots of these names only.
+template <class Names>
+void publishOf(Publisher* publisher, Names const& names) {
+  if (publisher != nullptr) {
+    publisher->slotsAre({names.begin(), names.end()});
+  }
+}
+
+}  // namespace
+
+WatchedSlots::WatchedSlots(Plugin const& plugin, Loop const& loop, Reporting& reporting)
+    : plugin_(plugin), loop_(loop), reporting_(reporting) {}
+
+void WatchedSlots::plansAre(std::vector<SlotPlan> const& plans) {
+  auto const isGone = [&](auto const& entry) {
+    return std::ranges::none_of(plans, [&](SlotPlan const& plan) {
+      return plan.name == entry.first && plan.source.text() == entry.second->source();
+    });
+  };
+  if (std::erase_if(slots_, isGone) != 0) {
+    // What is published of a slot that has the name of one that is gone begins anew.
+    publishOf(reporting_.publisher, std::views::keys(slots_));
+  }
+  publishOf(reporting_.publisher, std::views::transform(plans, &SlotPlan::name));
+  for (SlotPlan const& plan : plans) {
+    reporting_.ledger.attempt([&] { start(plan); });
+  }
+}
+
+void WatchedSlots::start(SlotPlan const& plan) {
+  if (!slots_.contains(plan.name)) {
+    auto const open = [&](OnEnd onEnd) {
+      return plan.source.open({.post = loop_.post(), .onEnd = std::move(onEnd)});
+    };
+    slots_.emplace(plan.name, std::make_unique<WatchedSlot>(plan.name, plan.source.text(), open,
+                                                            plugin_, reporting_));
+  }
+  Slot& slot = slots_.at(plan.name)->slot();
+  slot.pollIntervalIs(plan.pollInterval);
+  slot.reviewIntervalIs(plan.reviewInterval);
+}
+
+}  // namespace Agent
