@@ -72,11 +72,12 @@ void IdentifierBase::kexFwkActivityIs(bool active) {
 }
 
 void IdentifierBase::kexDoZombieReactors(bool on) {
-  Kex::Clock::NotifieeConst::kexDoZombieReactors(on);
-  if (on) {
-    withdrawRequests();
-    nextIs(Next::nothing, 0);
+  if (on == isMarkedForDeletion()) {
+    return;
   }
+  Kex::Clock::NotifieeConst::kexDoZombieReactors(on);
+  withdrawRequests();
+  settle();
 }
 
 void IdentifierBase::doPrepare() {
@@ -101,6 +102,16 @@ void IdentifierBase::doStartDetection() {
 
 void IdentifierBase::constructedIs(bool constructed) {
   constructed_ = constructed;
+  handleOutsideChange();
+}
+
+void IdentifierBase::initializedIs(bool initialized) {
+  initialized_ = initialized;
+  handleOutsideChange();
+}
+
+void IdentifierBase::timeMinIs(double time) {
+  Kex::Clock::NotifieeConst::timeMinIs(time);
   handleOutsideChange();
 }
 
@@ -137,11 +148,12 @@ void IdentifierBase::handleOutsideChange() {
 
 void IdentifierBase::handleAttached(bool attached) {
   Kex::Clock::NotifieeConst::handleAttached(attached);
-  // Times of another clock mean nothing to this one.
-  detection_.memory.lastReset = -std::numeric_limits<double>::infinity();
   if (attached) {
+    // Times of another clock mean nothing to this one.
+    detection_.memory.lastReset = now();
     settle();
   } else {
+    withdrawRequests();
     next_ = Next::nothing;
   }
 }
@@ -277,7 +289,8 @@ double IdentifierBase::now() const { return notifier()->time(); }
 
 void IdentifierBase::nextIs(Next what, double time) {
   next_ = what;
-  timeMinIs(what == Next::nothing ? std::numeric_limits<double>::infinity() : time);
+  Kex::Clock::NotifieeConst::timeMinIs(
+      what == Next::nothing ? std::numeric_limits<double>::infinity() : time);
 }
 
 void IdentifierBase::withdrawRequests() {
@@ -290,6 +303,9 @@ void IdentifierBase::withdrawRequests() {
 void IdentifierBase::resetDetection() {
   withdrawRequests();
   nextIs(Next::nothing, 0);
+  for (Channel* const channel : {&poll_, &identify_, &check_}) {
+    channel->attach();
+  }
   Memory& memory = detection_.memory;
   memory.lastReset = now();
   memory.backOff.taken();
@@ -374,14 +390,19 @@ void IdentifierBase::takeRetry() {
 }
 
 void IdentifierBase::Channel::requestIs(RequestPtr const& request) {
+  Doing const doing(owner_);
   if (this->request()) {
     withdraw();
     this->request()->handlerIs(nullptr);
   }
   request_.ptrIs(request);
-  if (request) {
-    request->nameIs(name_);
-    request->handlerIs(this);
+  attach();
+}
+
+void IdentifierBase::Channel::attach() {
+  if (request()) {
+    request()->nameIs(name_);
+    request()->handlerIs(this);
   }
 }
 
@@ -393,9 +414,11 @@ void IdentifierBase::Channel::withdraw() {
 }
 
 bool IdentifierBase::Channel::isOwnDoing(VornRequest&) {
-  bool const isOurs = owner_.doings_ != 0 || !owner_.isStarted_;
-  owner_.handleOutsideChange();
-  return isOurs;
+  if (owner_.doings_ != 0 || !owner_.isStarted_) {
+    return true;
+  }
+  owner_.settle();
+  return false;
 }
 
 void IdentifierBase::Channel::handleStatus(VornRequest& request) {

@@ -67,6 +67,9 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   }
   std::vector<Kex::Name> memberNames() const override { return members_.names(); }
 
+  /// As the base does it: the one deadline that a handler sets is its check's retry. Somebody
+  /// else's does not stand.
+  void timeMinIs(double time);
   void onTime() override;
   /// Sets up what detection needs and loads the poll request, without starting it; sets
   /// `initialized`. Called once.
@@ -94,7 +97,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual void serialNumIs(Kex::String8 serialNum) { serialNum_ = std::move(serialNum); }
   virtual void fdlIs(Kex::String8 fdl) { fdl_ = std::move(fdl); }
   virtual void hwErrorIs(bool hwError) { hwError_ = hwError; }
-  virtual void initializedIs(bool initialized) { initialized_ = initialized; }
+  virtual void initializedIs(bool initialized);
   /// Consecutive failed transactions.
   virtual void failCountIs(Kex::U8 failCount) { failCount_ = failCount; }
   virtual void pollDelayIs(double seconds);
@@ -186,6 +189,8 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
 
     RequestPtr const& request() const { return request_.ptr(); }
     void requestIs(RequestPtr const& request);
+    /// The request's endings come to this channel, whoever took them.
+    void attach();
     void withdraw();
     bool isUnderWay() const { return request() && request()->isUnderWay(); }
     Kex::U64 started() const { return request() ? request()->started() : 0; }

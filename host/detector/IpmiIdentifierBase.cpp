@@ -78,29 +78,38 @@ Kex::KexType& IdentifierBase::fwkType() const { return _fwkType(); }
 IdentifierBase::~IdentifierBase() = default;
 
 IdentifierBase::BufPtr IdentifierBase::commonAreaBufIs(Kex::U32 size) {
-  commonAreaBuf_.ptrIs(filledBuf(size));
+  memberIs(commonAreaBuf_, filledBuf(size));
   return commonAreaBuf();
 }
 
 IdentifierBase::BufPtr IdentifierBase::productInfoHeaderBufIs(Kex::U32 size) {
-  productInfoHeaderBuf_.ptrIs(filledBuf(size));
+  memberIs(productInfoHeaderBuf_, filledBuf(size));
   return productInfoHeaderBuf();
 }
 
 IdentifierBase::BufPtr IdentifierBase::productInfoBufIs(Kex::U32 size) {
-  productInfoBuf_.ptrIs(Kex::make<Hal::Buf>(size));
+  memberIs(productInfoBuf_, Kex::make<Hal::Buf>(size));
   return productInfoBuf();
 }
 
 Ptr<IdpromContents> IdentifierBase::idpromIs() {
-  idprom_.ptrIs(Kex::make<IdpromContents>());
+  memberIs(idprom_, Kex::make<IdpromContents>());
   return idprom();
 }
 
 void IdentifierBase::doForgetSupply() {
+  // What somebody has taken away, or made of another size, is put right.
+  if (!commonAreaBuf() || commonAreaBuf()->len() != CommonAreaHeader::kLength) {
+    commonAreaBufIs(CommonAreaHeader::kLength);
+  }
+  if (!productInfoHeaderBuf() || productInfoHeaderBuf()->len() != kProductInfoHeaderLength) {
+    productInfoHeaderBufIs(kProductInfoHeaderLength);
+  }
   if (idprom()) {
     idprom()->headerIs({});
     idprom()->productInfoIs({});
+  } else {
+    idpromIs();
   }
 }
 

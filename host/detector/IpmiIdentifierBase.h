@@ -28,15 +28,15 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
 
   /// `Del` clears the buffer and returns the one that was there. `Is` makes a new one of `size`
   /// bytes: the common area's and the header's with that length, the area's empty.
-  virtual BufPtr commonAreaBufDel() { return commonAreaBuf_.ptrIs({}); }
+  virtual BufPtr commonAreaBufDel() { return memberIs(commonAreaBuf_, {}); }
   virtual BufPtr commonAreaBufIs(Kex::U32 size);
-  virtual BufPtr productInfoHeaderBufDel() { return productInfoHeaderBuf_.ptrIs({}); }
+  virtual BufPtr productInfoHeaderBufDel() { return memberIs(productInfoHeaderBuf_, {}); }
   /// See `commonAreaBufDel`.
   virtual BufPtr productInfoHeaderBufIs(Kex::U32 size);
-  virtual BufPtr productInfoBufDel() { return productInfoBuf_.ptrIs({}); }
+  virtual BufPtr productInfoBufDel() { return memberIs(productInfoBuf_, {}); }
   /// See `commonAreaBufDel`.
   virtual BufPtr productInfoBufIs(Kex::U32 size);
-  virtual Kex::Ptr<IdpromContents> idpromDel() { return idprom_.ptrIs({}); }
+  virtual Kex::Ptr<IdpromContents> idpromDel() { return memberIs(idprom_, {}); }
   /// Makes a fresh record.
   virtual Kex::Ptr<IdpromContents> idpromIs();
 
@@ -55,6 +55,14 @@ class KEX_API IdentifierBase : public PowerSupplyDetector::IdentifierBase {
 
  private:
   using BufMember = Kex::NamedMembers::Member<Hal::Buf>;
+
+  /// Puts `value` into `member`, and returns what was there.
+  template <class T>
+  Kex::Ptr<T> memberIs(Kex::NamedMembers::Member<T>& member, Kex::Ptr<T> const& value) {
+    Kex::Ptr<T> before = member.ptrIs(value);
+    handleOutsideChange();
+    return before;
+  }
 
   BufMember commonAreaBuf_{members(), "commonAreaBuf"};
   BufMember productInfoHeaderBuf_{members(), "productInfoHeaderBuf"};

@@ -125,7 +125,7 @@ Move afterCheck(CheckEnding const& ending, Situation const& situation) {
     return move;
   }
   double const nextCheck = situation.now + situation.timings.pollInterval;
-  double const review = reviewTime(ending, situation, memory);
+  double const review = std::max(move.at, reviewTime(ending, situation, memory));
   move.next = review <= nextCheck ? Next::reset : Next::check;
   move.at = std::min(nextCheck, review);
   return move;

@@ -2,6 +2,7 @@
 #include "host/hardware/VornRequest.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "host/kex/base/Exception.h"
 #include "host/kex/base/Format.h"
@@ -39,11 +40,21 @@ VornRequest::~VornRequest() {
   }
 }
 
+void VornRequest::handlerIs(Handler* handler) {
+  Handler* const before = std::exchange(handler_, handler);
+  if (before != nullptr && before != handler && !before->isOwnDoing(*this)) {
+    activeIs(false);
+  }
+}
+
 void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData const& data,
                            Kex::U32 length, Kex::U8, Kex::U8, Kex::U32) {
   if (length == 0 || length > Smbus::kMaxBlock) {
     Kex::throwRangeException(
         Kex::format("an operation of %u bytes does not fit an SMBus block", length));
+  }
+  if (handler_ != nullptr && !handler_->isOwnDoing(*this)) {
+    activeIs(false);
   }
   Smbus::VornAddress const decoded(address);
   Smbus::Block written;

@@ -49,8 +49,8 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
    public:
     /// A terminal status was reached.
     virtual void handleStatus(VornRequest& request) = 0;
-    /// Asked before the request is switched: whether whose request it is switches it. If somebody
-    /// else does, it is withdrawn, and nothing is started.
+    /// Asked when the request is switched, loaded, or given to another handler: whether whose
+    /// request it is does so. If somebody else does, it is withdrawn, and nothing is started.
     virtual bool isOwnDoing(VornRequest& /*request*/) { return true; }
 
    protected:
@@ -70,7 +70,7 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
   Kex::Name const& name() const override { return name_; }
   void nameIs(Kex::Name name) { name_ = std::move(name); }
   /// Who is told of terminal statuses; null for nobody. Not owned.
-  void handlerIs(Handler* handler) { handler_ = handler; }
+  void handlerIs(Handler* handler);
 
   /// Appends an operation: of `opcode` (1 write, 0 read), at the encoded `address`, with `length`
   /// bytes of `data` (a write's are copied now). The first one after `activeIs(false)` replaces all

@@ -55,11 +55,40 @@ void switchOffAndOn(Rig& rig) {
   rig.identifier().hasNotificationActiveIs(true);
 }
 
+/// Supply A answers while a switch is off.
+Move answeringWhileOff(busTest::Switch const& one) {
+  return {std::string("A without ") + one.what, isAsked, [one](Rig& rig) {
+            rig.switchIs(one, false);
+            rig.answer(kA);
+            rig.switchIs(one, true);
+          }};
+}
+
+/// Supply A answers; a descriptor that is asked switches off.
+Move switchingOffInWalk(busTest::Switch const& one) {
+  return {std::string("A, and a descriptor takes ") + one.what, isAsked, [one](Rig& rig) {
+            rig.interfereInWalk([one](Rig& inside) { inside.switchIs(one, false); });
+            rig.answer(kA);
+            rig.switchIs(one, true);
+          }};
+}
+
+/// The time of the wait goes by while a switch is off.
+Move waitingWhileOff(busTest::Switch const& one) {
+  return {std::string("the wait is over without ") + one.what, isWaiting, [one](Rig& rig) {
+            double const wait = rig.wait();
+            rig.switchIs(one, false);
+            rig.pass(wait);
+            rig.switchIs(one, true);
+          }};
+}
+
 /// The moves of the small alphabet, by what they are.
 constexpr auto kSmall = std::to_array<std::string_view>(
     {"A", "B", "A with count 0", "no acknowledge", "timeout",
      "A with a flipped bit in the area's checksum", "the wait is over", "doResetIdentifier",
-     "notifier null and back", "requests started", "check request gone and back"});
+     "notifier off and on", "requests started", "A without derivedConstructed",
+     "check request gone and back"});
 
 }  // namespace
 
@@ -82,7 +111,12 @@ std::vector<Move> alphabet(bool small) {
       {"half of the wait is over", isWaitingLong, [](Rig& rig) { rig.elapse(0.5); }},
       {"the wait is over, and the transport throws", isWaiting,
        [](Rig& rig) { rig.elapseIntoThrow(); }},
+      {"replaced in vain", always, [](Rig& rig) { rig.replaceInVain(); }},
   };
+  auto const switches = busTest::switches();
+  std::ranges::transform(switches, std::back_inserter(moves), answeringWhileOff);
+  std::ranges::transform(switches, std::back_inserter(moves), switchingOffInWalk);
+  std::ranges::transform(switches, std::back_inserter(moves), waitingWhileOff);
   std::ranges::transform(kFlips, std::back_inserter(moves), flipping);
   std::ranges::transform(busTest::outsideActs(), std::back_inserter(moves), acting);
   if (small) {

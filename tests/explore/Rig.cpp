@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
+#include "host/kex/base/Exception.h"
 #include "host/kex/base/Format.h"
 #include "host/kex/time/ActivityManager.h"
 #include "tests/explore/Inside.h"
@@ -41,8 +42,6 @@ Known const& known(Supply supply) {
 }
 
 Kex::ActivityManager& loop() { return Kex::activityManager(); }
-
-[[noreturn]] void wrong(Kex::String8 const& what) { throw std::runtime_error(what.charPtr()); }
 
 }  // namespace
 
@@ -125,15 +124,10 @@ Rig::Rig()
   // So late that a second more does not change how times are rounded.
   constexpr double kStart = 0x1p33;
   run(std::max(kStart, std::floor(now()) + 1));
-  identifier_ = Kex::make<Watched>(
-      *this, loop().config().clock(),
-      Kex::make<Hardware::PowerSupplySlot::SlotConfig>("S", Kex::make<SmbusVorn::VornDesc>(vorn_)),
-      status_, vorn_->newRequest(), vorn_->newRequest(), vorn_->newRequest(), nullptr, nullptr,
-      nullptr, Kex::U8{0x58}, Kex::U8{0xB0});
+  identifier_ = newIdentifier(0x58);
   identifier_->pollIntervalIs(kPollInterval);
   identifier_->pollDelayIs(kPollDelay);
   identifier_->reviewIntervalIs(kReviewInterval);
-  identifier_->hasNotificationActiveIs(true);
   driver_->identifierIs("EmersonPmbus", identifier_);
   run(now());
   check();
@@ -141,12 +135,28 @@ Rig::Rig()
 
 Rig::~Rig() = default;
 
+Kex::Ptr<Emerson::PmbusIdentifier::Identifier> Rig::newIdentifier(Kex::U8 deviceId) {
+  auto const identifier = Kex::make<Watched>(
+      *this, loop().config().clock(),
+      Kex::make<Hardware::PowerSupplySlot::SlotConfig>("S", Kex::make<SmbusVorn::VornDesc>(vorn_)),
+      status_, vorn_->newRequest(), vorn_->newRequest(), vorn_->newRequest(), nullptr, nullptr,
+      nullptr, deviceId, Kex::U8{0xB0});
+  identifier->hasNotificationActiveIs(true);
+  return identifier;
+}
+
 double Rig::now() const { return loop().config().clock()->time(); }
 
 void Rig::run(double until) {
   loop().runUntil(until);
   if (status_) {
     seePublished();
+  }
+}
+
+void Rig::wrong(Kex::String8 const& what) {
+  if (fault_.empty()) {
+    fault_ = what.charPtr();
   }
 }
 
@@ -198,12 +208,15 @@ void Rig::check() {
     underWay += request->isUnderWay() ? 1U : 0U;
   }
   bool const isWaiting = std::isfinite(identifier_->timeMin());
-  if (underWay + (isWaiting ? 1U : 0U) != 1) {
+  if (underWay + (isWaiting ? 1U : 0U) != (isOff_ ? 0U : 1U)) {
     wrong(Kex::format("%u requests are under way, and a deadline is %s", underWay,
                       isWaiting ? "set" : "not set"));
   }
   if (underWay != 0 && !isOnWire()) {
     wrong("a request is under way, and no transaction");
+  }
+  if (!fault_.empty()) {
+    throw std::runtime_error(fault_);
   }
 }
 
@@ -222,13 +235,13 @@ Smbus::Reply Rig::replyOf(Supply supply) const {
 
 void Rig::answerWith(Smbus::Reply const& reply) {
   unsigned const detection = detections_;
-  unsigned const before = hasClient(*bus_) ? attemptsLeft() : 0;
+  unsigned const before = hasClient(*bus_) && !isOff_ ? attemptsLeft() : 0;
   std::exchange(wire_->pending, {})->answer(reply);
   run(now());
-  check();
   if (before != 0 && detection == detections_ && attemptsLeft() >= before) {
     wrong("a transaction was answered, and as many attempts are left as before");
   }
+  check();
 }
 
 void Rig::answer(Supply supply, std::function<void(Smbus::Reply&)> const& spoil) {
@@ -262,8 +275,10 @@ void Rig::answerLate() {
   check();
 }
 
-void Rig::elapse(double part) {
-  double until = now() + part * wait();
+void Rig::elapse(double part) { pass(part * wait()); }
+
+void Rig::pass(double seconds) {
+  double const until = now() + seconds;
   if (isOnWire()) {
     // Nobody waits for it any more; the transport fails it in its time.
     double const timeout = wire_->pending->begun + kTransportTimeout;
@@ -291,8 +306,32 @@ void Rig::act(busTest::Act const& act) {
   check();
 }
 
+void Rig::switchIs(busTest::Switch const& one, bool on) {
+  doubts_ = kConfirming;
+  isOff_ = !on;
+  isActing_ = true;
+  one.be({identifier_, vorn_}, on);
+  isActing_ = false;
+  if (on) {
+    run(now());
+    check();
+  }
+}
+
+void Rig::replaceInVain() {
+  try {
+    driver_->identifierIs("EmersonPmbus", newIdentifier(0xFF));
+    wrong("an identifier that cannot be initialised took another one's place");
+  } catch (Kex::RangeException const&) {
+    // The one before goes on.
+  }
+  run(now());
+  check();
+}
+
 void Rig::recover(std::optional<Supply> supply) {
-  double const end = now() + kRecovery;
+  double const time = supply ? kRecovery : kEmptying;
+  double const end = now() + time;
   while (now() < end) {
     if (!isOnWire()) {
       elapse();
@@ -308,10 +347,11 @@ void Rig::recover(std::optional<Supply> supply) {
                       : told->verdict == Verdict::absent);
   if (!isRight) {
     wrong(Kex::format("%s was in the slot for %g s, and is not told: %s '%s'",
-                      supply ? known(*supply).fdl().charPtr() : "nothing", kRecovery,
+                      supply ? known(*supply).fdl().charPtr() : "nothing", time,
                       told ? verdictName(told->verdict) : "no verdict",
                       told ? told->fdl.charPtr() : ""));
   }
+  check();
 }
 
 }  // namespace explore

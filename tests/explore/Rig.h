@@ -46,8 +46,9 @@ inline constexpr double kPollInterval = 2 * kTick;
 inline constexpr double kReviewInterval = 5 * kTick;
 /// Detections that it takes to take an identified supply's description away.
 inline constexpr unsigned kConfirming = 2;
-/// What a slot may take to tell what has been in it all the while.
-inline constexpr double kRecovery = 15 + kReviewInterval;
+/// What a slot may take to tell that it is empty, and which supply has been in it all the while.
+inline constexpr double kEmptying = 15;
+inline constexpr double kRecovery = kEmptying + kReviewInterval;
 
 /// The real identifier, requests and bus, on virtual time that somebody else steps. Whatever is
 /// wrong with it is thrown as `std::runtime_error`.
@@ -78,15 +79,21 @@ class Rig {
   void answerLate();
   /// Time goes on by `part` of the wait.
   void elapse(double part = 1);
+  /// Time goes on, but not beyond what ends a transaction.
+  void pass(double seconds);
   /// The wait is over; if that starts a transaction, the transport throws.
   void elapseIntoThrow();
   void act(busTest::Act const& act);
+  /// Nothing may be started while a switch is off.
+  void switchIs(busTest::Switch const& one, bool on);
+  /// An identifier that cannot be initialised is to take this one's place.
+  void replaceInVain();
   /// `interfere` happens when a descriptor is asked for the next time.
   void interfereInWalk(std::function<void(Rig&)> interfere) { interfere_ = std::move(interfere); }
   Emerson::PmbusIdentifier::Identifier& identifier() { return *identifier_; }
 
-  /// The slot tells this supply, or an empty slot where there is none, within `kRecovery` of having
-  /// it from now on.
+  /// The slot tells this supply, or an empty slot where there is none, in time after having it from
+  /// now on.
   void recover(std::optional<Supply> supply);
 
  private:
@@ -113,11 +120,15 @@ class Rig {
   class Watched;
 
   double now() const;
+  Kex::Ptr<Emerson::PmbusIdentifier::Identifier> newIdentifier(Kex::U8 deviceId);
   void run(double until);
+  /// Keeps the first thing that is wrong for `check`: an exception would be the slot's to handle
+  /// where the slot calls.
+  void wrong(Kex::String8 const& what);
   void started(Smbus::Transaction const& transaction);
   void reset();
   void seePublished();
-  /// Everything that must hold at every moment.
+  /// Everything that must hold at every moment; throws what is wrong.
   void check();
   /// What is left of the attempts that the request under way has; less after each answer.
   unsigned attemptsLeft() const;
@@ -136,6 +147,8 @@ class Rig {
   Kex::U32 version_ = 0;
   double lastReset_ = 0;
   bool isActing_ = false;
+  bool isOff_ = false;
+  std::string fault_;
   unsigned detections_ = 0;
   unsigned seen_ = 0;
   /// Detections since a supply was identified, up to those that it takes to tell anything else.

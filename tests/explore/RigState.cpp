@@ -9,6 +9,7 @@
 namespace explore {
 
 using Hardware::VornRequest;
+using Hardware::PowerSupplySlot::Verdict;
 using PowerSupplyDetector::IdentifierBase;
 using PowerSupplyDetector::Next;
 
@@ -84,9 +85,13 @@ std::uint64_t Rig::digest() const {
       addOutcome(*outcome);
     }
   }
+  // Of what is told only the supply, or that there is none, makes a difference.
   if (auto const* told = status_->supply()) {
-    digest.add(static_cast<std::uint64_t>(told->verdict));
+    digest.add(told->verdict == Verdict::absent);
     addText(told->fdl);
+  } else {
+    digest.add(false);
+    addText({});
   }
   digest.add(isOnWire()).add(hasClient(*bus_));
   if (isOnWire()) {

@@ -1,6 +1,9 @@
 // What somebody else may do to an identifier, by its methods and by name.
 #include "tests/support/OutsideActs.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "host/kex/generic/GenericIf.h"
 #include "host/kex/generic/Holder.h"
 #include "host/kex/time/ActivityManager.h"
@@ -53,12 +56,35 @@ auto notifierBeing(Ptr<Kex::Clock const> const& clock) {
   return [clock](ActedOn const& on) { on.identifier->notifierIs(clock); };
 }
 
+auto framework(bool on) {
+  return [on](ActedOn const& who) { who.identifier->kexFwkActivityIs(on); };
+}
+
 auto notifications(bool on) {
   return [on](ActedOn const& who) { who.identifier->hasNotificationActiveIs(on); };
 }
 
-auto framework(bool on) {
-  return [on](ActedOn const& who) { who.identifier->kexFwkActivityIs(on); };
+/// Writes the interval `id` by name: what is none, and then another one for a moment.
+void disturbInterval(ActedOn const& on, AttributeId id, double interval) {
+  for (double const seconds : {0.0, -1.0, double{NAN}, HUGE_VAL, interval / 4, interval}) {
+    writeByName(on, id, holderOf(seconds));
+  }
+}
+
+void disturbIntervals(ActedOn const& on) {
+  disturbInterval(on, 0x105, on.identifier->pollInterval());
+  disturbInterval(on, 0x106, on.identifier->pollDelay());
+  disturbInterval(on, 0x113, on.identifier->reviewInterval());
+}
+
+/// The same, not by name.
+void changeIntervals(ActedOn const& on) {
+  auto& identifier = *on.identifier;
+  for (double const factor : {0.25, 4.0}) {
+    identifier.pollIntervalIs(factor * identifier.pollInterval());
+    identifier.pollDelayIs(factor * identifier.pollDelay());
+    identifier.reviewIntervalIs(factor * identifier.reviewInterval());
+  }
 }
 
 void dropBuffers(ActedOn const& on) {
@@ -75,6 +101,20 @@ auto buffersBeing(Kex::U32 size) {
   };
 }
 
+void dropRecords(ActedOn const& on) {
+  on.identifier->commonAreaBufDel();
+  on.identifier->productInfoHeaderBufDel();
+  on.identifier->productInfoBufDel();
+  on.identifier->idpromDel();
+}
+
+void replaceRecords(ActedOn const& on) {
+  on.identifier->commonAreaBufIs(9);
+  on.identifier->productInfoHeaderBufIs(3);
+  on.identifier->productInfoBufIs(1);
+  on.identifier->idpromIs();
+}
+
 void startRequests(ActedOn const& on) {
   on.identifier->checkSupplyRequest()->activeIs(true);
   on.identifier->pollForInsertionRequest()->activeIs(true);
@@ -84,6 +124,22 @@ void withdrawRequests(ActedOn const& on) {
   on.identifier->pollForInsertionRequest()->activeIs(false);
   on.identifier->identifySupplyRequest()->activeIs(false);
   on.identifier->checkSupplyRequest()->activeIs(false);
+}
+
+void loadRequests(ActedOn const& on) {
+  auto const buffer = Kex::make<Hal::Buf>(4U);
+  buffer->lenIs(4);
+  for (auto const& request :
+       {on.identifier->pollForInsertionRequest(), on.identifier->identifySupplyRequest(),
+        on.identifier->checkSupplyRequest()}) {
+    request->doMakeOp(Hardware::VornOp::kRead, 0x58, buffer->data(), buffer->len(), 1, 1, 1);
+  }
+}
+
+void takeHandlersAway(ActedOn const& on) {
+  on.identifier->pollForInsertionRequest()->handlerIs(nullptr);
+  on.identifier->identifySupplyRequest()->handlerIs(nullptr);
+  on.identifier->checkSupplyRequest()->handlerIs(nullptr);
 }
 
 void takeCheckRequestAway(ActedOn const& on) {
@@ -104,10 +160,27 @@ void writeByName(ActedOn const& on, AttributeId id, Ptr<GenericIf> const& value)
   request(on, id, Kex::kWrite, value);
 }
 
+std::vector<Switch> switches() {
+  return {
+      {"notifications", [](ActedOn const& who, bool on) { notifications(on)(who); }},
+      {"framework activity", [](ActedOn const& who, bool on) { framework(on)(who); }},
+      {"derivedConstructed",
+       [](ActedOn const& who, bool on) { writeByName(who, 0x217, holderOf(on)); }},
+      {"initialized", [](ActedOn const& who, bool on) { who.identifier->initializedIs(on); }},
+      {"notifier",
+       [clock = Kex::activityManager().config().clock()](ActedOn const& who, bool on) {
+         who.identifier->notifierIs(on ? clock : nullptr);
+       }},
+      {"isRegisteredNotifiee",
+       [](ActedOn const& who, bool on) { who.identifier->isRegisteredNotifieeIs(on); }},
+      {"living reactors",
+       [](ActedOn const& who, bool on) { who.identifier->kexDoZombieReactors(!on); }},
+  };
+}
+
 std::vector<Act> outsideActs() {
   auto const clock = Kex::activityManager().config().clock();
-  return {
-      {"notifier null and back", both(notifierBeing(nullptr), notifierBeing(clock))},
+  std::vector<Act> acts = {
       {"another clock and back",
        [clock](ActedOn const& on) {
          both(notifierBeing(Kex::make<Kex::Clock>("another")), notifierBeing(clock))(on);
@@ -122,26 +195,37 @@ std::vector<Act> outsideActs() {
       {"handleIdentifySupplyRequest", calling(0x11e)},
       {"handleCheckSupplyRequest", calling(0x11f)},
       {"handleConstructed", calling(0x218)},
-      {"derivedConstructed 0 and 1",
-       both(writing(0x217, holderOf(false)), writing(0x217, holderOf(true)))},
       {"mfrId", writing(0x20e, holderOf(Kex::String8("EMERSON")))},
       {"no mfrId", writing(0x20e, holderOf(Kex::String8("")))},
+      {"intervals by name", disturbIntervals},
+      {"intervals", changeIntervals},
+      {"no deadline", [](ActedOn const& on) { on.identifier->timeMinIs(HUGE_VAL); }},
       {"buffers gone", dropBuffers},
       {"buffers gone and made", both(dropBuffers, buffersBeing(17))},
       {"larger buffers", buffersBeing(20)},
       {"buffers of one byte", buffersBeing(1)},
+      {"records gone", dropRecords},
+      {"records replaced", replaceRecords},
       {"poll request replaced",
        [](ActedOn const& on) { on.identifier->pollForInsertionRequestIs(on.vorn->newRequest()); }},
       {"identify request replaced",
        [](ActedOn const& on) { on.identifier->identifySupplyRequestIs(on.vorn->newRequest()); }},
       {"check request gone and back", takeCheckRequestAway},
+      {"requests without a handler", takeHandlersAway},
       {"requests started", startRequests},
       {"requests withdrawn", withdrawRequests},
+      {"requests loaded", loadRequests},
       {"completions", completeRequests},
-      {"off and on", both(notifications(false), notifications(true))},
       {"framework off, off and on, framework on", both(both(framework(false), notifications(false)),
                                                        both(notifications(true), framework(true)))},
   };
+  std::ranges::transform(switches(), std::back_inserter(acts), [](Switch const& one) {
+    return Act{one.what + std::string(" off and on"), [be = one.be](ActedOn const& on) {
+                 be(on, false);
+                 be(on, true);
+               }};
+  });
+  return acts;
 }
 
 }  // namespace busTest

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <vector>
 
 #include "pmbus/Identifier.h"
@@ -16,11 +17,19 @@ struct ActedOn {
 
 /// Something that is done to an identifier; afterwards it is set up as it was before.
 struct Act {
-  char const* what;
+  std::string what;
   std::function<void(ActedOn const&)> happen;
 };
 
 std::vector<Act> outsideActs();
+
+/// Something that may be taken from an identifier, and without which its detection stands still.
+struct Switch {
+  char const* what;
+  std::function<void(ActedOn const&, bool on)> be;
+};
+
+std::vector<Switch> switches();
 
 /// Writes attribute `id` by name; a request that is refused does nothing.
 void writeByName(ActedOn const& on, Kex::AttributeId id, Kex::Ptr<Kex::GenericIf> const& value);
