@@ -65,6 +65,8 @@ Outcome outcomeOf(Supply const& supply) {
       texts.append(supply.product->field(static_cast<Area::Field>(i)).text.view()) += '\0';
     }
     outcome.texts = String8(texts).hash();
+  } else if (supply.verdict == Verdict::unsupportedManufacturer && supply.mfrId) {
+    outcome.texts = supply.mfrId->hash();
   }
   return outcome;
 }

@@ -140,6 +140,14 @@ void IdentifierBase::reviewIntervalIs(double seconds) {
   intervalIs(&Timings::reviewInterval, "reviewInterval", seconds);
 }
 
+void IdentifierBase::leastRepetitionIs(double seconds) {
+  intervalIs(&Timings::leastRepetition, "leastRepetition", seconds);
+}
+
+void IdentifierBase::mostRepetitionIs(double seconds) {
+  intervalIs(&Timings::mostRepetition, "mostRepetition", seconds);
+}
+
 void IdentifierBase::handleOutsideChange() {
   if (doings_ == 0) {
     settle();

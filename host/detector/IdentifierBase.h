@@ -91,6 +91,11 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   /// Seconds from the first check of a supply to the next time that all of it is read; at most
   /// `Timings::kMostWithoutSerialNumber` of one that has no serial number.
   void reviewIntervalIs(double seconds);
+  /// Seconds to the first repetition of a detection that may come to better, and the most that they
+  /// double to; from the next one on.
+  void leastRepetitionIs(double seconds);
+  /// See `leastRepetitionIs`.
+  void mostRepetitionIs(double seconds);
   virtual void stateIs(IdentifierState state) { state_ = state; }
   virtual void presentIntCtrlDel() { presentIntCtrl_ = nullptr; }
   virtual void presentIntCtrlIs(Kex::Ptr<Fru::IntCtrl> const& ctrl) { presentIntCtrl_ = ctrl; }

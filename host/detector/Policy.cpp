@@ -51,9 +51,9 @@ double reviewTime(CheckEnding const& ending, Situation const& situation, Memory 
 
 }  // namespace
 
-void BackOff::schedule(double now) {
+void BackOff::schedule(double now, Timings const& timings) {
+  interval_ = std::min(std::max(2 * interval_, timings.leastRepetition), timings.mostRepetition);
   due_ = now + interval_;
-  interval_ = std::min(2 * interval_, kMost);
 }
 
 double earliestReset(Situation const& situation) {
@@ -79,7 +79,7 @@ Move afterIdentify(IdentifyEnding const& ending, Situation const& situation) {
   Move move{
       .told = Told::nothing, .next = Next::check, .at = situation.now, .memory = situation.memory};
   if (mayHeal(ending.outcome.verdict)) {
-    move.memory.backOff.schedule(situation.now);
+    move.memory.backOff.schedule(situation.now, situation.timings);
   } else {
     move.memory.backOff = {};
   }

@@ -22,6 +22,11 @@ struct Timings {
   /// From the first check of a supply to the next time that it is read whole: a check can only tell
   /// what it compares.
   double reviewInterval = 60.0;
+  /// Of the detection of a supply with a wrong checksum or an unsupported version the first
+  /// repetition, and the longest: the interval doubles from one to the next.
+  double leastRepetition = 1.0;
+  /// See `leastRepetition`.
+  double mostRepetition = 10.0;
   /// The most that the review interval is for a supply without a serial number to compare.
   static constexpr double kMostWithoutSerialNumber = 5.0;
 
@@ -40,25 +45,23 @@ enum class Next : Kex::U8 {
 /// What a detection came to, as far as two of them are compared.
 struct Outcome {
   Verdict verdict = Verdict::absent;
-  /// A digest of the texts that no descriptor knows; 0 for other verdicts.
+  /// A digest of the texts that nobody knows: of a supply that no descriptor recognises, or of its
+  /// manufacturer. 0 for other verdicts.
   Kex::U32 texts = 0;
 
   bool operator==(Outcome const&) const = default;
 };
 
 /// Time after which the detection of a supply with a wrong checksum or an unsupported version is
-/// repeated, in seconds: it doubles from the least to the most.
+/// repeated, in seconds.
 class KEX_API BackOff {
  public:
-  /// Least and most interval.
-  static constexpr double kLeast = 1.0;
-  /// See `kLeast`.
-  static constexpr double kMost = 10.0;
-
   /// When to repeat; infinity for never.
   double due() const { return due_; }
-  /// Sets the next repetition, counted from `now`, and doubles the interval.
-  void schedule(double now);
+  /// From when it was scheduled last until then; 0 before.
+  double interval() const { return interval_; }
+  /// Sets the next repetition, counted from `now`, after twice the interval.
+  void schedule(double now, Timings const& timings);
   /// No repetition, but the interval goes on growing.
   void taken() { due_ = std::numeric_limits<double>::infinity(); }
 
@@ -66,7 +69,7 @@ class KEX_API BackOff {
 
  private:
   double due_ = std::numeric_limits<double>::infinity();
-  double interval_ = kLeast;
+  double interval_ = 0;
 };
 
 /// What is remembered from one ending to the next.

@@ -53,8 +53,11 @@ void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData
     Kex::throwRangeException(
         Kex::format("an operation of %u bytes does not fit an SMBus block", length));
   }
+  bool const isReplacing = isReplacing_;
   if (handler_ != nullptr && !handler_->isOwnDoing(*this)) {
     activeIs(false);
+    // What is loaded in a row belongs together, whoever loads it.
+    isReplacing_ = isReplacing;
   }
   Smbus::VornAddress const decoded(address);
   Smbus::Block written;

@@ -17,6 +17,7 @@ bool isWaiting(Rig const& rig) { return std::isfinite(rig.wait()); }
 bool isWaitingLong(Rig const& rig) {
   return rig.wait() > 0.9 * kPollInterval && rig.wait() < 1.1 * kPollInterval;
 }
+bool endsTheArea(Rig const& rig) { return rig.isOnWire() && rig.endsTheArea(); }
 bool always(Rig const&) { return true; }
 
 /// Supply A answers with another count byte; the data behind it is there all the same.
@@ -40,7 +41,7 @@ Move flipping(Flip const& flip) {
 
 /// Supply A answers, and when that makes the descriptors be asked, one of them does this.
 Move interfering(char const* what, std::function<void(Rig&)> const& interfere) {
-  return {std::string("A, and a descriptor ") + what, isAsked, [interfere](Rig& rig) {
+  return {std::string("A, and a descriptor ") + what, endsTheArea, [interfere](Rig& rig) {
             rig.interfereInWalk(interfere);
             rig.answer(kA);
           }};
@@ -66,7 +67,7 @@ Move answeringWhileOff(busTest::Switch const& one) {
 
 /// Supply A answers; a descriptor that is asked switches off.
 Move switchingOffInWalk(busTest::Switch const& one) {
-  return {std::string("A, and a descriptor takes ") + one.what, isAsked, [one](Rig& rig) {
+  return {std::string("A, and a descriptor takes ") + one.what, endsTheArea, [one](Rig& rig) {
             rig.interfereInWalk([one](Rig& inside) { inside.switchIs(one, false); });
             rig.answer(kA);
             rig.switchIs(one, true);

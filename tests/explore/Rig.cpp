@@ -128,6 +128,8 @@ Rig::Rig()
   identifier_->pollIntervalIs(kPollInterval);
   identifier_->pollDelayIs(kPollDelay);
   identifier_->reviewIntervalIs(kReviewInterval);
+  identifier_->leastRepetitionIs(kLeastRepetition);
+  identifier_->mostRepetitionIs(kMostRepetition);
   driver_->identifierIs("EmersonPmbus", identifier_);
   run(now());
   check();
@@ -177,7 +179,10 @@ void Rig::reset() {
   if (now() < lastReset_ + kPollInterval - kNoTime) {
     wrong(Kex::format("detection started over %g s after the last time", now() - lastReset_));
   }
-  lastReset_ = now();
+  lastReset_ = detectionOf(*identifier_).memory.lastReset;
+  if (lastReset_ != now()) {
+    wrong("detection started over, and the slot remembers another time");
+  }
 }
 
 void Rig::seePublished() {
@@ -215,6 +220,7 @@ void Rig::check() {
   if (underWay != 0 && !isOnWire()) {
     wrong("a request is under way, and no transaction");
   }
+  lastReset_ = detectionOf(*identifier_).memory.lastReset;
   if (!fault_.empty()) {
     throw std::runtime_error(fault_);
   }
@@ -227,6 +233,12 @@ bool Rig::covers(Flip const& flip) const {
   }
   return asked.write.length == 2 && *flip.address >= asked.write.bytes[1] &&
          *flip.address < asked.write.bytes[1] + asked.readLength - 1U;
+}
+
+bool Rig::endsTheArea() const {
+  constexpr unsigned kAreaEnd = 24;
+  auto const& asked = wire_->pending->transaction;
+  return asked.write.length == 2 && asked.write.bytes[1] + asked.readLength - 1U == kAreaEnd;
 }
 
 Smbus::Reply Rig::replyOf(Supply supply) const {

@@ -44,6 +44,8 @@ inline constexpr double kTick = 0.25;
 inline constexpr double kPollDelay = kTick;
 inline constexpr double kPollInterval = 2 * kTick;
 inline constexpr double kReviewInterval = 5 * kTick;
+inline constexpr double kLeastRepetition = 2 * kTick;
+inline constexpr double kMostRepetition = 5 * kTick;
 /// Detections that it takes to take an identified supply's description away.
 inline constexpr unsigned kConfirming = 2;
 /// What a slot may take to tell that it is empty, and which supply has been in it all the while.
@@ -63,6 +65,8 @@ class Rig {
   bool isOnWire() const { return wire_->pending.has_value(); }
   /// Whether the answer to it would cover what `flip` spoils.
   bool covers(Flip const& flip) const;
+  /// Whether the transaction on the wire reads up to the end of supply A's area.
+  bool endsTheArea() const;
   /// From where on the transaction on the wire reads the supply's FRU memory.
   unsigned askedOffset() const { return wire_->pending->transaction.write.bytes[1]; }
   /// Seconds to the identifier's deadline; infinity when there is none.
@@ -145,6 +149,7 @@ class Rig {
   Kex::Ptr<Emerson::PmbusIdentifier::Identifier> identifier_;
   std::function<void(Rig&)> interfere_;
   Kex::U32 version_ = 0;
+  /// When detection started over last, as the slot remembers it.
   double lastReset_ = 0;
   bool isActing_ = false;
   bool isOff_ = false;

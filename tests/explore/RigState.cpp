@@ -73,12 +73,9 @@ std::uint64_t Rig::digest() const {
       .add(static_cast<std::uint64_t>(nextOf(identifier)))
       .addTime(wait())
       .addTime(std::min(kPollInterval, at - detection.memory.lastReset))
-      .addTime(std::min(kPollInterval, at - lastReset_))
       .add(detection.memory.mismatches)
       .add(doubts_);
-  auto backOff = detection.memory.backOff;
-  backOff.schedule(0);
-  digest.addTime(backOff.due());
+  digest.addTime(detection.memory.backOff.interval());
   for (auto const& outcome : {detection.memory.told, detection.memory.unconfirmed}) {
     digest.add(outcome.has_value());
     if (outcome) {

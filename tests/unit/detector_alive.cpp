@@ -25,6 +25,8 @@ std::vector<Act> acts() {
                       EXPECT_THROW(on.identifier->pollIntervalIs(none), Kex::RangeException);
                       EXPECT_THROW(on.identifier->pollDelayIs(none), Kex::RangeException);
                       EXPECT_THROW(on.identifier->reviewIntervalIs(none), Kex::RangeException);
+                      EXPECT_THROW(on.identifier->leastRepetitionIs(none), Kex::RangeException);
+                      EXPECT_THROW(on.identifier->mostRepetitionIs(none), Kex::RangeException);
                     }
                   }});
   return acts;

@@ -296,7 +296,7 @@ TEST(Policy, WhatFollows) {
                         .memory = {}};
     Memory& memory = situation.memory;
     for (int i = 0; i < row.before.repetitions; ++i) {
-      memory.backOff.schedule(row.before.scheduled);
+      memory.backOff.schedule(row.before.scheduled, situation.timings);
     }
     memory.lastReset = row.before.lastReset;
     memory.firstCheck = row.before.firstCheck;
