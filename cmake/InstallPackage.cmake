@@ -12,11 +12,15 @@ install(DIRECTORY "${CMAKE_SOURCE_DIR}/host"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/powersupplyhost"
         FILES_MATCHING PATTERN "*.h")
 
-# psu-agent, its man page, its completion, and its service with the settings.
+# psu-agent, its man page, its completions, and its service with the settings.
 install(TARGETS psu-agent RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(FILES docs/psu-agent.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES packaging/completion/psu-agent.bash RENAME psu-agent
         DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+install(FILES packaging/completion/psu-agent.fish
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+install(FILES packaging/completion/psu-agent.zsh RENAME _psu-agent
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
 configure_file(packaging/psu-agent.service.in psu-agent.service @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/psu-agent.service" DESTINATION lib/systemd/system)
 install(FILES packaging/psu-agent.env RENAME psu-agent
@@ -28,7 +32,7 @@ configure_package_config_file(cmake/package/EmersonPowerSupplyConfig.cmake.in
                               EmersonPowerSupplyConfig.cmake
                               INSTALL_DESTINATION "${package_dir}" PATH_VARS EPS_PLUGIN_DIR)
 write_basic_package_version_file(EmersonPowerSupplyConfigVersion.cmake
-                                 COMPATIBILITY SameMinorVersion)
+                                 COMPATIBILITY ${EPS_COMPATIBILITY})
 install(EXPORT EmersonPowerSupply NAMESPACE EmersonPowerSupply::
         FILE EmersonPowerSupplyTargets.cmake DESTINATION "${package_dir}")
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/EmersonPowerSupplyConfig.cmake"

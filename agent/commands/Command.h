@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "agent/base/ExitStatus.h"
 
@@ -29,6 +30,10 @@ Prepare prepareSimulate;
 Prepare prepareDoctor;
 Prepare prepareCall;
 Prepare prepareTypes;
+Prepare prepareComplete;
+
+/// What prepares the command of this name; null when there is none.
+Prepare* preparationOf(std::string_view name);
 
 /// Makes `option` a number of seconds from `least` to a hundred years, and returns it.
 CLI::Option& inSeconds(CLI::Option& option, double least = 0.001);

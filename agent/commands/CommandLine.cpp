@@ -1,6 +1,7 @@
 // The command line of psu-agent.
 #include "agent/commands/CommandLine.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <exception>
@@ -22,7 +23,7 @@ namespace {
 /// A command of the program.
 struct Command {
   char const* name;
-  /// What it does, for `--help`.
+  /// What it does, for `--help`; a command without is for programs, and not shown.
   char const* purpose;
   Prepare* prepare;
 };
@@ -35,6 +36,7 @@ constexpr Command kCommands[] = {
     {"doctor", "Tell whether recognition can work on i2c adapters", &prepareDoctor},
     {"call", "Read, write, delete or call an attribute by name", &prepareCall},
     {"types", "Print the types that the plug-in brings", &prepareTypes},
+    {"complete", "", &prepareComplete},
 };
 
 constexpr unsigned kTraceLevels = 32;
@@ -90,6 +92,11 @@ void guarded(Ledger& ledger, Work work) {
 
 }  // namespace
 
+Prepare* preparationOf(std::string_view name) {
+  auto const* const row = std::ranges::find(kCommands, name, &Command::name);
+  return row == std::end(kCommands) ? nullptr : row->prepare;
+}
+
 Status runCommandLine(int argc, char const* const* argv) {
   CLI::App program("Recognises power supplies on SMBus and prints their FDL.", "psu-agent");
   program.set_version_flag("--version", "psu-agent " PSU_VERSION);
@@ -105,6 +112,9 @@ Status runCommandLine(int argc, char const* const* argv) {
       ->take_all();
   for (Command const& row : kCommands) {
     CLI::App& command = *program.add_subcommand(row.name, row.purpose);
+    if (*row.purpose == '\0') {
+      command.group("");
+    }
     // What a command takes is made when the command line comes to it: one of them does.
     command.preparse_callback([&action, &command, &row](std::size_t) {
       command.callback([&action, work = row.prepare(command)] { action = work; });

@@ -71,7 +71,7 @@ void BufBase::doAppend(std::span<U8 const> bytes) {
     // The bytes may be the buffer's own, so both are copied before the old ones go.
     std::vector<U8> grown(length);
     std::ranges::copy(this->bytes(), grown.begin());
-    std::ranges::copy(bytes, grown.begin() + len_);
+    std::ranges::copy(bytes, grown.data() + len_);
     bytes_.swap(grown);
   } else {
     std::ranges::copy(bytes, bytes_.data() + len_);

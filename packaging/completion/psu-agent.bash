@@ -1,42 +1,27 @@
-# Bash completion of psu-agent. What it offers is what `psu-agent --help` and the commands' own
-# --help say, so nothing is listed twice.
+# Bash completion of psu-agent, which itself says what may stand at the end of a command line.
 _psu_agent() {
-  local program=$1 current=$2 previous=$3 command="" word help value
-  [[ $previous != "=" || $COMP_CWORD -lt 3 ]] || previous=${COMP_WORDS[COMP_CWORD - 3]}
+  local words word kept offered before name
+  read -ra words <<<"${COMP_LINE:0:COMP_POINT}"
+  [[ ${COMP_LINE:0:COMP_POINT} != *[[:blank:]] ]] || words+=("")
+  word=${words[-1]}
+  # Bash breaks words at '=' and ':', and replaces what stands behind the last of them only.
+  kept=${word%"${word##*[=:]}"}
   COMPREPLY=()
-
-  local commands
-  commands=$("$program" --help 2>/dev/null | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\) .*/\1/p')
-  for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
-    if [[ -z $command && $'\n'$commands$'\n' == *$'\n'"$word"$'\n'* ]]; then
-      command=$word
-    fi
-  done
-  help=$("$program" --help 2>/dev/null)
-  [[ -z $command ]] || help+=$'\n'$("$program" "$command" --help 2>/dev/null)
-
-  # What the option before the cursor takes, in capitals, such as FILE; empty for a switch.
-  value=$(sed -nE "s/^  ${previous//[^a-z-]/} ([A-Z=]+)( .*|$)/\1/p" <<<"$help")
-  case $value in
-    FILE) ;;
-    *SOURCE) ;;
-    DIR)
-      mapfile -t COMPREPLY < <(compgen -d -- "$current")
-      return
-      ;;
-    ?*) return ;;
-    *)
-      if [[ $current == -* ]]; then
-        word=$(sed -nE 's/^  (-h,)?(--[a-z-]+).*/\2/p' <<<"$help")
-        mapfile -t COMPREPLY < <(compgen -W "$word" -- "$current" | sort -u)
-        return
-      elif [[ -z $command ]]; then
-        mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
-        return
-      fi
-      ;;
-  esac
-  compopt -o filenames 2>/dev/null
-  mapfile -t COMPREPLY < <(compgen -f -- "$current")
+  while IFS=$'\t' read -r offered before; do
+    case $offered in
+      :files | :folders)
+        compopt -o filenames 2>/dev/null
+        [[ $word == "$before"* ]] || continue
+        while IFS= read -r name; do
+          COMPREPLY+=("$before$name")
+        done < <(compgen "$([[ $offered == :files ]] && echo -f || echo -d)" -- "${word#"$before"}")
+        ;;
+      "$word"*)
+        [[ $offered != *[=:] ]] || compopt -o nospace 2>/dev/null
+        COMPREPLY+=("$offered")
+        ;;
+    esac
+  done < <("$1" complete -- "${words[@]:1}" 2>/dev/null)
+  COMPREPLY=("${COMPREPLY[@]#"$kept"}")
 }
 complete -F _psu_agent psu-agent

@@ -1,4 +1,4 @@
-# The man page and the completion know the commands and options that --help knows, no more, no less.
+# The man page knows the commands and options that --help knows, no more, no less.
 import os
 import re
 import subprocess
@@ -7,16 +7,10 @@ import unittest
 from agent import SOURCE
 
 AGENT = os.environ["PSU_AGENT"]
-COMPLETE = """
-source "$1"; shift
-COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1))
-_psu_agent "$1" "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
-printf '%s\\n' "${COMPREPLY[@]}"
-"""
 
 
-def run(*arguments, cwd=None):
-    return subprocess.run(arguments, capture_output=True, check=True, text=True, cwd=cwd).stdout
+def run(*arguments):
+    return subprocess.run(arguments, capture_output=True, check=True, text=True).stdout
 
 
 def helped(*command):
@@ -35,11 +29,6 @@ def paged():
             for title, body in zip(sections[::2], sections[1::2])}
 
 
-def completed(*words, cwd=None):
-    script = SOURCE / "packaging" / "completion" / "psu-agent.bash"
-    return set(run("bash", "-c", COMPLETE, "bash", script, AGENT, *words, cwd=cwd).split())
-
-
 class ManPage(unittest.TestCase):
     def test_has_the_commands_and_options_of_help(self):
         sections = paged()
@@ -52,20 +41,3 @@ class ManPage(unittest.TestCase):
         titles = list(sections)
         documented = titles[titles.index("COMMANDS") + 1:titles.index("OPTIONS")]
         self.assertEqual(set(documented), commands)
-
-
-class Completion(unittest.TestCase):
-    def test_offers(self):
-        options, commands = helped()
-        for words, offered in (
-                ([""], commands),
-                (["mon"], {"monitor"}),
-                (["--lib"], {"--library"}),
-                (["identify", "--"], options | helped("identify")[0]),
-                (["identify", "--json", "ds290"], {"ds2900.fru"}),
-                (["identify", "--mfr-id", "ds290"], set()),
-                (["identify", "--record", "ds290"], {"ds2900.fru"}),
-                (["monitor", "--publish", "fau"], {"faulty"}),
-                (["monitor", "--slot", "A", "=", "ds290"], {"ds2900.fru"})):
-            with self.subTest(words):
-                self.assertEqual(completed(*words, cwd=os.environ["PSU_SAMPLES"]), offered)
