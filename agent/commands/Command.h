@@ -27,6 +27,7 @@ using Prepare = Action(CLI::App& command);
 Prepare prepareIdentify;
 Prepare prepareMonitor;
 Prepare prepareSimulate;
+Prepare prepareReport;
 Prepare prepareDoctor;
 Prepare prepareCall;
 Prepare prepareTypes;

@@ -33,6 +33,7 @@ constexpr Command kCommands[] = {
     {"monitor", "Watch slots and print what changes, until --duration, SIGINT or SIGTERM",
      &prepareMonitor},
     {"simulate", "Run a scenario on virtual time and print what changes", &prepareSimulate},
+    {"report", "Show recordings as a picture: one page of HTML", &prepareReport},
     {"doctor", "Tell whether recognition can work on i2c adapters", &prepareDoctor},
     {"call", "Read, write, delete or call an attribute by name", &prepareCall},
     {"types", "Print the types that the plug-in brings", &prepareTypes},
