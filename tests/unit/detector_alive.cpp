@@ -83,6 +83,19 @@ TEST(DetectorAlive, whateverIsDoneToIt) {
   EXPECT_EQ(Kex::VFPtrInterface::liveObjects(), before);
 }
 
+TEST(DetectorAlive, afterAnAnswerThatCameWhileItWasOff) {
+  for (auto const& one : busTest::switches()) {
+    SCOPED_TRACE(one.what);
+    Slot slot("h*");
+    Slot::descriptorIs("stub", "P");
+    one.be({slot.run(0.5).identifier, slot.vorn}, false);
+    slot.run(1.5);
+    EXPECT_EQ(underWay(slot) + int{std::isfinite(slot.identifier->timeMin())}, 0);
+    one.be({slot.identifier, slot.vorn}, true);
+    EXPECT_EQ(slot.run(4).verdict(), "identified");
+  }
+}
+
 /// Throws what is no exception of the framework's, the first time that it is asked.
 struct Throwing final : Ipmi::SupportedPowerSupplyDescriptorBase {
   Throwing() : SupportedPowerSupplyDescriptorBase("throwing") {}

@@ -57,6 +57,7 @@ TEST(DetectorStates, followOneAnotherInTime) {
                       slot.identifier->pollIntervalIs(0.5);
                       slot.identifier->pollDelayIs(0.05);
                     }};
+  Event const reviewed{-0.5, [](Slot& slot) { slot.identifier->reviewIntervalIs(2.5); }};
   struct {
     char const* what;
     char const* script;
@@ -68,6 +69,9 @@ TEST(DetectorStates, followOneAnotherInTime) {
       {"nothing, and a bus that hangs", "hh", 3.5, "P0 unreachable P2 unreachable"},
       {"other settings", "x*", 1.2, "P0 absent P0.5 P0.5 I0.55 I0.55 C0.55 identified C1.05",
        events(quick)},
+      {"a review", "*", 5.3,
+       "P0 P0 I0.2 I0.2 C0.2 identified C1.2 C2.2 P2.7 P2.7 I2.9 I2.9 C2.9 identified C3.9 C4.9",
+       events(reviewed)},
       {"empty chunks in two identifications", "...000xxxx...0*", 2,
        "P0 P0 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 I0.2 unreadable P1.2 P1.2 I1.4 I1.4 I1.4 C1.4 "
        "identified"},
