@@ -12,7 +12,7 @@ install(DIRECTORY "${CMAKE_SOURCE_DIR}/host"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/powersupplyhost"
         FILES_MATCHING PATTERN "*.h")
 
-# psu-agent, its man page, its completions, and its service with the settings.
+# psu-agent, its man page, its completions, and its service with what that needs.
 install(TARGETS psu-agent RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(FILES docs/psu-agent.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES packaging/completion/psu-agent.bash RENAME psu-agent
@@ -23,8 +23,9 @@ install(FILES packaging/completion/psu-agent.zsh RENAME _psu-agent
         DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
 configure_file(packaging/psu-agent.service.in psu-agent.service @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/psu-agent.service" DESTINATION lib/systemd/system)
-install(FILES packaging/psu-agent.env RENAME psu-agent
-        DESTINATION "${CMAKE_INSTALL_SYSCONFDIR}/default")
+install(FILES packaging/psu-agent.conf DESTINATION "${CMAKE_INSTALL_SYSCONFDIR}")
+install(FILES packaging/psu-agent.sysusers RENAME psu-agent.conf DESTINATION lib/sysusers.d)
+install(FILES packaging/60-psu-agent.rules DESTINATION lib/udev/rules.d)
 
 set(plugin_file
     "${CMAKE_SHARED_LIBRARY_PREFIX}EmersonPowerSupply${CMAKE_SHARED_LIBRARY_SUFFIX}")

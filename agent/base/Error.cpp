@@ -1,6 +1,8 @@
 // What ends the program, or one of its sources, before its work is done.
 #include "agent/base/Error.h"
 
+#include <unistd.h>
+
 #include <iostream>
 #include <system_error>
 
@@ -26,6 +28,8 @@ std::string exceptionText(std::exception_ptr const& thrown) {
   }
 }
 
-void complain(std::string const& text) { std::cerr << "psu-agent: " << oneLine(text) << '\n'; }
+void complain(std::string const& text, Priority priority) {
+  std::cerr << priorityPrefix(STDERR_FILENO, priority) << "psu-agent: " << oneLine(text) << '\n';
+}
 
 }  // namespace Agent

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "agent/base/Journal.h"
+
 namespace Agent {
 
 /// Something could not be opened, loaded or written. The text is one line that says where and names
@@ -29,6 +31,6 @@ std::string systemError(int number);
 std::string exceptionText(std::exception_ptr const& thrown);
 
 /// Tells a person of `text`, as one line on stderr.
-void complain(std::string const& text);
+void complain(std::string const& text, Priority priority = Priority::error);
 
 }  // namespace Agent

@@ -21,7 +21,7 @@ class Trouble {
     try {
       work();
       if (!std::exchange(cause_, "").empty()) {
-        complain(what_ + ": as it should be again");
+        complain(what_ + ": as it should be again", Priority::info);
       }
       return true;
     } catch (Failure const& failure) {

@@ -112,7 +112,8 @@ Action prepareIdentify(CLI::App& command) {
       ->option_text("FILE");
   command
       .add_option("SOURCE", options->sources,
-                  "FRU image file, - for standard input, i2c:N, or replay:FILE[#SLOT]")
+                  "FRU image file, - for standard input, i2c:N, i2c:PATH, i2c:name=TEXT, or "
+                  "replay:FILE[#SLOT]")
       ->required();
   return [options](Globals const& globals) { return identify(*options, globals); };
 }

@@ -3,12 +3,16 @@
 
 #include <unistd.h>
 
-#include <algorithm>
+#include <csignal>
+#include <functional>
+#include <iostream>
 #include <memory>
 #include <optional>
 
+#include "agent/base/Journal.h"
 #include "agent/base/OutputReader.h"
 #include "agent/commands/MonitorOptions.h"
+#include "agent/service/Service.h"
 #include "agent/slots/Loop.h"
 #include "agent/slots/WatchedSlots.h"
 #include "agent/transport/Timer.h"
@@ -17,49 +21,148 @@ namespace Agent {
 
 namespace {
 
-/// Runs `loop` until `duration` is over, a signal stops it, or nobody reads its lines any more.
-void run(Loop& loop, ClockKind kind, std::optional<double> duration) {
-  constexpr double kLongestUnseen = 0.5;
-  Timer look([&look] { look.startIn(kLongestUnseen); });
-  if (kind == ClockKind::steadyClock) {
-    look.startIn(kLongestUnseen);
-  }
-  loop.run(duration.value_or(Loop::kForever), [] { return !hasReader(STDOUT_FILENO); });
-}
+struct CommandLine {
+  MonitorOptions options;
+  std::string config;
+  bool isCheck = false;
+};
 
-Status monitor(MonitorOptions const& options, Globals const& globals) {
-  std::vector<SlotPlan> const plans = plansOf(options);
-  bool const isLive =
-      std::ranges::any_of(plans, [](SlotPlan const& plan) { return plan.source.isLive(); });
-  ClockKind const kind = isLive ? ClockKind::steadyClock : ClockKind::virtualClock;
+/// Gives the options as they stand in the configuration file now, if there is one.
+using Read = std::function<MonitorOptions()>;
+
+/// The command at work.
+class Monitor {
+ public:
+  /// All that is given must outlive it.
+  Monitor(MonitorOptions const& options, Plugin const& plugin, Loop& loop, Reporting& reporting)
+      : options_(options), loop_(loop), reporting_(reporting), slots_(plugin, loop, reporting) {
+    if (auto const publishing = publishingOf(options_)) {
+      reporting_.publisher = &publisher_.emplace(*publishing, reporting_.ledger);
+    }
+    reporting_.onChange = [this] { tellService(); };
+    slots_.plansAre(plansOf(options_));
+    if (!options_.record.empty()) {
+      reporting_.recorder = &recorder_.emplace(options_.record);
+    }
+    tellService();
+  }
+
+  /// Runs until the duration is over, a signal ends the loop, or nobody reads the lines any more.
+  void run() {
+    constexpr double kLongestUnseen = 0.5;
+    Timer look([&look] { look.startIn(kLongestUnseen); });
+    if (loop_.kind() == ClockKind::steadyClock) {
+      look.startIn(kLongestUnseen);
+    }
+    // The journal may be restarted under its readers.
+    bool const isRead = !isJournal(STDOUT_FILENO);
+    if (!slots_.isEmpty()) {
+      loop_.run(options_.duration.value_or(Loop::kForever),
+                [isRead] { return isRead && !hasReader(STDOUT_FILENO); });
+    }
+  }
+
+  /// Takes over what `read` gives, or tells why not.
+  void reload(Read const& read) {
+    service_.reloadBegins();
+    try {
+      optionsAre(read());
+      complain("configuration read again: " + slots_.text(), Priority::info);
+    } catch (UsageError const& error) {
+      complain(std::string(error.what()) + "; the configuration of before stays");
+    } catch (Failure const& failure) {
+      complain(std::string(failure.what()) + "; the configuration of before stays");
+    }
+    tellService();
+    service_.reloadEnds();
+  }
+
+ private:
+  /// Throws a `UsageError` before anything has changed.
+  void optionsAre(MonitorOptions options) {
+    std::vector<SlotPlan> const plans = plansOf(options);
+    if (isLive(plans) && loop_.kind() == ClockKind::virtualClock) {
+      throw UsageError("--slot: a bus cannot join a run whose time is virtual");
+    }
+    keepFixed(options);
+    if (publisher_) {
+      publisher_->publishingIs(*publishingOf(options));
+    }
+    slots_.plansAre(plans);
+    options_ = std::move(options);
+  }
+
+  /// Puts back in `options` what is settled at the start, and tells of what was to change.
+  void keepFixed(MonitorOptions& options) const {
+    auto const keep = [&](auto MonitorOptions::*option, char const* key) {
+      if (options.*option != options_.*option) {
+        complain(std::string(key) + ": changes at the next start only", Priority::warning);
+        options.*option = options_.*option;
+      }
+    };
+    keep(&MonitorOptions::publish, "publish");
+    keep(&MonitorOptions::record, "record");
+    keep(&MonitorOptions::duration, "duration");
+    keep(&MonitorOptions::isJson, "json");
+  }
+
+  void tellService() { service_.stateIs(slots_.text(), slots_.isComplete()); }
+
+  MonitorOptions options_;
+  Loop& loop_;
+  Reporting& reporting_;
+  Service service_;
+  std::optional<Publisher> publisher_;
+  std::optional<Recorder> recorder_;
+  WatchedSlots slots_;
+};
+
+Status monitor(Read const& read, bool isReloadable, Globals const& globals) {
+  MonitorOptions const options = read();
   ignoreWriteSignals();
   Plugin const plugin(globals.library);
-  Loop loop(kind);
+  Loop loop(isLive(plansOf(options)) ? ClockKind::steadyClock : ClockKind::virtualClock);
   Reporting reporting{.isJson = options.isJson, .isLive = true};
   {
-    std::optional<Publisher> publisher;
-    if (auto const publishing = publishingOf(options)) {
-      reporting.publisher = &publisher.emplace(*publishing, reporting.ledger);
+    Monitor monitor(options, plugin, loop, reporting);
+    if (isReloadable) {
+      loop.onHangUpIs([&] { monitor.reload(read); });
+    } else if (std::signal(SIGHUP, SIG_IGN) != SIG_IGN) {
+      loop.onHangUpIs([&loop] { loop.stop(); });
     }
-    std::optional<Recorder> recorder;
-    WatchedSlots slots(plugin, loop, reporting);
-    slots.plansAre(plans);
-    if (!options.record.empty()) {
-      reporting.recorder = &recorder.emplace(options.record);
-    }
-    if (!slots.isEmpty()) {
-      run(loop, kind, options.duration);
-    }
+    monitor.run();
   }
   return reporting.ledger.status();
+}
+
+Status check(MonitorOptions const& options) {
+  std::cout << "the configuration is sound:";
+  for (SlotPlan const& plan : plansOf(options)) {
+    std::cout << ' ' << plan.name;
+  }
+  std::cout << '\n';
+  return Status::ok;
 }
 
 }  // namespace
 
 Action prepareMonitor(CLI::App& command) {
-  auto const options = std::make_shared<MonitorOptions>();
-  addMonitorOptions(command, *options);
-  return [options](Globals const& globals) { return monitor(*options, globals); };
+  auto const line = std::make_shared<CommandLine>();
+  addMonitorOptions(command, line->options);
+  command
+      .add_option("--config", line->config,
+                  "Further options, as KEY = VALUE; SIGHUP reads it again")
+      ->option_text("FILE");
+  command.add_flag("--check", line->isCheck, "Tell whether the configuration is sound, and end");
+  return [line, &command](Globals const& globals) {
+    Read const read = [&] {
+      MonitorOptions options =
+          line->config.empty() ? line->options : completed(line->options, command, line->config);
+      checkTogether(options);
+      return options;
+    };
+    return line->isCheck ? check(read()) : monitor(read, !line->config.empty(), globals);
+  };
 }
 
 }  // namespace Agent

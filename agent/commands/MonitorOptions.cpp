@@ -1,11 +1,13 @@
 // What psu-agent monitor is told to do.
 #include "agent/commands/MonitorOptions.h"
 
+#include <algorithm>
 #include <set>
 
 #include "agent/base/Error.h"
 #include "agent/base/Text.h"
 #include "agent/commands/Command.h"
+#include "agent/commands/ConfigFile.h"
 #include "agent/publish/SlotName.h"
 
 namespace Agent {
@@ -14,8 +16,7 @@ void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
   command.add_option("--slot", options.slots, "A slot and its SOURCE (repeatable)")
       ->option_text("NAME=SOURCE ...")
       ->expected(1)
-      ->take_all()
-      ->required();
+      ->take_all();
   inSeconds(*command.add_option("--poll-interval", options.pollInterval,
                                 "Seconds between polls or checks"))
       .option_text("S [1]");
@@ -26,16 +27,26 @@ void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
   command.add_flag("--json", options.isJson, "Print JSON lines instead");
   command.add_option("--record", options.record, "Record what happens, for replay:FILE")
       ->option_text("FILE");
-  auto* const publish = command.add_option(
-      "--publish", options.publish, "Keep DIR/NAME.fdl for each slot whose supply is identified");
-  publish->option_text("DIR");
+  command
+      .add_option("--publish", options.publish,
+                  "Keep DIR/NAME.fdl for each slot whose supply is identified")
+      ->option_text("DIR");
   inSeconds(*command.add_option("--hold", options.hold,
                                 "Seconds for which a bus in trouble keeps what is published"),
             0)
-      .option_text("S [60]")
-      ->needs(publish);
-  command.add_flag("--keep", options.isKept, "Leave published files at the end, for the next run")
-      ->needs(publish);
+      .option_text("S [60]");
+  command.add_flag("--keep", options.isKept, "Leave published files at the end, for the next run");
+}
+
+MonitorOptions completed(MonitorOptions options, CLI::App const& command,
+                         std::string const& config) {
+  CLI::App keys;
+  keys.set_help_flag();
+  addMonitorOptions(keys, options);
+  readConfigFile(
+      config, keys, [&](std::string const& option) { return command.count(option) != 0; },
+      [&] { plansOf(options); });
+  return options;
 }
 
 std::vector<SlotPlan> plansOf(MonitorOptions const& options) {
@@ -63,6 +74,22 @@ std::vector<SlotPlan> plansOf(MonitorOptions const& options) {
                      .reviewInterval = options.reviewInterval});
   }
   return plans;
+}
+
+void checkTogether(MonitorOptions const& options) {
+  if (options.slots.empty()) {
+    throw UsageError("--slot: no slot is named");
+  }
+  if (options.isKept && options.publish.empty()) {
+    throw UsageError("--keep: needs --publish");
+  }
+  if (!options.duration && !isLive(plansOf(options))) {
+    throw UsageError("--duration: is needed where all slots are files and recordings");
+  }
+}
+
+bool isLive(std::vector<SlotPlan> const& plans) {
+  return std::ranges::any_of(plans, [](SlotPlan const& plan) { return plan.source.isLive(); });
 }
 
 std::optional<Publishing> publishingOf(MonitorOptions const& options) {

@@ -27,9 +27,17 @@ struct MonitorOptions {
 
 /// Makes `command` take the options.
 void addMonitorOptions(CLI::App& command, MonitorOptions& options);
-/// The slots to watch. Throws a `UsageError` for one that does not make sense, for a name that is
-/// there twice, and as `parseSources`.
+/// The options that `command` took, completed by those that are in the file `config` only. Throws
+/// as `readConfigFile`.
+MonitorOptions completed(MonitorOptions options, CLI::App const& command,
+                         std::string const& config);
+/// The slots to watch. Throws a `UsageError` for one that does not make sense, and for a name or a
+/// bus that is there twice.
 std::vector<SlotPlan> plansOf(MonitorOptions const& options);
+/// Throws a `UsageError` for options that make no sense together.
+void checkTogether(MonitorOptions const& options);
+/// Whether one of the slots answers in its own time, so that the steady clock is needed.
+bool isLive(std::vector<SlotPlan> const& plans);
 /// How to publish, where that is wanted.
 std::optional<Publishing> publishingOf(MonitorOptions const& options);
 

@@ -32,6 +32,7 @@ Loop::Loop(ClockKind kind)
       context_(std::make_shared<asio::io_context>()),
       guard_(asio::make_work_guard(*context_)),
       signals_(*context_, SIGINT, SIGTERM),
+      hangUp_(*context_),
       start_(std::chrono::steady_clock::now()) {
   signals_.async_wait([this](std::error_code const& error, int) { isStopped_ |= !error; });
 }
@@ -47,6 +48,21 @@ void Loop::run(double until, std::function<bool()> const& isDone) {
     }
     waitUntil(next);
   }
+}
+
+void Loop::onHangUpIs(std::function<void()> onHangUp) {
+  onHangUp_ = std::move(onHangUp);
+  hangUp_.add(SIGHUP);
+  awaitHangUp();
+}
+
+void Loop::awaitHangUp() {
+  hangUp_.async_wait([this](std::error_code const& error, int) {
+    if (!error) {
+      onHangUp_();
+      awaitHangUp();
+    }
+  });
 }
 
 double Loop::now() const { return processClock().time(); }

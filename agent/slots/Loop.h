@@ -33,8 +33,13 @@ class Loop {
   /// loop. On a virtual clock it also ends when nothing is left to wait for. Stopped loops return
   /// at once.
   void run(double until, std::function<bool()> const& isDone);
+  /// What SIGHUP does from now on; without it, what it does to any program.
+  void onHangUpIs(std::function<void()> onHangUp);
+  /// Ends the run as SIGTERM does.
+  void stop() { isStopped_ = true; }
   /// Whether SIGINT or SIGTERM came.
   bool isStopped() const { return isStopped_; }
+  ClockKind kind() const { return kind_; }
   /// The clock's time in seconds.
   double now() const;
 
@@ -42,6 +47,7 @@ class Loop {
   Post post() const;
 
  private:
+  void awaitHangUp();
   /// Waits for posted work until `time` (seconds), and steps the clock.
   void waitUntil(double time);
 
@@ -50,6 +56,8 @@ class Loop {
   std::shared_ptr<asio::io_context> context_;
   asio::executor_work_guard<asio::io_context::executor_type> guard_;
   asio::signal_set signals_;
+  asio::signal_set hangUp_;
+  std::function<void()> onHangUp_;
   std::chrono::steady_clock::time_point start_;
   bool isStopped_ = false;
 };

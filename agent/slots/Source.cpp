@@ -37,10 +37,14 @@ TransportPtr openFile(std::string const& target, SourceContext const& context) {
   return std::make_unique<SimulatedBus>(SimulatedSupply(readFruImage(target), context.mfrId));
 }
 
-std::string exclusiveBus(std::string const& target) { return linuxBusName(linuxBusNumber(target)); }
+std::string exclusiveBus(std::string const& target) { return LinuxBus(target).identity(); }
 
 TransportPtr openBus(std::string const& target, SourceContext const& context) {
-  return std::make_unique<LinuxTransport>(linuxBusNumber(target), context.post);
+  LinuxBus const bus(target);
+  if (!context.mayBeMissing) {
+    LinuxAdapter(bus.node()).checkWay();
+  }
+  return std::make_unique<LinuxTransport>(bus, context.post);
 }
 
 std::string exclusiveRecording(std::string const& target) {

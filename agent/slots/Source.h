@@ -20,6 +20,8 @@ struct SourceContext {
   Post post;
   /// Told of the end of a source that has one; may be empty.
   OnEnd onEnd{};
+  /// Whether a bus that cannot serve is opened all the same, since it may come yet.
+  bool mayBeMissing = false;
 };
 
 /// A SOURCE as it was written. Kinds of sources are rows of one table in Source.cpp.

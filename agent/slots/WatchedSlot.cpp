@@ -1,12 +1,15 @@
 // A slot whose changes are printed as they happen.
 #include "agent/slots/WatchedSlot.h"
 
+#include <unistd.h>
+
 #include <iostream>
 #include <utility>
 
 #include "agent/recording/TransactionLog.h"
 #include "agent/recording/Transcript.h"
 #include "agent/report/Report.h"
+#include "host/kex/base/Format.h"
 #include "host/kex/time/ActivityManager.h"
 
 namespace Agent {
@@ -22,6 +25,11 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
     : source_(std::move(source)),
       reporting_(reporting),
       began_(now()),
+      steadiness_([this](std::string const& text) { printSteadiness("unsteady " + text); },
+                  [this] {
+                    printSteadiness("steady");
+                    print(supplyLine(now(), slot_.name(), *slot_.supply()));
+                  }),
       slot_(name, open([this](std::string const& why) { end(why); }), plugin) {
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
   slot_.observerIs(this);
@@ -44,7 +52,7 @@ void WatchedSlot::handleSupply(Supply const& supply) {
   if (shown_ == shown) {
     return;
   }
-  shown_ = std::move(shown);
+  auto const former = std::exchange(shown_, std::move(shown));
   if (reporting_.publisher != nullptr) {
     reporting_.publisher->supplyIs(slot_.name(), supply);
   }
@@ -54,7 +62,30 @@ void WatchedSlot::handleSupply(Supply const& supply) {
     json = addSupply(object.add("source", source_), supply).text();
     record(json);
   }
-  print(reporting_.isJson ? json : supplyLine(now(), slot_.name(), supply));
+  if (reporting_.isJson) {
+    print(json);
+  } else {
+    printText(supply, former);
+  }
+  if (reporting_.onChange) {
+    reporting_.onChange();
+  }
+}
+
+void WatchedSlot::printText(Supply const& supply, std::optional<Shown> const& former) {
+  bool const isChange = former && former->verdict != supply.verdict;
+  if (isChange) {
+    steadiness_.change();
+  }
+  if (!steadiness_.isUnsteady()) {
+    bool const isLoss = isChange && former->verdict == Verdict::identified;
+    print(supplyLine(now(), slot_.name(), supply), isLoss ? Priority::warning : Priority::info);
+  }
+}
+
+void WatchedSlot::printSteadiness(std::string const& text) const {
+  print(std::string(Kex::format("%.3f ", now()).view()) + slot_.name() + ' ' + text,
+        Priority::warning);
 }
 
 void WatchedSlot::handleTransaction(Smbus::Client const& client,
@@ -104,8 +135,8 @@ void WatchedSlot::recordStop(std::optional<std::string> const& why) {
   recorded_ = Recorded::stop;
 }
 
-void WatchedSlot::print(std::string const& line) const {
-  std::cout << line << '\n';
+void WatchedSlot::print(std::string const& line, Priority priority) const {
+  std::cout << priorityPrefix(STDOUT_FILENO, priority) << line << '\n';
   if (reporting_.isLive) {
     std::cout.flush();
   }

@@ -1,15 +1,18 @@
 // A slot whose changes are printed as they happen.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "agent/base/Journal.h"
 #include "agent/base/JsonObject.h"
 #include "agent/base/Ledger.h"
 #include "agent/publish/Publisher.h"
 #include "agent/recording/Recorder.h"
 #include "agent/slots/Slot.h"
+#include "agent/slots/Steadiness.h"
 #include "agent/transport/OnEnd.h"
 
 namespace Agent {
@@ -25,6 +28,8 @@ struct Reporting {
   Publisher* publisher = nullptr;
   /// Where it is recorded what happens; null for nowhere.
   Recorder* recorder = nullptr;
+  /// Called after what is known of a slot has changed; may be empty.
+  std::function<void()> onChange{};
   /// Where it is kept that something cannot be written.
   Ledger ledger{};
 };
@@ -40,7 +45,7 @@ struct Act {
 };
 
 /// A slot that prints a line whenever its verdict, serial number or FDL differs from the last line
-/// printed for it.
+/// printed for it; for a person, the lines of an unsteady slot are summed up.
 class WatchedSlot final : Smbus::TransactionObserver {
  public:
   /// Opens the way to the slot's supply, whose end ends the slot.
@@ -55,6 +60,10 @@ class WatchedSlot final : Smbus::TransactionObserver {
   ~WatchedSlot();
 
   Slot& slot() { return slot_; }
+  /// None before the first detection has ended.
+  std::optional<Verdict> verdict() const {
+    return shown_ ? std::optional(shown_->verdict) : std::nullopt;
+  }
   std::optional<std::string> const& source() const { return source_; }
   void sourceIs(std::optional<std::string> source) { source_ = std::move(source); }
   /// Records what somebody did to the slot.
@@ -79,7 +88,10 @@ class WatchedSlot final : Smbus::TransactionObserver {
   void record(std::string const& line);
   /// Records that the slot is not watched any more, and why, unless the run ends.
   void recordStop(std::optional<std::string> const& why);
-  void print(std::string const& line) const;
+  /// For a person, unless the slot is unsteady; `former` is what was shown before.
+  void printText(Supply const& supply, std::optional<Shown> const& former);
+  void printSteadiness(std::string const& text) const;
+  void print(std::string const& line, Priority priority = Priority::info) const;
 
   std::optional<std::string> source_;
   Reporting& reporting_;
@@ -88,6 +100,7 @@ class WatchedSlot final : Smbus::TransactionObserver {
   std::optional<Shown> shown_;
   /// How far the recording has come.
   enum class Recorded : unsigned char { nothing, start, stop } recorded_ = Recorded::nothing;
+  Steadiness steadiness_;
   Slot slot_;
 };
 

@@ -2,6 +2,8 @@
 #include "agent/slots/WatchedSlots.h"
 
 #include <algorithm>
+#include <functional>
+#include <optional>
 #include <ranges>
 #include <set>
 #include <utility>
@@ -42,7 +44,8 @@ void WatchedSlots::plansAre(std::vector<SlotPlan> const& plans) {
 void WatchedSlots::start(SlotPlan const& plan) {
   if (!slots_.contains(plan.name)) {
     auto const open = [&](OnEnd onEnd) {
-      return plan.source.open({.post = loop_.post(), .onEnd = std::move(onEnd)});
+      return plan.source.open(
+          {.post = loop_.post(), .onEnd = std::move(onEnd), .mayBeMissing = true});
     };
     slots_.emplace(plan.name, std::make_unique<WatchedSlot>(plan.name, plan.source.text(), open,
                                                             plugin_, reporting_));
@@ -50,6 +53,26 @@ void WatchedSlots::start(SlotPlan const& plan) {
   Slot& slot = slots_.at(plan.name)->slot();
   slot.pollIntervalIs(plan.pollInterval);
   slot.reviewIntervalIs(plan.reviewInterval);
+}
+
+bool WatchedSlots::isComplete() const {
+  return std::ranges::all_of(slots_,
+                             [](auto const& entry) { return entry.second->verdict().has_value(); });
+}
+
+std::string WatchedSlots::text() const {
+  // By how far the supplies got on their road, and what is not known yet last.
+  std::map<std::optional<Verdict>, unsigned, std::greater<>> counts;
+  for (auto const& [name, slot] : slots_) {
+    ++counts[slot->verdict()];
+  }
+  std::string text = std::to_string(slots_.size()) + (slots_.size() == 1 ? " slot" : " slots");
+  for (char const* separator = ": "; auto const& [verdict, count] : counts) {
+    text += separator + std::to_string(count) + ' ' +
+            (verdict ? verdictName(*verdict) : "not known yet");
+    separator = ", ";
+  }
+  return text;
 }
 
 }  // namespace Agent

@@ -32,6 +32,10 @@ class WatchedSlots {
   /// is told of and left out.
   void plansAre(std::vector<SlotPlan> const& plans);
   bool isEmpty() const { return slots_.empty(); }
+  /// Whether there is a verdict for every slot.
+  bool isComplete() const;
+  /// For a person, how many slots are in which verdict: "3 slots: 2 identified, 1 absent".
+  std::string text() const;
 
  private:
   void start(SlotPlan const& plan);

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 #include "agent/base/Text.h"
@@ -21,11 +20,6 @@ namespace Agent {
 using Smbus::ErrorKind;
 
 namespace {
-
-std::string devicePath(unsigned number) { return "/dev/" + linuxBusName(number); }
-
-/// Adapter numbers that the kernel can give.
-constexpr unsigned kAdapters = 1U << 20;
 
 struct Function {
   unsigned long bit;
@@ -96,10 +90,11 @@ BusFailure failureOf(int error, std::string const& before = {}) {
 }
 
 /// Why a bus cannot be opened. One that is not there has gone, or has not come yet.
-BusFailure cannotOpen(unsigned number, int error) {
+BusFailure cannotOpen(LinuxNode const& node, int error) {
   bool const isGone = error == ENOENT || error == ENODEV || error == ENXIO;
   return {isGone ? ErrorKind::busGone : ErrorKind::other,
-          linuxBusName(number) + ": cannot open " + devicePath(number) + ": " + systemError(error)};
+          linuxBusName(node.number) + ": cannot open " + node.path + ": " + systemError(error) +
+              (isGone ? "; " + linuxAdaptersText() : "")};
 }
 
 }  // namespace
@@ -121,23 +116,6 @@ std::string usefulFunctions(unsigned long functions, bool present) {
   }
   return names;
 }
-
-unsigned linuxBusNumber(std::string const& target) {
-  constexpr std::string_view kFolder = "/dev/i2c-";
-  std::string_view const digits =
-      std::string_view(target).substr(target.starts_with(kFolder) ? kFolder.size() : 0);
-  unsigned number = 0;
-  auto const [end, error] = std::from_chars(digits.begin(), digits.end(), number);
-  // Written back it must be the same text: no sign, no leading zero, nothing behind it.
-  if (error != std::errc() || std::to_string(number) != digits || number >= kAdapters) {
-    throw UsageError("i2c:" + oneLine(target) +
-                     " is not i2c:N or i2c:/dev/i2c-N with N from 0 to " +
-                     std::to_string(kAdapters - 1));
-  }
-  return number;
-}
-
-std::string linuxBusName(unsigned number) { return "i2c-" + std::to_string(number); }
 
 void checkCarriedOut(int done, unsigned messages) {
   if (done < 0) {
@@ -168,15 +146,15 @@ Smbus::Reply linuxReply(unsigned number, Smbus::Transaction const& transaction,
   }
 }
 
-LinuxAdapter::LinuxAdapter(unsigned number)
-    : number_(number), file_(open(devicePath(number).c_str(), O_RDWR | O_CLOEXEC)) {
+LinuxAdapter::LinuxAdapter(LinuxNode const& node)
+    : number_(node.number), file_(open(node.path.c_str(), O_RDWR | O_CLOEXEC)) {
   if (file_ < 0) {
-    throw cannotOpen(number, errno);
+    throw cannotOpen(node, errno);
   }
   if (ioctl(file_, I2C_FUNCS, &functions_) < 0) {
     int const error = errno;
     close(file_);
-    throw failureOf(error, linuxBusName(number) + ": does not tell what it can do: ");
+    throw failureOf(error, linuxBusName(number_) + ": does not tell what it can do: ");
   }
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "agent/base/Error.h"
+#include "agent/transport/LinuxBus.h"
 #include "host/smbus/Transport.h"
 
 namespace Agent {
@@ -24,22 +24,6 @@ std::string_view nameOf(LinuxWay way);
 /// person: "SMBus block read, plain I2C". Empty when there are none.
 std::string usefulFunctions(unsigned long functions, bool present);
 
-/// The adapter's number in what follows `i2c:`, which is `N` or `/dev/i2c-N`. Throws a
-/// `UsageError`.
-unsigned linuxBusNumber(std::string const& target);
-/// `i2c-N`.
-std::string linuxBusName(unsigned number);
-
-/// A bus that did not do what it was asked to.
-class BusFailure : public Failure {
- public:
-  BusFailure(Smbus::ErrorKind kind, std::string const& text) : Failure(text), kind_(kind) {}
-  Smbus::ErrorKind kind() const { return kind_; }
-
- private:
-  Smbus::ErrorKind kind_;
-};
-
 /// Throws a `BusFailure` unless the kernel carried out all `messages` of a transfer: `done` is how
 /// many it did, or a negative error number.
 void checkCarriedOut(int done, unsigned messages);
@@ -53,9 +37,9 @@ Smbus::Reply linuxReply(unsigned number, Smbus::Transaction const& transaction,
 /// opened anew for each transaction: one that was unplugged and has returned is found again.
 class LinuxAdapter {
  public:
-  /// Opens `/dev/i2c-N` and asks what the adapter can do. Throws a `Failure` that names the bus and
-  /// the kernel's meaning.
-  explicit LinuxAdapter(unsigned number);
+  /// Opens its device node and asks what the adapter can do. Throws a `BusFailure` that names the
+  /// bus and the kernel's meaning.
+  explicit LinuxAdapter(LinuxNode const& node);
   LinuxAdapter(LinuxAdapter const&) = delete;
   LinuxAdapter& operator=(LinuxAdapter const&) = delete;
   ~LinuxAdapter();
@@ -63,7 +47,7 @@ class LinuxAdapter {
   /// Its `I2C_FUNC_*` bits.
   unsigned long functions() const { return functions_; }
   LinuxWay way() const { return wayOf(functions_); }
-  /// Throws a `Failure` naming what the adapter lacks when there is no way to use it.
+  /// Throws a `BusFailure` naming what the adapter lacks when there is no way to use it.
   void checkWay() const;
   /// Whether a kernel driver holds the address `device`. Nothing is sent. Throws a `Failure`.
   bool isHeld(Kex::U8 device) const;

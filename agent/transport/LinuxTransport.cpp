@@ -74,9 +74,9 @@ class LinuxTransport::Mailbox : public std::enable_shared_from_this<Mailbox> {
 
 namespace {
 
-Reply replyTo(unsigned number, Smbus::Transaction const& transaction) {
+Reply replyTo(LinuxBus const& bus, Smbus::Transaction const& transaction) {
   try {
-    return LinuxAdapter(number).transfer(transaction);
+    return LinuxAdapter(bus.node()).transfer(transaction);
   } catch (BusFailure const& failure) {
     return Reply::failed(failure.kind(), failure.what());
   } catch (std::exception const& error) {
@@ -86,24 +86,23 @@ Reply replyTo(unsigned number, Smbus::Transaction const& transaction) {
 
 }  // namespace
 
-LinuxTransport::LinuxTransport(unsigned number, Post post)
-    : number_(number),
+LinuxTransport::LinuxTransport(LinuxBus bus, Post post)
+    : bus_(std::move(bus)),
       mailbox_(std::make_shared<Mailbox>(this, std::move(post))),
       deadline_([this] { handleDeadline(); }) {
-  LinuxAdapter(number).checkWay();
-  std::thread([number, mailbox = mailbox_] { work(number, *mailbox); }).detach();
+  std::thread([bus = bus_, mailbox = mailbox_] { work(bus, *mailbox); }).detach();
 }
 
 LinuxTransport::~LinuxTransport() { mailbox_->close(); }
 
-void LinuxTransport::work(unsigned number, Mailbox& mailbox) {
+void LinuxTransport::work(LinuxBus const& bus, Mailbox& mailbox) {
   for (;;) {
     auto const job = mailbox.nextJob();
     if (!job) {
       return;
     }
     try {
-      mailbox.replyIs(job->ticket, replyTo(number, job->transaction));
+      mailbox.replyIs(job->ticket, replyTo(bus, job->transaction));
     } catch (...) {
       // No memory for the answer: the deadline gives one.
     }
@@ -134,8 +133,8 @@ void LinuxTransport::handleDeadline() {
   handleReply(ticket_, Reply::failed(isWaiting ? ErrorKind::busBusy : ErrorKind::timeout,
                                      Kex::format("%s, device 0x%02x: %s within the bus timeout of "
                                                  "%u ms",
-                                                 linuxBusName(number_).c_str(), address_.device(),
-                                                 what, unsigned{address_.busTimeout()})));
+                                                 bus_.name().c_str(), address_.device(), what,
+                                                 unsigned{address_.busTimeout()})));
 }
 
 }  // namespace Agent

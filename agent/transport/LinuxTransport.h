@@ -3,13 +3,15 @@
 
 #include <memory>
 
+#include "agent/transport/LinuxBus.h"
 #include "agent/transport/Post.h"
 #include "agent/transport/Timer.h"
 #include "host/smbus/Transport.h"
 
 namespace Agent {
 
-/// Carries out transactions on `/dev/i2c-N`, on a thread of its own.
+/// Carries out transactions on an i2c bus, on a thread of its own. The bus is looked up and opened
+/// for each of them; while it is not there, they fail.
 ///
 /// A transaction that the kernel keeps for longer than the address's bus timeout fails; one that is
 /// started while the kernel still keeps an earlier one waits for its turn, within its own timeout.
@@ -17,8 +19,7 @@ namespace Agent {
 class LinuxTransport final : public Smbus::Transport {
  public:
   /// `post` leads to the run loop's thread; it is not used any more once the transport has gone.
-  /// Throws a `Failure` when bus `number` cannot be opened or lacks what is needed.
-  LinuxTransport(unsigned number, Post post);
+  LinuxTransport(LinuxBus bus, Post post);
   /// Does not wait for the kernel: a thread that it keeps ends by itself when it returns.
   ~LinuxTransport() override;
 
@@ -28,11 +29,11 @@ class LinuxTransport final : public Smbus::Transport {
  private:
   class Mailbox;
 
-  static void work(unsigned number, Mailbox& mailbox);
+  static void work(LinuxBus const& bus, Mailbox& mailbox);
   void handleReply(Kex::U64 ticket, Smbus::Reply const& reply);
   void handleDeadline();
 
-  unsigned number_;
+  LinuxBus bus_;
   std::shared_ptr<Mailbox> mailbox_;
   Smbus::VornAddress address_;
   Kex::U64 ticket_ = 0;

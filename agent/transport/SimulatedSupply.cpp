@@ -7,8 +7,6 @@ namespace Agent {
 
 namespace {
 
-constexpr Kex::U8 kDevice = 0x58;
-constexpr Kex::U8 kMfrIdCommand = 0x99;
 constexpr Kex::U8 kFruCommand = 0xB0;
 constexpr Kex::U8 kFruChunk = 16;
 

@@ -20,6 +20,8 @@ namespace Agent {
 /// Everything else is not acknowledged.
 class SimulatedSupply {
  public:
+  static constexpr Kex::U8 kDevice = 0x58;
+  static constexpr Kex::U8 kMfrIdCommand = 0x99;
   static constexpr std::size_t kLongestImage = 256;
   static constexpr std::size_t kLongestMfrId = Smbus::kMaxBlock - 1;
 

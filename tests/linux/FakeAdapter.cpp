@@ -167,7 +167,8 @@ FakeAdapter::FakeAdapter(UMockdevTestbed* bed, unsigned number, Behaviour const&
   std::string const name = "i2c-" + std::to_string(number);
   node_ = "/dev/" + name;
   std::string const description = "P: /devices/" + name + "\nN: " + name + "\nE: DEVNAME=" + node_ +
-                                  "\nE: SUBSYSTEM=i2c\nA: name=fake " + name + "\\n\n";
+                                  "\nE: SUBSYSTEM=i2c\nA: dev=89:" + std::to_string(number) +
+                                  "\nA: name=fake " + name + "\\n\n";
   using Held = std::shared_ptr<Line>;
   GError* error = nullptr;
   g_signal_connect_data(
@@ -186,6 +187,10 @@ FakeAdapter::FakeAdapter(UMockdevTestbed* bed, unsigned number, Behaviour const&
 
 FakeAdapter::~FakeAdapter() { umockdev_testbed_detach_ioctl(bed_, node_.c_str(), nullptr); }
 
+void FakeAdapter::nameIs(std::string const& name) {
+  umockdev_testbed_set_attribute(bed_, ("/sys/devices/" + node_.substr(5)).c_str(), "name",
+                                 (name + '\n').c_str());
+}
 void FakeAdapter::behaviourIs(Behaviour const& behaviour) { line_->behaviourIs(behaviour); }
 std::vector<std::string> FakeAdapter::transfers() { return line_->transfers(); }
 void FakeAdapter::awaitHang() { line_->awaitHang(); }

@@ -44,6 +44,8 @@ class FakeAdapter {
   FakeAdapter& operator=(FakeAdapter const&) = delete;
   ~FakeAdapter();
 
+  /// What its driver calls it, "fake i2c-N" before.
+  void nameIs(std::string const& name);
   void behaviourIs(Behaviour const& behaviour);
   /// The transfers so far: "smbus read 99", "smbus call 7 B00158", "58<B00158 58>17".
   std::vector<std::string> transfers();

@@ -9,6 +9,8 @@ import subprocess
 from agent import DS2900, SAMPLES, Case, faulty, run
 
 DS3000 = SAMPLES / "ds3000.fru"
+# Makes the run a live one; nobody has such a bus.
+NO_BUS = ("--slot", "Z=i2c:name=no such adapter")
 
 
 class Simulate(Case):
@@ -105,6 +107,33 @@ class Simulate(Case):
         self.assertEqual({line["error"] for line in transactions if line["slot"] == "B"},
                          {"noAcknowledge"})
 
+    def test_an_unsteady_slot_is_summed_up(self):
+        events = [{"at": 10 * i, "action": "remove"} if i % 2 else
+                  {"at": 10 * i, "action": "insert", "supply": {"image": str(DS2900)}}
+                  for i in range(1, 16)]
+        scenario = self.scenario({"duration": 2000, "slots": [
+            {"name": "A", "supply": {"image": str(DS2900)}, "events": events}]})
+        _, out, _ = run("simulate", scenario)
+        lines = [line.split(" ", 2) for line in out.decode().splitlines()]
+        verdicts = [line[2].split()[0] for line in lines]
+        self.assertEqual(verdicts, ["identified", "absent"] * 3 + [
+            "identified", "unsteady", "unsteady", "unsteady", "steady", "absent"])
+        told = [line[2] for line in lines if line[2].startswith("unsteady")]
+        self.assertIn("7 changes within 10 minutes", told[0])
+        changes = [json.loads(line)["time"]
+                   for line in run("simulate", "--json", scenario)[1].splitlines()][1:]
+        self.assertEqual(len(changes), 15)
+        begin = changes[6]
+        counts = [sum(begin + after < time < begin + after + 60 for time in changes)
+                  for after in (0, 60)]
+        self.assertEqual(sum(counts), 8)
+        self.assertEqual(told[1:], [f"unsteady {count} changes in the last minute"
+                                    for count in counts])
+        at = [float(line[0]) for line in lines]
+        for got, wanted in zip(at[7:], (begin, begin + 60, begin + 120, changes[-1] + 600,
+                                        changes[-1] + 600)):
+            self.assertAlmostEqual(got, wanted, 2)
+
     def test_text_transcript(self):
         _, out, _ = run("simulate", "--transcript", self.scenario(
             {"duration": 0.1, "slots": [{"name": "A", "supply": {"image": str(DS2900)}}]}))
@@ -127,10 +156,11 @@ class Monitor(Case):
         fdl = run("identify", DS2900)[1]
         for stop in (signal.SIGTERM, signal.SIGINT):
             with subprocess.Popen([os.environ["PSU_AGENT"], "monitor", "--publish", self.folder,
-                                   "--slot", f"A={DS2900}", "--slot", f"B={faulty('unrecognised')}"],
-                                  stdout=subprocess.PIPE, text=True) as agent:
-                lines = [agent.stdout.readline().split()[1:3] for _ in range(2)]
-                self.assertCountEqual(lines, [["A", "identified"], ["B", "unrecognised"]])
+                                   "--slot", f"A={DS2900}", "--slot", f"B={faulty('unrecognised')}",
+                                   *NO_BUS], stdout=subprocess.PIPE, text=True) as agent:
+                lines = [agent.stdout.readline().split()[1:3] for _ in range(3)]
+                self.assertCountEqual(lines, [["A", "identified"], ["B", "unrecognised"],
+                                              ["Z", "unreachable"]])
                 self.assertEqual([file.name for file in self.folder.glob("*.fdl")], ["A.fdl"])
                 self.assertEqual((self.folder / "A.fdl").read_bytes(), fdl)
                 agent.send_signal(stop)
@@ -140,11 +170,13 @@ class Monitor(Case):
     def test_a_run_that_was_killed_or_kept(self):
         fdl = run("identify", DS2900)[1]
         words = [os.environ["PSU_AGENT"], "monitor", "--publish", self.folder, "--keep",
-                 "--slot", f"A={DS2900}"]
+                 "--slot", f"A={DS2900}", *NO_BUS]
         for stop, status in ((signal.SIGKILL, -9), (signal.SIGTERM, 0)):
             with subprocess.Popen(words, stdout=subprocess.PIPE, text=True) as agent:
-                self.assertIn("identified", agent.stdout.readline())
-                second = run("monitor", "--slot", f"A={DS2900}", "--publish", self.folder)
+                while "identified" not in agent.stdout.readline():
+                    pass
+                second = run("monitor", "--slot", f"A={DS2900}", "--publish", self.folder,
+                             "--duration", "1")
                 self.assertEqual((second[0], "another program does" in second[2][0]), (1, True))
                 agent.send_signal(stop)
                 self.assertEqual(agent.wait(timeout=60), status)
@@ -155,7 +187,9 @@ class Monitor(Case):
 
     def test_ends_when_nobody_reads(self):
         with subprocess.Popen([os.environ["PSU_AGENT"], "monitor", "--publish", self.folder,
-                               "--slot", f"A={DS2900}"], stdout=subprocess.PIPE) as agent:
+                               "--slot", f"A={DS2900}", *NO_BUS],
+                              stdout=subprocess.PIPE) as agent:
+            agent.stdout.readline()
             agent.stdout.readline()
             agent.stdout.close()
             self.assertEqual(agent.wait(timeout=60), 0)
@@ -171,7 +205,9 @@ class Monitor(Case):
                 (2, "poll-interval", (*slot, "--poll-interval", "0")),
                 (2, "duration", ("--slot", f"A={DS2900}", "--duration", "-1")),
                 (1, "Not a directory", (*slot, "--publish", DS2900)),
-                (2, "--hold", (*slot, "--hold", "1")),
+                (2, "--keep: needs --publish", (*slot, "--keep")),
+                (2, "--duration: is needed", slot[:2]),
+                (2, "--slot: no slot is named", ()),
                 (2, "--hold", (*slot, "--publish", self.folder, "--hold", "-1")),
                 (1, "nowhere", (*slot, "--publish", self.folder / "nowhere"))):
             self.refused(status, told, "monitor", *words)

@@ -1,0 +1,165 @@
+"""`monitor` as a service: its configuration file, SIGHUP, the service manager, the journal."""
+
+import os
+import signal
+import socket
+import subprocess
+
+from agent import DS2900, SAMPLES, Case, run
+
+DS3000 = SAMPLES / "ds3000.fru"
+# Makes the run a live one; nobody has such a bus.
+NO_BUS = "i2c:name=no such adapter"
+
+
+def options(*command):
+    return {line.split()[0] for line in run(*command, "--help")[1].decode().splitlines()
+            if line.startswith("  --")}
+
+
+class Config(Case):
+    def config(self, text):
+        file = self.folder / "psu.conf"
+        file.write_text(text)
+        return file
+
+    def test_refusals_name_file_line_and_key(self):
+        slot = f'slot = "A={DS2900}"\nduration = 1\n'
+        for text, told in (
+                ("", "--slot: no slot is named"),
+                ("# nothing\n\n; here\n", "--slot: no slot is named"),
+                (slot + "color = red", "psu.conf:3: color: there is no such key"),
+                (slot + "config = x", "psu.conf:3: config: there is no such key"),
+                (slot + "help", "psu.conf:3: help: there is no such key"),
+                (slot + "a.b = 1", 'psu.conf:3: "a.b = 1" is not KEY = VALUE'),
+                (slot + "[monitor]", 'psu.conf:3: "[monitor]" is not KEY = VALUE'),
+                (slot + "=", 'psu.conf:3: "=" is not KEY = VALUE'),
+                (slot + "hold=", 'psu.conf:3: hold: "" is not a number'),
+                (slot + "\nhold = soon", 'psu.conf:4: hold: "soon" is not a number'),
+                (slot + "hold = 1\nhold = 1", "psu.conf:4: hold: the key is there twice"),
+                (slot + "hold = [1, 2]", "psu.conf:3: hold: "),
+                (slot + "poll-interval = 0", "psu.conf:3: poll-interval: "),
+                (slot + "json = maybe", "psu.conf:3: json: "),
+                (slot + "slot = A", "psu.conf:3: slot: A is not NAME=SOURCE"),
+                (slot + 'slot = ["B=-",\n"a/b=-"]', "psu.conf:3: slot: a/b=- is not NAME=SOURCE"),
+                (slot + 'slot = ["B=-",', "is not KEY = VALUE"),
+                (slot + slot, "psu.conf:3: slot: the slot A is named twice"),
+                (slot + "slot = B=i2c:x", "psu.conf:3: slot: i2c:x is not i2c:N"),
+                (slot + "slot = B=i2c:9\nslot = C=i2c:/dev/i2c-9",
+                 "psu.conf:4: slot: i2c-9 is named twice"),
+                (slot + "keep = true", "--keep: needs --publish"),
+                (f"slot = A={DS2900}", "--duration: is needed"),
+                (slot + "\0\xff\n", "psu.conf:3: ")):
+            for check in ((), ("--check",)):
+                self.refused(2, told, "monitor", "--config", self.config(text), *check)
+        self.refused(1, "none.conf: cannot open: No such file", "monitor", "--config",
+                     self.folder / "none.conf")
+        self.refused(1, "is no regular file", "monitor", "--config", self.folder)
+
+    def test_the_packaged_file_shows_every_key(self):
+        packaged = (SAMPLES.parent / "packaging" / "psu-agent.conf").read_text()
+        shown = [line[1:] for line in packaged.splitlines()
+                 if line.startswith("#") and line[1:2] not in ("", " ")]
+        status, out, err = run("monitor", "--check", "--config", self.config("\n".join(shown)))
+        self.assertEqual((status, out, err),
+                         (0, b"the configuration is sound: PowerSupply1 PowerSupply2\n", []))
+        self.assertEqual({"--" + line.split(" = ")[0] for line in shown},
+                         options("monitor") - options() - {"--check", "--config"})
+
+    def test_the_command_line_wins(self):
+        file = self.config(f'slot = ["A={DS2900}", # the first\n  "B={DS3000}"]\n\n'
+                           'duration = 3\njson = true\n')
+        _, out, err = run("monitor", "--config", file)
+        self.assertEqual((len(out.splitlines()), err), (2, []))
+        self.assertTrue(out.startswith(b'{"time":'))
+        _, out, err = run("monitor", "--config", file, "--slot", f"C={DS3000}", "--json=false")
+        self.assertEqual(([line.split()[1:3] for line in out.decode().splitlines()], err),
+                         ([["C", "identified"]], []))
+
+
+class Service(Case):
+    def start(self, watchdog, *words):
+        """A monitor under a service manager, whose socket is `self.manager`."""
+        self.manager = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self.addCleanup(self.manager.close)
+        self.manager.settimeout(60)
+        self.manager.bind(str(self.folder / "notify"))
+        agent = subprocess.Popen(
+            [os.environ["PSU_AGENT"], "monitor", *map(str, words)], text=True,
+            stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+            preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_DFL),
+            env={**os.environ, "NOTIFY_SOCKET": str(self.folder / "notify"),
+                 "WATCHDOG_USEC": str(watchdog)})
+        self.addCleanup(agent.__exit__, None, None, None)
+        self.addCleanup(agent.kill)
+        return agent
+
+    def told(self, last):
+        """What the service manager is told up to `last`."""
+        told = []
+        while last not in told:
+            told.append(self.manager.recv(4096).decode())
+        return told
+
+    def test_readiness_reload_and_end(self):
+        config = self.folder / "psu.conf"
+        other = f'slot = "Z={NO_BUS}"\n'
+        config.write_text(f'slot = "A={DS2900}"\nslot = "B={DS3000}"\n' + other)
+        published = self.folder / "fdl"
+        published.mkdir()
+        agent = self.start(60_000_000, "--config", config, "--publish", published)
+        self.assertEqual(self.told("READY=1")[-2],
+                         "STATUS=3 slots: 2 identified, 1 unreachable")
+        self.assertEqual(sorted(agent.stdout.readline().split()[1] for _ in range(3)),
+                         ["A", "B", "Z"])
+        before = (published / "A.fdl").stat()
+
+        # B has gone, C has come, A is not touched; the lines are text still.
+        config.write_text(f'slot = "A={DS2900}"\nslot = "C={DS3000}"\njson = true\n' + other)
+        agent.send_signal(signal.SIGHUP)
+        told = self.told("STATUS=3 slots: 2 identified, 1 unreachable")
+        self.assertEqual([line for line in told if not line.startswith("STATUS=")],
+                         ["RELOADING=1", "READY=1"])
+        self.assertEqual(agent.stdout.readline().split()[1:3], ["C", "identified"])
+        self.assertEqual(sorted(file.name for file in published.glob("*.fdl")),
+                         ["A.fdl", "C.fdl"])
+        self.assertEqual((published / "A.fdl").stat(), before)
+        self.assertIn("json: changes at the next start only", agent.stderr.readline())
+        self.assertIn("configuration read again: 3 slots: ", agent.stderr.readline())
+
+        # What does not make sense changes nothing.
+        config.write_text(other + "slot = nonsense\n")
+        agent.send_signal(signal.SIGHUP)
+        self.told("READY=1")
+        self.assertIn(f"{config}:2: slot: nonsense is not NAME=SOURCE", agent.stderr.readline())
+        self.assertEqual((published / "A.fdl").stat(), before)
+
+        agent.send_signal(signal.SIGTERM)
+        self.told("STOPPING=1")
+        self.assertEqual(agent.wait(timeout=60), 0)
+        self.assertEqual(list(published.iterdir()), [])
+
+    def test_the_watchdog_is_fed(self):
+        agent = self.start(20_000, "--slot", f"Z={NO_BUS}")
+        for _ in range(5):
+            self.told("WATCHDOG=1")
+        agent.send_signal(signal.SIGHUP)
+        self.told("STOPPING=1")
+        self.assertEqual(agent.wait(timeout=60), 0)
+
+    def test_lines_of_the_journal_have_priorities(self):
+        scenario = SAMPLES / "scenarios" / "insertion-and-removal.json"
+        with open(self.folder / "journal", "w+b") as journal:
+            status = os.fstat(journal.fileno())
+            stream = {"JOURNAL_STREAM": f"{status.st_dev}:{status.st_ino}"}
+            run("simulate", scenario, stdout=journal, env={**os.environ, **stream})
+            journal.seek(0)
+            lines = [line.split() for line in journal.read().decode().splitlines()]
+            self.assertEqual([(line[0][:3], line[2]) for line in lines],
+                             [("<6>", "absent"), ("<6>", "identified"),
+                              ("<4>", "absent"), ("<6>", "identified")])
+            told = subprocess.run([os.environ["PSU_AGENT"], "identify", "none.fru"],
+                                  stderr=journal, check=False, env={**os.environ, **stream})
+            self.assertEqual(told.returncode, 1)
+            journal.seek(0)
+            self.assertIn(b"<3>psu-agent: none.fru: ", journal.read())
