@@ -60,11 +60,12 @@ void Lane::transactionIs(TransactionRecord const& record, std::vector<std::strin
   bool const isRetry = last_ && !last_->record.isOk && record.request != kPoll &&
                        isSameRequest(last_->record, record);
   trackReview(record);
-  last_ = Last{.record = record, .attempt = isRetry ? last_->attempt + 1 : 1};
+  unsigned const attempt = isRetry ? last_->attempt + 1 : 1;
+  last_ = Last{.record = record, .attempt = attempt};
   Kex::U64 const now = std::max(micros(record.time), lastMicros_);
   steps_.push_back(now - lastMicros_);
   lastMicros_ = now;
-  shapes_.push_back(shapeOf(record, notes));
+  shapes_.push_back(shapeOf(record, attempt, notes));
 }
 
 void Lane::trackReview(TransactionRecord const& record) {
@@ -77,7 +78,8 @@ void Lane::trackReview(TransactionRecord const& record) {
   }
 }
 
-Kex::U32 Lane::shapeOf(TransactionRecord const& record, std::vector<std::string> const& notes) {
+Kex::U32 Lane::shapeOf(TransactionRecord const& record, unsigned attempt,
+                       std::vector<std::string> const& notes) {
   Smbus::Transaction const& transaction = record.transaction;
   JsonObject object;
   auto const when = [](bool isKnown, auto const& value) {
@@ -92,7 +94,7 @@ Kex::U32 Lane::shapeOf(TransactionRecord const& record, std::vector<std::string>
       .add("read", when(record.isOk && record.read.length != 0, hex(record.read.view())))
       .add("error", when(!record.isOk, Smbus::rowOf(record.error).name))
       .add("failure", when(!record.isOk, record.failure))
-      .add("attempt", last_->attempt)
+      .add("attempt", attempt)
       .add("notes", views(notes));
   auto const [found, isNew] =
       known_.try_emplace(object.text(), static_cast<Kex::U32>(known_.size()));

@@ -48,7 +48,8 @@ class Lane {
   };
 
   void trackReview(TransactionRecord const& record);
-  Kex::U32 shapeOf(TransactionRecord const& record, std::vector<std::string> const& notes);
+  Kex::U32 shapeOf(TransactionRecord const& record, unsigned attempt,
+                   std::vector<std::string> const& notes);
 
   std::string slot_;
   std::string file_;

@@ -134,7 +134,8 @@ class Rehearsal final : Smbus::TransactionObserver {
 
   void tellPending() {
     if (pending_) {
-      lane_.transactionIs(*std::exchange(pending_, std::nullopt), listener_.take());
+      lane_.transactionIs(*pending_, listener_.take());
+      pending_.reset();
       ++told_;
     }
   }

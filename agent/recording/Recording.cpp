@@ -199,11 +199,15 @@ Recording::Recording(std::string const& file) : file_(file) {
         throw UsageError("a trace that is no text; trace-cmd report makes text of it");
       }
       KernelTrace trace;
-      for (; line; line = nextLine(in, buffer), ++number) {
+      for (;; ++number) {
+        if (!line) {
+          break;
+        }
         isCut_ = !line->isEnded;
         if (!isCut_) {
           trace.lineIs(line->text, number);
         }
+        line = nextLine(in, buffer);
       }
       number = 1;
       slots_ = trace.end();
@@ -244,7 +248,7 @@ void Recording::take(JsonValue::Json json, std::size_t line) {
   slot.lastLine = line;
 }
 
-RecordedSlot const& Recording::slot(std::string const& slot) const {
+RecordedSlot const& Recording::recordedSlot(std::string const& slot) const {
   RecordedSlot const* found = nullptr;
   std::string names;
   bool isOnly = true;
@@ -267,13 +271,13 @@ RecordedSlot const& Recording::slot(std::string const& slot) const {
                                 : "there is no slot " + slot + " in it, only" + names));
 }
 
-std::vector<RecordedTransaction> const& Recording::transactions(std::string const& name) const {
-  return slot(name).transactions;
+std::vector<RecordedTransaction> const& Recording::transactions(std::string const& slot) const {
+  return recordedSlot(slot).transactions;
 }
 
-std::vector<std::string> Recording::doubts(std::string const& name) const {
+std::vector<std::string> Recording::doubts(std::string const& slot) const {
   std::vector<std::string> doubts;
-  for (std::string const& doubt : slot(name).doubts) {
+  for (std::string const& doubt : recordedSlot(slot).doubts) {
     doubts.push_back(file_ + ":" + doubt);
   }
   return doubts;

@@ -35,7 +35,7 @@ class Recording {
 
  private:
   void take(JsonValue::Json json, std::size_t line);
-  RecordedSlot const& slot(std::string const& name) const;
+  RecordedSlot const& recordedSlot(std::string const& slot) const;
 
   std::string file_;
   bool isTrace_ = false;

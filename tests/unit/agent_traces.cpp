@@ -1,15 +1,11 @@
 // Kernel traces of i2c and smbus events: what becomes of each form, and what cannot be told.
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "agent/base/Error.h"
 #include "agent/base/Text.h"
 #include "agent/recording/KernelTrace.h"
 
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 /// The trace's buses after these lines, each "TIME EVENT", of an adapter that prints as its text.
 std::map<std::string, Agent::RecordedSlot> traced(std::vector<std::string> const& lines) {
