@@ -11,14 +11,15 @@ namespace {
 
 constexpr unsigned kNumbers[] = {1, 10, 100, 1000, 10000};
 
-/// Slots with a supply each, all recognised, out of step with one another.
+/// Slots with a supply each, all recognised, out of step with one another. Neighbours' supplies
+/// have other texts, as in the field, so that no two slots share theirs.
 class ManySlots {
  public:
   ManySlots(Agent::Plugin const& plugin, unsigned number) {
     slots_.reserve(number);
     for (unsigned i = 1; i <= number; ++i) {
       slots_.push_back(std::make_unique<SimulatedSlot>(plugin, "PowerSupply" + std::to_string(i),
-                                                       supplies().data()));
+                                                       &supplies()[i % 2]));
       run(kInterval / number);
     }
     run(kInterval);

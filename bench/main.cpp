@@ -1,10 +1,12 @@
-// bench: counts the instructions of every subject under callgrind; alone, measures their times.
+// bench [SUBJECT...]: counts the instructions of each subject, of all when none is named, under
+// callgrind; alone, measures their times.
 #include <benchmark/benchmark.h>
 #include <valgrind/callgrind.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <span>
 
 #include "bench/Subject.h"
 
@@ -21,17 +23,20 @@ std::vector<Subject> allSubjects(Agent::Plugin const& plugin) {
   return all;
 }
 
-/// Prints each figure that is counted, and leaves a dump for each subject, triggered by
-/// "NAME OPERATIONS".
-void count(Agent::Plugin const& plugin) {
+/// Prints each figure that is counted.
+void printCounts(Agent::Plugin const& plugin) {
   for (auto const& counts : {lifeCounts(plugin), slotCounts(plugin)}) {
     for (Count const& one : counts) {
       std::printf("%s %.17g\n", one.name.c_str(), one.value);
     }
   }
+}
+
+/// Leaves a dump for each subject, triggered by "NAME OPERATIONS".
+void countInstructions(std::vector<Subject> const& subjects) {
   constexpr unsigned kMostRuns = 100;
   constexpr unsigned kOperations = 20000;
-  for (Subject const& subject : allSubjects(plugin)) {
+  for (Subject const& subject : subjects) {
     unsigned const runs = std::clamp(kOperations / subject.operations, 1U, kMostRuns);
     auto const body = subject.prepare();
     body();
@@ -62,11 +67,20 @@ void measureTimes(std::vector<Subject> const& subjects) {
 
 void run(int argc, char** argv) {
   Agent::Plugin const plugin(Agent::Plugin::defaultFile());
+  std::vector<Subject> subjects = allSubjects(plugin);
   if (RUNNING_ON_VALGRIND != 0) {
-    return count(plugin);
+    std::span const names(argv + 1, argv + argc);
+    if (names.empty()) {
+      printCounts(plugin);
+    } else {
+      std::erase_if(subjects, [names](Subject const& subject) {
+        return std::ranges::find(names, subject.name) == names.end();
+      });
+    }
+    return countInstructions(subjects);
   }
   benchmark::Initialize(&argc, argv);
-  measureTimes(allSubjects(plugin));
+  measureTimes(subjects);
 }
 
 }  // namespace

@@ -113,7 +113,7 @@ class Rehearsal final : Smbus::TransactionObserver {
     std::size_t const index = replay_->position() - 1;
     tellUpTo(index);
     pending_ = transactions_[index].record;
-    pending_->request = std::string(client.name().str().view());
+    pending_->request = client.name();
     listener_.take();
   }
 

@@ -8,7 +8,7 @@ namespace Agent {
 TransactionRecord recordOf(Smbus::Client const& client, Smbus::Transaction const& transaction,
                            Smbus::Reply const& reply) {
   return {.time = Kex::activityManager().config().clock()->time(),
-          .request = std::string(client.name().str().view()),
+          .request = client.name(),
           .transaction = transaction,
           .isOk = reply.isOk,
           .read = reply.isOk ? reply.readOf(transaction.readLength) : Smbus::Block{},

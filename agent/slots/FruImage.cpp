@@ -22,21 +22,20 @@ struct Close {
 };
 
 std::vector<Kex::U8> readAll(std::FILE* file, std::string const& name) {
-  std::vector<Kex::U8> bytes(kLongestDump + 1);
-  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+  auto const bytes = std::make_unique_for_overwrite<Kex::U8[]>(kLongestDump + 1);
+  std::size_t const length = std::fread(bytes.get(), 1, kLongestDump + 1, file);
   if (std::ferror(file) != 0) {
     throw Failure(name + ": cannot read: " + systemError(errno));
   }
-  if (bytes.empty()) {
+  if (length == 0) {
     throw Failure(name + ": is empty, where a dump of a FRU memory has at least a byte");
   }
-  if (bytes.size() > kLongestDump) {
+  if (length > kLongestDump) {
     throw Failure(name + ": is longer than " + std::to_string(kLongestDump) +
                   " bytes, the most of a dump of a FRU memory");
   }
   // A one-byte offset reaches no more.
-  bytes.resize(std::min(bytes.size(), SimulatedSupply::kLongestImage));
-  return bytes;
+  return {bytes.get(), bytes.get() + std::min(length, SimulatedSupply::kLongestImage)};
 }
 
 }  // namespace

@@ -43,7 +43,9 @@ String8 notSupported(std::optional<String8> const& mfrId) {
 
 }  // namespace
 
-bool isLoneRead(VornRequest const& request) { return request.operations().size() == 1; }
+bool isLoneRead(VornRequest const& request) {
+  return request.loaded() == VornRequest::Loaded::read;
+}
 
 String8 blockText(std::span<Kex::U8 const> block) {
   return String8(block.subspan(std::min<std::size_t>(1, block.size())));

@@ -31,6 +31,8 @@ struct Detection {
   /// What the checks compare: the serial number and area header that identification ended with.
   Kex::String8 serialNum;
   Kex::String8 areaHeader;
+  /// Whether a check can compare the serial number.
+  bool isNumbered = false;
   /// The text that answered the MFR_ID command.
   std::optional<Kex::String8> mfrId;
   Memory memory;

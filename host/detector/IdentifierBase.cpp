@@ -185,9 +185,8 @@ void IdentifierBase::settle() {
   withdrawRequests();
   nextIs(Next::nothing, 0);
   if (isAtWork()) {
-    detection_.ending = {};
-    detection_.then = situation();
-    nextIs(Next::reset, earliestReset(detection_.then));
+    Move const move = decided({});
+    nextIs(move.next, move.at);
   }
 }
 
@@ -221,6 +220,7 @@ void IdentifierBase::doIdentifySupplyRequestComplete(bool identified) {
       detection_.found->descriptor = managingDescriptor();
     }
     detection_.serialNum = serialNum_;
+    detection_.isNumbered = hasSerialNumber(serialNum_);
     detection_.areaHeader = areaHeader();
     ending.outcome = outcomeOf(*detection_.found);
   }
@@ -233,7 +233,7 @@ void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
   CheckEnding ending{.checked = checked(present),
                      .isFirst = detection_.found != nullptr,
                      .hadFailures = detection_.hadFailures,
-                     .hasSerialNumber = hasSerialNumber(detection_.serialNum),
+                     .hasSerialNumber = detection_.isNumbered,
                      .found = {}};
   if (ending.isFirst) {
     ending.found = outcomeOf(*detection_.found);
@@ -249,12 +249,13 @@ void IdentifierBase::doCheckSupplyRequestComplete(bool present) {
 Checked IdentifierBase::checked(bool present) const {
   if (!present) {
     VornRequest const& request = *checkSupplyRequest();
+    Smbus::Block const& written = request.transaction().write;
     auto const block = request.received();
     // Some supplies answer with shorter blocks than asked for.
     bool const isCutShort = request.status() == Kex::Request::kSucceeded && block.size() > 1 &&
-                            block[0] != 0 && request.operations().front().written.length == 2;
+                            block[0] != 0 && written.length == 2;
     return isCutShort &&
-                   isAsRead(request.operations().front().written.bytes[1],
+                   isAsRead(written.bytes[1],
                             block.subspan(1, std::min<std::size_t>(block[0], block.size() - 1)))
                ? Checked::same
                : Checked::gone;
@@ -270,10 +271,7 @@ void IdentifierBase::carryOut(Ending const& ending, Tell tell) {
   if (isStarted_ && (!isAtWork() || doings_ == 0)) {
     return;
   }
-  detection_.ending = ending;
-  detection_.then = situation();
-  Move const move = after(ending, detection_.then);
-  detection_.memory = move.memory;
+  Move const move = decided(ending);
   switch (move.told) {
     case Told::nothing: break;
     case Told::found: publish(std::move(*std::exchange(detection_.found, nullptr))); break;
@@ -287,13 +285,17 @@ void IdentifierBase::carryOut(Ending const& ending, Tell tell) {
   }
 }
 
-Situation IdentifierBase::situation() const {
-  Situation situation{.now = now(), .timings = timings_, .memory = detection_.memory};
-  situation.timings.pollDelay = pollDelay();
-  return situation;
+Move IdentifierBase::decided(Ending const& ending) {
+  Situation& then = detection_.then;
+  then.now = now();
+  then.timings = timings_;
+  then.timings.pollDelay = pollDelay();
+  then.memory = detection_.memory;
+  detection_.ending = ending;
+  Move const move = after(ending, then);
+  detection_.memory = move.memory;
+  return move;
 }
-
-double IdentifierBase::now() const { return notifier()->time(); }
 
 void IdentifierBase::nextIs(Next what, double time) {
   next_ = what;

@@ -229,7 +229,6 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   bool isAlive() const;
   /// Detection starts over in due time, if it is to go on at all.
   void settle();
-  double now() const;
   void handleDeadline();
   /// Does `work`; an exception that it throws is this slot's alone. Sees to it that detection is
   /// alive afterwards.
@@ -240,7 +239,8 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   void nextIs(Next what, double time);
   void takeRetry();
   void requestIs(Channel& channel, RequestPtr const& request);
-  Situation situation() const;
+  /// What the policy decides to follow `ending`, which is remembered with the situation.
+  Move decided(Ending const& ending);
   /// Does what the policy decides to follow `ending`; `tell` makes what is told of the ending
   /// itself.
   template <class Tell>

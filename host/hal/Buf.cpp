@@ -32,7 +32,7 @@ Kex::KexType& BufBase::_fwkType() {
 
 Kex::KexType& BufBase::fwkType() const { return _fwkType(); }
 
-BufBase::BufBase(U32 size) : bytes_(checkedSize(size)) {}
+BufBase::BufBase(U32 size) { capacityIs(size); }
 
 BufBase::~BufBase() = default;
 
@@ -53,35 +53,43 @@ void BufBase::bytesIs(U32 offset, std::span<U8 const> bytes) {
     Kex::throwRangeException(
         Kex::format("%zu bytes at %u of a buffer of %u bytes", bytes.size(), offset, len_));
   }
-  std::ranges::copy(bytes, bytes_.data() + offset);
+  std::copy_n(bytes.data(), bytes.size(), start() + offset);
 }
 
 Kex::String8 BufBase::str() const { return Kex::String8(bytes()); }
 
 void BufBase::strIs(Kex::String8 const& text) {
   U32 const length = checkedSize(text.view().size());
-  bytes_.resize(std::max(size(), length));
-  std::ranges::copy(text.view(), bytes_.begin());
+  grownTo(length);
+  std::copy_n(text.charPtr(), length, start());
   len_ = length;
 }
 
 void BufBase::doAppend(std::span<U8 const> bytes) {
   U32 const length = checkedSize(len_ + bytes.size());
-  if (length > size()) {
-    // The bytes may be the buffer's own, so both are copied before the old ones go.
-    std::vector<U8> grown(length);
-    std::ranges::copy(this->bytes(), grown.begin());
-    std::ranges::copy(bytes, grown.data() + len_);
-    bytes_.swap(grown);
-  } else {
-    std::ranges::copy(bytes, bytes_.data() + len_);
-  }
+  // They may stand in what is replaced, which goes last.
+  auto const before = grownTo(length);
+  std::copy_n(bytes.data(), bytes.size(), start() + len_);
   len_ = length;
 }
 
 void BufBase::capacityIs(U32 size) {
-  bytes_.resize(checkedSize(size));
+  grownTo(checkedSize(size));
+  size_ = size;
   len_ = std::min(len_, size);
+}
+
+std::unique_ptr<U8[]> BufBase::grownTo(U32 size) {
+  std::unique_ptr<U8[]> before;
+  if (size > std::max(size_, kOwn)) {
+    auto grown = std::make_unique<U8[]>(size);
+    std::copy_n(start(), size_, grown.get());
+    before = std::exchange(more_, std::move(grown));
+  } else if (size > size_) {
+    std::fill_n(start() + size_, size - size_, U8{0});
+  }
+  size_ = std::max(size_, size);
+  return before;
 }
 
 Kex::KexType& Buf::_fwkType() {

@@ -26,6 +26,14 @@ namespace Hardware {
 
 using Kex::Request;
 
+namespace {
+
+bool isTransaction(VornRequest::Loaded loaded) {
+  return loaded == VornRequest::Loaded::read || loaded == VornRequest::Loaded::writeAndRead;
+}
+
+}  // namespace
+
 Kex::KexType& VornRequest::_fwkType() {
   static Kex::KexType& record =
       Kex::newHostType<VornRequest>("Hardware::VornRequest", &PtrInterface::_fwkType());
@@ -59,19 +67,28 @@ void VornRequest::doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData
     // What is loaded in a row belongs together, whoever loads it.
     isReplacing_ = isReplacing;
   }
-  Smbus::VornAddress const decoded(address);
-  Smbus::Block written;
+  Loaded const before = isReplacing_ ? Loaded::nothing : loaded_;
   if (opcode == VornOp::kWrite) {
-    for (Kex::U32 i = 0; i < length; ++i) {
-      written.bytes[i] = data.buffer().byte(i);
+    auto const bytes = data.buffer().bytes();
+    if (length > bytes.size()) {
+      Kex::throwRangeException(
+          Kex::format("a write of %u of the %zu bytes of a buffer", length, bytes.size()));
     }
-    written.length = static_cast<Kex::U8>(length);
+    std::copy_n(bytes.data(), length, transaction_.write.bytes.begin());
+    transaction_.write.length = static_cast<Kex::U8>(length);
+    loaded_ = before == Loaded::nothing ? Loaded::write : Loaded::others;
+  } else {
+    if (before == Loaded::nothing) {
+      transaction_.write.length = 0;
+    }
+    transaction_.address = Smbus::VornAddress(address);
+    transaction_.readLength = static_cast<Kex::U8>(length);
+    target_ = &data.buffer();
+    loaded_ = before == Loaded::nothing ? Loaded::read
+              : before == Loaded::write ? Loaded::writeAndRead
+                                        : Loaded::others;
   }
-  if (isReplacing_) {
-    operations_.clear();
-    isReplacing_ = false;
-  }
-  operations_.emplace_back(opcode, decoded, data, length, written);
+  isReplacing_ = false;
 }
 
 void VornRequest::activeIs(bool active) {
@@ -90,47 +107,30 @@ void VornRequest::activeIs(bool active) {
   }
   ++activations_;
   status_ = Request::kRunning;
-  if (isTransaction()) {
+  if (isTransaction(loaded_)) {
     bus_->clientQEnq(*this);
   } else {
     handleReply(Smbus::Reply::failed(Smbus::ErrorKind::other, "the request holds no transaction"));
   }
 }
 
-bool VornRequest::isTransaction() const {
-  auto const is = [this](std::size_t index, VornOp::Opcode opcode) {
-    return operations_[index].opcode == opcode;
-  };
-  return (operations_.size() == 1 && is(0, VornOp::kRead)) ||
-         (operations_.size() == 2 && is(0, VornOp::kWrite) && is(1, VornOp::kRead));
-}
-
-Smbus::Transaction VornRequest::transaction() const {
-  VornOp const& read = operations_.back();
-  return {.address = read.address,
-          .write = operations_.front().written,
-          .readLength = static_cast<Kex::U8>(read.length)};
-}
-
 std::span<Kex::U8 const> VornRequest::received() const {
-  if (operations_.empty() || operations_.back().opcode != VornOp::kRead) {
+  if (!isTransaction(loaded_)) {
     return {};
   }
-  VornOp const& read = operations_.back();
-  auto const bytes = read.data.buffer().bytes();
-  return bytes.first(std::min<std::size_t>(bytes.size(), read.length));
+  auto const bytes = target_->bytes();
+  return bytes.first(std::min<std::size_t>(bytes.size(), transaction_.readLength));
 }
 
 void VornRequest::handleReply(Smbus::Reply const& reply) {
   error_ = reply.error;
   failure_ = reply.failure;
   if (reply.isOk) {
-    VornOp const& read = operations_.back();
-    if (read.data.buffer().len() < read.length) {
+    if (target_->len() < transaction_.readLength) {
       return handleReply(
           Smbus::Reply::failed(Smbus::ErrorKind::other, "the buffer became shorter than the read"));
     }
-    read.data.buffer().bytesIs(0, reply.readOf(static_cast<Kex::U8>(read.length)).view());
+    target_->bytesIs(0, reply.readOf(transaction_.readLength).view());
   }
   statusIs(reply.isOk ? Request::kSucceeded : Request::kFailed);
 }

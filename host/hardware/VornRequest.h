@@ -3,7 +3,6 @@
 
 #include <ostream>
 #include <span>
-#include <vector>
 
 #include "host/hal/Buf.h"
 #include "host/kex/entity/NamedMembers.h"
@@ -28,17 +27,9 @@ namespace Hardware {
 struct VornOp {
   /// What the operation does.
   enum Opcode : Kex::U8 { kRead = 0, kWrite = 1 };
-
-  Opcode opcode;
-  Smbus::VornAddress address;
-  /// Where a read puts its bytes.
-  Hal::BufData data;
-  Kex::U32 length;
-  /// What a write sends, as it stood when the operation was made.
-  Smbus::Block written;
 };
 
-/// A list of operations that is run as one bus transaction: a read, or a write and a read.
+/// Operations that are run as one bus transaction: a read, or a write and a read.
 ///
 /// Each terminal status (failed, succeeded) is delivered to the handler exactly once, from the run
 /// loop; afterwards the status is idle again, unless the handler started the request anew.
@@ -60,6 +51,15 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
     ~Handler() = default;
   };
 
+  /// The operations of a request.
+  enum class Loaded : Kex::U8 {
+    nothing,
+    read,
+    write,
+    writeAndRead,
+    others,  ///< more, or in another order
+  };
+
   static Kex::KexType& _fwkType();
 
   explicit VornRequest(Kex::Ptr<Smbus::Bus> bus) : bus_(std::move(bus)) {}
@@ -67,15 +67,17 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
   ~VornRequest() override;
 
   /// What the request is for, as transcripts call it.
-  Kex::Name const& name() const override { return name_; }
-  void nameIs(Kex::Name name) { name_ = std::move(name); }
+  char const* name() const override { return name_; }
+  /// `name` is kept, not copied.
+  void nameIs(char const* name) { name_ = name; }
   /// Who is told of terminal statuses; null for nobody. Not owned.
   void handlerIs(Handler* handler);
 
   /// Appends an operation: of `opcode` (1 write, 0 read), at the encoded `address`, with `length`
-  /// bytes of `data` (a write's are copied now). The first one after `activeIs(false)` replaces all
-  /// before it. Throws a range exception when `length` is 0 or above `Smbus::kMaxBlock`. The last
-  /// three, the operation's element sizes and count, do not change what an SMBus transfer does.
+  /// bytes of `data` (a write's are copied now; a read's buffer is held, so that a late answer
+  /// never meets one that is gone). The first one after `activeIs(false)` replaces all before it.
+  /// Throws a range exception when `length` is 0 or above `Smbus::kMaxBlock`. The last three, the
+  /// operation's element sizes and count, do not change what an SMBus transfer does.
   void doMakeOp(VornOp::Opcode opcode, Kex::U64 address, Hal::BufData const& data, Kex::U32 length,
                 Kex::U8 elementSize, Kex::U8 elementLength, Kex::U32 count);
 
@@ -88,7 +90,10 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
   /// Whether a terminal status is still to be delivered.
   bool isUnderWay() const { return isActive_ && (status_ == Kex::Request::kRunning || isQueued()); }
   Kex::Request::Status status() const { return status_; }
-  std::vector<VornOp> const& operations() const { return operations_; }
+  /// What it is loaded with.
+  Loaded loaded() const { return loaded_; }
+  /// The operations as one transaction, if that is what they are.
+  Smbus::Transaction const& transaction() const override { return transaction_; }
   /// What the last transaction read, count byte first, where it stands: in the buffer of the read
   /// operation. One that failed leaves there what it found.
   std::span<Kex::U8 const> received() const;
@@ -100,23 +105,23 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
   Kex::U64 started() const { return started_; }
 
  private:
-  /// The operations as one transaction.
-  Smbus::Transaction transaction() const override;
-  bool isTransaction() const;
   void handleStarted() override { ++started_; }
   void handleReply(Smbus::Reply const& reply) override;
   void statusIs(Kex::Request::Status terminal);
   void run() override;
 
-  Kex::Name name_;
+  char const* name_ = "";
   Kex::Ptr<Smbus::Bus> bus_;
   Handler* handler_ = nullptr;
-  std::vector<VornOp> operations_;
-  Smbus::ErrorKind error_ = Smbus::ErrorKind::other;
+  Smbus::Transaction transaction_;
+  /// Where the read puts its bytes.
+  Kex::Ptr<Hal::BufBase> target_;
   Kex::String8 failure_;
   Kex::U64 started_ = 0;
   Kex::U64 activations_ = 0;
   Kex::Request::Status status_ = Kex::Request::kIdle;
+  Smbus::ErrorKind error_ = Smbus::ErrorKind::other;
+  Loaded loaded_ = Loaded::nothing;
   bool isActive_ = false;
   bool isReplacing_ = true;
 };

@@ -21,14 +21,14 @@ namespace {
 /// timeout itself, and knows better why.
 constexpr double kGrace = 0.05;
 
-Kex::Ptr<Kex::Clock> const& processClock() { return Kex::activityManager().config().clock(); }
-
 }  // namespace
 
 /// Wakes the bus when a transport does not answer.
 class Bus::Deadline final : public Kex::Clock::NotifieeConst {
  public:
-  explicit Deadline(Bus& bus) : NotifieeConst(processClock()), bus_(bus) {}
+  explicit Deadline(Bus& bus) : NotifieeConst(Kex::activityManager().config().clock()), bus_(bus) {}
+
+  using NotifieeConst::now;
 
  private:
   void onTime() override { bus_.handleDeadline(); }
@@ -44,8 +44,11 @@ Kex::KexType& Bus::fwkType() const { return _fwkType(); }
 Bus::~Bus() { deadline_->isRegisteredNotifieeIs(false); }
 
 void Bus::clientQEnq(Client& client) {
-  waiting_.push_back(&client);
-  startNext();
+  if (isBusy_) {
+    waiting_.push_back(&client);
+  } else {
+    start(client);
+  }
 }
 
 void Bus::clientDel(Client& client) {
@@ -55,16 +58,12 @@ void Bus::clientDel(Client& client) {
   }
 }
 
-void Bus::startNext() {
-  if (isBusy_ || waiting_.empty()) {
-    return;
-  }
-  current_ = waiting_.front();
-  waiting_.erase(waiting_.begin());
-  transaction_ = current_->transaction();
+void Bus::start(Client& client) {
+  current_ = &client;
+  transaction_ = client.transaction();
   isBusy_ = true;
-  current_->handleStarted();
-  due_ = processClock()->time() + transaction_.address.busTimeout() / 1e3 + kGrace;
+  client.handleStarted();
+  due_ = deadline_->now() + transaction_.address.busTimeout() / 1e3 + kGrace;
   // Set once for many transactions: whichever is under way then waits on.
   if (deadline_->timeMin() > due_) {
     deadline_->timeMinIs(due_);
@@ -83,7 +82,7 @@ void Bus::handleDeadline() {
   if (!isBusy_) {
     return;
   }
-  if (processClock()->time() < due_) {
+  if (deadline_->now() < due_) {
     deadline_->timeMinIs(due_);
     return;
   }
@@ -102,7 +101,11 @@ void Bus::answerIs(Kex::U64 ticket, Reply const& reply) {
       observer_->handleTransaction(*client, transaction_, reply);
     }
   }
-  startNext();
+  if (!isBusy_ && !waiting_.empty()) {
+    Client& next = *waiting_.front();
+    waiting_.erase(waiting_.begin());
+    start(next);
+  }
 }
 
 }  // namespace Smbus

@@ -47,7 +47,7 @@ class KEX_API Bus final : public Kex::PtrInterface, private AnswerSink {
   class Deadline;
 
   void answerIs(Kex::U64 ticket, Reply const& reply) override;
-  void startNext();
+  void start(Client& client);
   /// Fails the transaction under way if its time is over, else waits on.
   void handleDeadline();
 

@@ -1,7 +1,6 @@
 // Whose transactions a bus carries out.
 #pragma once
 
-#include "host/kex/base/Name.h"
 #include "host/smbus/Transport.h"
 
 namespace Smbus {
@@ -10,9 +9,9 @@ namespace Smbus {
 class KEX_API Client {
  public:
   /// What its transactions are for, as observers of the bus call it.
-  virtual Kex::Name const& name() const = 0;
+  virtual char const* name() const = 0;
   /// What to carry out; asked when its turn has come.
-  virtual Transaction transaction() const = 0;
+  virtual Transaction const& transaction() const = 0;
   /// The transaction is on its way to the wire.
   virtual void handleStarted() = 0;
   /// The transaction ended with `reply`. The client does not go away during the call.

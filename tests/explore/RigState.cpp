@@ -62,10 +62,9 @@ std::uint64_t Rig::digest() const {
   };
   auto const addRequest = [&](VornRequest const& request) {
     digest.add(request.isUnderWay()).add(request.status());
-    for (auto const& operation : request.operations()) {
-      digest.add(operation.opcode).add(operation.address.encoded()).add(operation.length);
-      digest.add(operation.written.view());
-    }
+    Smbus::Transaction const& transaction = request.transaction();
+    digest.add(static_cast<std::uint64_t>(request.loaded())).add(transaction.address.encoded());
+    digest.add(transaction.write.view()).add(transaction.readLength);
   };
 
   // What is always alive.

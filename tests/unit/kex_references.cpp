@@ -112,6 +112,13 @@ TEST(HalBuf, keepsCapacityAndLengthApart) {
        ""},
       {[](auto& b) { b.doAppend(std::vector<Kex::U8>(65533)); }, 4, "abcd",
        "a buffer of 65537 bytes; it may have 65536"},
+      // More than what stands in the buffer itself.
+      {[](auto& b) { b.strIs("0123456789abcdef"), b.doAppend(b.bytes()), b.doAppend(b.bytes()); },
+       64, "0123456789abcdef0123456789abcdef0123456789abcdef0123456789abcdef", ""},
+      {[](auto& b) { b.sizeIs(30), b.sizeIs(3), b.sizeIs(30), b.lenIs(5), b.byteIs(4, 'e'); },
+       30,
+       {"abc\0e", 5},
+       ""},
       {[](auto& b) { b.sizeIs(2); }, 2, "ab", ""},
       {[](auto& b) { b.sizeIs(2), b.sizeIs(9), b.lenIs(3); }, 9, {"ab\0", 3}, ""},
       {[](auto& b) { b.sizeIs(0xffffffff); }, 4, "abcd",

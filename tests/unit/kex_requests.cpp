@@ -145,20 +145,14 @@ TEST_F(HardwareVornRequest, writesTheWholeReadLengthAndNoMore) {
 }
 
 TEST_F(HardwareVornRequest, operationsAreReplacedOnlyAfterItWasWithdrawn) {
-  auto const opcodes = [&] {
-    std::string made;
-    for (auto const& operation : request->operations()) {
-      made += operation.opcode == VornOp::kRead ? 'r' : 'w';
-    }
-    return made;
-  };
+  using Loaded = Hardware::VornRequest::Loaded;
   auto const make = [&](VornOp::Opcode opcode, U32 length = 2) {
     request->doMakeOp(opcode, 0x58, buffer->data(), length, 1, 1, 1);
   };
   request->activeIs(false);
-  EXPECT_EQ(opcodes(), "r");  // kept until something takes their place
+  EXPECT_EQ(request->loaded(), Loaded::read);  // kept until something takes their place
   make(VornOp::kWrite), make(VornOp::kRead);
-  EXPECT_EQ(opcodes(), "wr");
+  EXPECT_EQ(request->loaded(), Loaded::writeAndRead);
   buffer->byteIs(0, 0xEE);  // a write is copied when it is made
   request->activeIs(true);
   ASSERT_EQ(asked.size(), 1U);

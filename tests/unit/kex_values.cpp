@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -57,6 +58,33 @@ TEST(KexString8, isBytesOfAnyValueByLength) {
   // Vectors of FNV-1a, 32 bits.
   EXPECT_EQ(String8("").hash(), 0x811c9dc5U);
   EXPECT_EQ(String8("foobar").hash(), 0xbf9cf968U);
+}
+
+// Short ones stand in the string itself, longer ones are shared.
+TEST(KexString8, isKeptByCopiesAndMoves) {
+  for (std::size_t const length : {0U, 1U, 21U, 22U, 23U, 24U, 254U, 255U, 256U, 5000U}) {
+    std::string expected(length, 'x');
+    std::ranges::generate(expected,
+                          [n = 0]() mutable { return static_cast<char>('a' + n++ % 26); });
+    auto text = std::make_unique<String8>(expected);
+    EXPECT_EQ(text->len(), length);
+    EXPECT_EQ(text->empty(), length == 0);
+    EXPECT_EQ(text->charPtr()[length], '\0') << length;
+    String8 copy(*text);
+    String8 assigned("another text, long enough to be shared");
+    assigned = copy;
+    String8 const& same = assigned;
+    assigned = same;
+    text.reset();
+    EXPECT_EQ(copy.view(), expected);
+    String8 const moved(std::move(copy));
+    // What was moved from is empty. NOLINTNEXTLINE(bugprone-use-after-move)
+    EXPECT_EQ(copy, "");
+    copy = assigned;
+    assigned = "";
+    EXPECT_EQ(copy, moved);
+    EXPECT_EQ(moved.view(), expected);
+  }
 }
 
 TEST(KexFormat, fillsAnyLength) {

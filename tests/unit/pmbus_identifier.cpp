@@ -21,7 +21,8 @@ TEST(PmbusIdentifier, takesDeviceAddressesOfSevenBits) {
     // Device, command, 1000 ms.
     EXPECT_EQ(slot.identifier->fruInfoAddr(), 0x3E8'B000U + deviceId);
     EXPECT_EQ(slot.identifier->mfrIdAddr().encoded(), 0x3E8'9900U + deviceId);
-    EXPECT_EQ(slot.identifier->pollForInsertionRequest()->operations().size(), 1U);
+    EXPECT_EQ(slot.identifier->pollForInsertionRequest()->loaded(),
+              Hardware::VornRequest::Loaded::read);
     EXPECT_EQ(slot.timeline, "");
   }
   Slot slot("", {}, 0x80);

@@ -18,62 +18,39 @@ U32 position(std::size_t found) {
 /// Stands before bytes that strings share: how many do.
 using Count = std::atomic<U32>;
 
-Count& countOf(char const* bytes) noexcept {
-  return *std::launder(reinterpret_cast<Count*>(const_cast<char*>(bytes) - sizeof(Count)));
+Count& countOf(char const* text) noexcept {
+  return *std::launder(reinterpret_cast<Count*>(const_cast<char*>(text) - sizeof(Count)));
 }
 
-}  // namespace
-
-String8::Shared String8::copied(std::string_view bytes) {
+/// A copy that one string has as yet.
+char const* copyOf(std::string_view bytes) {
   void* const block = ::operator new(sizeof(Count) + bytes.size() + 1);
   new (block) Count(1);
   char* const copy = static_cast<char*>(block) + sizeof(Count);
   *std::ranges::copy(bytes, copy).out = '\0';
-  return Shared(copy);
+  return copy;
 }
 
-String8::Shared String8::shared() const noexcept {
-  if (long_) {
-    countOf(long_.get()).fetch_add(1, std::memory_order_relaxed);
+}  // namespace
+
+String8::String8(std::string_view bytes) : String8() {
+  if (bytes.size() <= kMostOwn) {
+    bytes_.own.len = static_cast<U8>(bytes.size());
+    std::ranges::copy(bytes, bytes_.own.text.begin());
+  } else {
+    bytes_.shared = {.mark = kShared, .len = static_cast<U32>(bytes.size()), .text = copyOf(bytes)};
   }
-  return Shared(long_.get());
 }
 
-void String8::Release::operator()(char const* bytes) const noexcept {
-  Count& count = countOf(bytes);
+void String8::share() const noexcept {
+  countOf(bytes_.shared.text).fetch_add(1, std::memory_order_relaxed);
+}
+
+void String8::release() const noexcept {
+  Count& count = countOf(bytes_.shared.text);
   if (count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
     ::operator delete(&count);
   }
-}
-
-String8::String8(std::string_view bytes) : len_(static_cast<U32>(bytes.size())) {
-  if (bytes.size() < kShort) {
-    std::ranges::copy(bytes, short_.begin());
-  } else {
-    long_ = copied(bytes);
-  }
-}
-
-String8::String8(String8 const& other)
-    : long_(other.shared()), short_(other.short_), len_(other.len_) {}
-
-String8::String8(String8&& other) noexcept
-    : long_(std::move(other.long_)),
-      short_(std::exchange(other.short_, {})),
-      len_(std::exchange(other.len_, 0)) {}
-
-String8& String8::operator=(String8 const& other) {
-  long_ = other.shared();
-  short_ = other.short_;
-  len_ = other.len_;
-  return *this;
-}
-
-String8& String8::operator=(String8&& other) noexcept {
-  long_ = std::move(other.long_);
-  short_ = std::exchange(other.short_, {});
-  len_ = std::exchange(other.len_, 0);
-  return *this;
 }
 
 String8 String8::substr(U32 position, U32 length) const {

@@ -4,10 +4,10 @@
 #include <array>
 #include <compare>
 #include <iosfwd>
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "host/kex/base/Export.h"
 #include "host/kex/base/Types.h"
@@ -21,12 +21,22 @@ class KEX_API String8 {
   /// "no such position".
   static constexpr U32 npos = 0xFFFFFFFF;
 
-  String8() = default;
-  String8(String8 const& other);
-  String8(String8&& other) noexcept;
-  String8& operator=(String8 const& other);
-  String8& operator=(String8&& other) noexcept;
-  ~String8() = default;
+  String8() noexcept : bytes_{.own = {}} {}
+  String8(String8 const& other) noexcept : bytes_(other.bytes_) {
+    if (isShared()) {
+      share();
+    }
+  }
+  String8(String8&& other) noexcept : bytes_(std::exchange(other.bytes_, {.own = {}})) {}
+  String8& operator=(String8 other) noexcept {
+    std::swap(bytes_, other.bytes_);
+    return *this;
+  }
+  ~String8() {
+    if (isShared()) {
+      release();
+    }
+  }
   /// The text up to its NUL; a null pointer gives the empty string.
   String8(char const* text) : String8(std::string_view(text == nullptr ? "" : text)) {}
   explicit String8(std::string_view bytes);
@@ -34,12 +44,14 @@ class KEX_API String8 {
       : String8(std::string_view(reinterpret_cast<char const*>(bytes.data()), bytes.size())) {}
 
   /// The bytes, ended by a NUL.
-  char const* charPtr() const noexcept { return long_ ? long_.get() : short_.data(); }
+  char const* charPtr() const noexcept {
+    return isShared() ? bytes_.shared.text : bytes_.own.text.data();
+  }
   /// The bytes, as long as the string is not changed.
-  std::string_view view() const noexcept { return {charPtr(), len_}; }
+  std::string_view view() const noexcept { return {charPtr(), len()}; }
   /// In bytes.
-  U32 len() const noexcept { return len_; }
-  bool empty() const noexcept { return len_ == 0; }
+  U32 len() const noexcept { return isShared() ? bytes_.shared.len : bytes_.own.len; }
+  bool empty() const noexcept { return bytes_.own.len == 0; }
 
   /// At most `length` bytes from `position` on; empty when `position` is beyond the end.
   String8 substr(U32 position, U32 length = npos) const;
@@ -57,20 +69,30 @@ class KEX_API String8 {
   auto operator<=>(String8 const& other) const { return view() <=> other.view(); }
 
  private:
-  /// Bytes up to this many, their NUL included, are each string's own.
-  static constexpr std::size_t kShort = 28;
-
-  /// Gives up one string's part in bytes that several share.
-  struct Release {
-    KEX_API void operator()(char const* bytes) const noexcept;
+  /// Texts up to this many bytes, their NUL aside, stand in the string itself.
+  static constexpr std::size_t kMostOwn = 22;
+  struct Own {
+    U8 len = 0;
+    std::array<char, kMostOwn + 1> text{};
   };
-  using Shared = std::unique_ptr<char const[], Release>;
-  static Shared copied(std::string_view bytes);
-  Shared shared() const noexcept;
+  /// Longer ones stand by themselves, with the count of those that share them in front.
+  struct Shared {
+    U8 mark;
+    U32 len;
+    char const* text;
+  };
+  /// What stands in place of the length of a string's own bytes where they are shared.
+  static constexpr U8 kShared = 0xFF;
+  union Bytes {
+    Own own;
+    Shared shared;
+  };
 
-  Shared long_;
-  std::array<char, kShort> short_{};
-  U32 len_ = 0;
+  bool isShared() const noexcept { return bytes_.own.len == kShared; }
+  void share() const noexcept;
+  void release() const noexcept;
+
+  Bytes bytes_;
 };
 
 KEX_API std::ostream& operator<<(std::ostream& out, String8 const& text);

@@ -1,23 +1,23 @@
 // Members that an object holds by fixed names, and that have their place there.
 #include "host/kex/entity/NamedMembers.h"
 
-#include <algorithm>
-
 namespace Kex {
 
 Owned::~Owned() = default;
 
-String8 Owned::path() const { return place_.path(); }
+String8 Owned::path() const { return slot_ == nullptr ? String8() : slot_->place().path(); }
 
 Ptr<PtrInterface> NamedMembers::member(Name const& name) const {
-  auto const found =
-      std::ranges::find_if(slots_, [&](Slot const* slot) { return name == slot->name(); });
-  return Ptr<PtrInterface>(found == slots_.end() ? nullptr : (*found)->object());
+  Slot const* slot = firstSlot_;
+  while (slot != nullptr && !(name == slot->name())) {
+    slot = slot->next();
+  }
+  return Ptr<PtrInterface>(slot == nullptr ? nullptr : slot->object());
 }
 
 std::vector<Name> NamedMembers::names() const {
   std::vector<Name> names;
-  for (Slot const* const slot : slots_) {
+  for (Slot const* slot = firstSlot_; slot != nullptr; slot = slot->next()) {
     if (slot->object() != nullptr) {
       names.emplace_back(slot->name());
     }
@@ -26,21 +26,30 @@ std::vector<Name> NamedMembers::names() const {
 }
 
 NamedMembers::Slot::Slot(NamedMembers& members, char const* name) : members_(members), name_(name) {
-  members_.slots_.push_back(this);
+  Slot** end = &members.firstSlot_;
+  while (*end != nullptr) {
+    end = &(*end)->next_;
+  }
+  *end = this;
 }
 
-NamedMembers::Slot::~Slot() { std::erase(members_.slots_, this); }
+NamedMembers::Slot::~Slot() {
+  Slot** link = &members_.firstSlot_;
+  while (*link != this) {
+    link = &(*link)->next_;
+  }
+  *link = next_;
+}
 
 void NamedMembers::Slot::heldIs(Owned* object, bool isHeld) const {
   if (object == nullptr) {
     return;
   }
-  Place& place = object->place_;
   if (isHeld) {
-    place = Place(&members_.owner_, name_);
-  } else if (place.owner() == &members_.owner_ && place.name() == name_) {
+    object->slot_ = this;
+  } else if (object->slot_ == this) {
     // Unless it has found another place in the meantime.
-    place = Place();
+    object->slot_ = nullptr;
   }
 }
 

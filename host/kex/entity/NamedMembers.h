@@ -8,16 +8,7 @@
 
 namespace Kex {
 
-/// A counted object that is no entity: it is named by its owner and its name there.
-class KEX_API Owned : public PtrInterface {
- public:
-  ~Owned() override;
-  String8 path() const override;
-
- private:
-  friend class NamedMembers;
-  Place place_;
-};
+class Owned;
 
 /// What one object holds by fixed names.
 class KEX_API NamedMembers {
@@ -44,6 +35,10 @@ class KEX_API NamedMembers {
     Slot& operator=(Slot const&) = delete;
     virtual Owned* object() const = 0;
     char const* name() const { return name_; }
+    /// The one that was declared next; null for none.
+    Slot const* next() const { return next_; }
+    /// Where what is held here has its place.
+    Place place() const { return {&members_.owner_, name_}; }
 
    protected:
     ~Slot();
@@ -53,10 +48,25 @@ class KEX_API NamedMembers {
    private:
     NamedMembers& members_;
     char const* name_;
+    Slot* next_ = nullptr;
   };
 
+  friend class Owned;
   PtrInterface const& owner_;
-  std::vector<Slot const*> slots_;
+  /// They stand in the owner itself, and form a chain.
+  Slot* firstSlot_ = nullptr;
+};
+
+/// A counted object that is no entity: it is named by its owner and its name there.
+class KEX_API Owned : public PtrInterface {
+ public:
+  ~Owned() override;
+  String8 path() const override;
+
+ private:
+  friend class NamedMembers;
+  /// Where it is held; null for nowhere.
+  NamedMembers::Slot const* slot_ = nullptr;
 };
 
 /// A reference to a member, which has its place there as long as it is held. `T` is an `Owned`.

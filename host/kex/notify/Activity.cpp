@@ -5,33 +5,19 @@ namespace Kex {
 
 namespace {
 
-/// The ring of what is pending, through its anchor.
-RingLink& queue() {
-  // Never destroyed: reactors that outlive main() still leave it.
-  static RingLink& anchor = []() -> RingLink& {
-    auto& made = *new RingLink;
-    made.next = made.previous = &made;
-    return made;
-  }();
-  return anchor;
-}
+/// The anchor of a ring.
+struct Anchor : RingLink {
+  constexpr Anchor() { next = previous = this; }
+};
+
+/// The ring of what is pending. Never destroyed: reactors that outlive main() still leave it.
+constinit union Queue {
+  Anchor anchor;
+  constexpr Queue() : anchor() {}
+  ~Queue() {}
+} queue;
 
 }  // namespace
-
-void RingLink::linkBefore(RingLink& other) {
-  next = &other;
-  previous = other.previous;
-  previous->next = this;
-  other.previous = this;
-}
-
-void RingLink::unlink() {
-  if (isLinked()) {
-    previous->next = next;
-    next->previous = previous;
-    next = previous = nullptr;
-  }
-}
 
 void Activity::hasNotificationActiveIs(bool active) {
   isActive_ = active;
@@ -41,11 +27,11 @@ void Activity::hasNotificationActiveIs(bool active) {
 }
 
 bool Activity::runFirst() {
-  RingLink const& anchor = queue();
-  if (anchor.next == &anchor) {
+  RingLink* const link = queue.anchor.next;
+  if (link == &queue.anchor) {
     return false;
   }
-  auto& first = static_cast<Activity&>(*anchor.next);
+  auto& first = static_cast<Activity&>(*link);
   first.dequeue();
   first.run();
   return true;
@@ -53,7 +39,7 @@ bool Activity::runFirst() {
 
 void Activity::enqueue() {
   if (!isQueued() && isActive_) {
-    linkBefore(queue());
+    linkBefore(queue.anchor);
   }
 }
 

@@ -14,9 +14,20 @@ struct KEX_API RingLink {
 
   bool isLinked() const { return next != nullptr; }
   /// Joins the ring of `other`, just before it.
-  void linkBefore(RingLink& other);
+  void linkBefore(RingLink& other) {
+    next = &other;
+    previous = other.previous;
+    previous->next = this;
+    other.previous = this;
+  }
   /// Leaves the ring, if it is in one.
-  void unlink();
+  void unlink() {
+    if (isLinked()) {
+      previous->next = next;
+      next->previous = previous;
+      next = previous = nullptr;
+    }
+  }
 
   RingLink* next = nullptr;
   RingLink* previous = nullptr;

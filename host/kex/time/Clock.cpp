@@ -2,13 +2,11 @@
 #include "host/kex/time/Clock.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace Kex {
 
 namespace {
 
-constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr unsigned kOnTime = PtrInterface::kReactionsEnd;
 
 }  // namespace
@@ -28,8 +26,6 @@ void Clock::timeIs(double time) {
     reactor.pendingIs(kOnTime);
   }
 }
-
-double Clock::nextDeadline() const { return deadlines_.empty() ? kNever : deadlines_.front().time; }
 
 void Clock::deadlineIs(NotifieeConst& reactor, double time) const {
   std::size_t index = reactor.deadline_;
@@ -89,17 +85,14 @@ Clock::NotifieeConst::~NotifieeConst() {
   }
 }
 
-double Clock::NotifieeConst::timeMin() const {
-  return deadline_ == kNoDeadline ? kNever : clock()->deadlines_[deadline_].time;
-}
-
 void Clock::NotifieeConst::timeMinIs(double time) {
   Clock const* const clock = this->clock();
   if (clock == nullptr || !isRegisteredNotifiee()) {
     return;
   }
-  isReached_ = false;
-  pendingDel(kOnTime);
+  if (std::exchange(isReached_, false)) {
+    pendingDel(kOnTime);
+  }
   if (time < kNever) {
     clock->deadlineIs(*this, time);
   } else {

@@ -1,6 +1,7 @@
 // The clock and its deadlines.
 #pragma once
 
+#include <limits>
 #include <vector>
 
 #include "host/kex/entity/Entity.h"
@@ -25,9 +26,11 @@ class KEX_API Clock : public Entity {
   /// the earliest first, of two equal ones the one that was set first. An earlier time is ignored.
   void timeIs(double time);
   /// The earliest deadline in seconds; infinity when there is none.
-  double nextDeadline() const;
+  double nextDeadline() const { return deadlines_.empty() ? kNever : deadlines_.front().time; }
 
  private:
+  static constexpr double kNever = std::numeric_limits<double>::infinity();
+
   struct Deadline {
     double time;
     U64 order;
@@ -60,13 +63,22 @@ class KEX_API Clock::NotifieeConst : public NotifieeConstOf<Clock, Entity::Notif
   void hasNotificationActiveIs(bool active) override;
 
   /// The deadline in seconds; infinity when none is set.
-  double timeMin() const;
+  double timeMin() const {
+    return deadline_ == kNoDeadline ? Clock::kNever : clock()->deadlines_[deadline_].time;
+  }
   /// Sets the one deadline, in place of the one before, also of one that was reached but whose
   /// `onTime()` still waits for its turn: `onTime()` runs once when the clock has reached `time`
   /// (seconds). Infinity means none. Without an attached clock nothing happens.
   void timeMinIs(double time);
 
  protected:
+  /// The time of the clock, which must be attached.
+  double now() const {
+    if (clock() == nullptr) {
+      throwNullPtr();
+    }
+    return clock()->time();
+  }
   virtual void onTime() {}
   void react(unsigned reaction) override;
   void handleAttached(bool attached) override;
