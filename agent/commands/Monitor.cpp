@@ -12,6 +12,7 @@
 #include "agent/base/Journal.h"
 #include "agent/base/OutputReader.h"
 #include "agent/commands/MonitorOptions.h"
+#include "agent/publish/MetricsFile.h"
 #include "agent/service/Service.h"
 #include "agent/slots/Loop.h"
 #include "agent/slots/WatchedSlots.h"
@@ -39,8 +40,14 @@ class Monitor {
     if (auto const publishing = publishingOf(options_)) {
       reporting_.publisher = &publisher_.emplace(*publishing, reporting_.ledger);
     }
+    if (!options_.metrics.empty()) {
+      reporting_.meter = &meter_;
+    }
     reporting_.onChange = [this] { tellService(); };
     slots_.plansAre(plansOf(options_));
+    if (reporting_.meter != nullptr) {
+      metrics_.emplace(options_.metrics, meter_, reporting_.publisher, reporting_.ledger);
+    }
     if (!options_.record.empty()) {
       reporting_.recorder = &recorder_.emplace(options_.record);
     }
@@ -101,6 +108,7 @@ class Monitor {
       }
     };
     keep(&MonitorOptions::publish, "publish");
+    keep(&MonitorOptions::metrics, "metrics");
     keep(&MonitorOptions::record, "record");
     keep(&MonitorOptions::duration, "duration");
     keep(&MonitorOptions::isJson, "json");
@@ -114,7 +122,9 @@ class Monitor {
   Service service_;
   std::optional<Publisher> publisher_;
   std::optional<Recorder> recorder_;
+  Meter meter_;
   WatchedSlots slots_;
+  std::optional<MetricsFile> metrics_;
 };
 
 Status monitor(Read const& read, bool isReloadable, Globals const& globals) {

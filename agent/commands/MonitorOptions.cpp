@@ -2,6 +2,7 @@
 #include "agent/commands/MonitorOptions.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <set>
 
 #include "agent/base/Error.h"
@@ -27,6 +28,12 @@ void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
   command.add_flag("--json", options.isJson, "Print JSON lines instead");
   command.add_option("--record", options.record, "Record what happens, for replay:FILE")
       ->option_text("FILE");
+  command.add_option("--metrics", options.metrics, "Keep figures of the slots in FILE")
+      ->option_text("FILE")
+      ->check([](std::string const& text) {
+        bool const isFile = std::filesystem::path(text).has_filename();
+        return isFile ? std::string() : inQuotes(text) + " names no file";
+      });
   command
       .add_option("--publish", options.publish,
                   "Keep DIR/NAME.fdl for each slot whose supply is identified")

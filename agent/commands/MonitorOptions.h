@@ -21,6 +21,7 @@ struct MonitorOptions {
   bool isJson = false;
   std::string record;
   std::string publish;
+  std::string metrics;
   double hold = Publishing{}.hold;
   bool isKept = false;
 };

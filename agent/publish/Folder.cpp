@@ -39,7 +39,7 @@ int writeAll(int file, std::string_view bytes) {
 
 }  // namespace
 
-Folder::Folder(std::string const& path) {
+Folder::Folder(std::string const& path, Use use) : use_(use) {
   std::error_code error;
   path_ = std::filesystem::canonical(path, error);
   if (error) {
@@ -53,7 +53,7 @@ void Folder::open(int flags) {
   if (!folder.isOpen()) {
     throw Failure(path_ + ": cannot publish there: " + systemError(errno));
   }
-  if (::flock(folder.number(), LOCK_EX | LOCK_NB) != 0) {
+  if (use_ == Use::alone && ::flock(folder.number(), LOCK_EX | LOCK_NB) != 0) {
     throw Failure(path_ + ": cannot publish there: " +
                   (errno == EWOULDBLOCK ? "another program does" : systemError(errno)));
   }
@@ -135,7 +135,8 @@ std::optional<std::string> Folder::content(std::string const& name) const {
                                                  static_cast<std::size_t>(length));
 }
 
-void Folder::fail(std::string const& name, char const* what, int error) const {
+void Folder::fail(std::string const& name, char const* what, int error) {
+  ++failures_;
   throw Failure(pathOf(name) + ": " + what + ": " + systemError(error));
 }
 

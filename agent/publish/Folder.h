@@ -8,10 +8,11 @@
 #include <string_view>
 
 #include "agent/base/OwnedFile.h"
+#include "host/kex/base/Types.h"
 
 namespace Agent {
 
-/// An opened folder, locked against other programs that publish. Names are those of files directly
+/// An opened folder. Names are those of files directly
 /// in it; no link is followed. A reader of a file sees all of it or none. What fails throws a
 /// `Failure` with the path and the system's cause.
 class Folder {
@@ -27,8 +28,14 @@ class Folder {
     bool operator==(Stamp const&) const = default;
   };
 
-  /// Opens `path`, which must be a folder, and locks it.
-  explicit Folder(std::string const& path);
+  /// Who may write files there.
+  enum class Use : unsigned char {
+    alone,   ///< no other program that publishes: the folder is locked
+    shared,  ///< anybody
+  };
+
+  /// Opens `path`, which must be a folder.
+  explicit Folder(std::string const& path, Use use = Use::alone);
 
   /// Opens the folder anew, and makes it where it is missing, when it is not the one at its path
   /// any more.
@@ -42,15 +49,19 @@ class Folder {
   /// What a regular file of at most 64 KiB holds; none when there is none, or something else.
   std::optional<std::string> content(std::string const& name) const;
 
+  /// How often a file could not be written or removed.
+  Kex::U64 failures() const { return failures_; }
   std::string pathOf(std::string const& name) const { return path_ + '/' + name; }
 
  private:
   void open(int flags);
   /// The system's error number; 0 for none.
   int unlink(std::string const& name);
-  [[noreturn]] void fail(std::string const& name, char const* what, int error) const;
+  [[noreturn]] void fail(std::string const& name, char const* what, int error);
 
   std::string path_;
+  Use use_;
+  Kex::U64 failures_ = 0;
   OwnedFile folder_;
 };
 

@@ -48,6 +48,8 @@ class Publisher {
   void slotsAre(std::set<std::string> const& names);
   /// What the detection in a slot, one of the slots, has come to.
   void supplyIs(std::string const& slot, Supply const& supply);
+  /// How often a file could not be written or removed.
+  Kex::U64 failures() const { return folder_.failures(); }
   /// All but the folder, from now on; a hold that has begun goes on.
   void publishingIs(Publishing const& publishing);
 

@@ -46,6 +46,9 @@ void WatchedSlot::actIs(Act const& act) {
 }
 
 void WatchedSlot::handleSupply(Supply const& supply) {
+  if (reporting_.meter != nullptr) {
+    reporting_.meter->supplyIs(slot_.name(), supply);
+  }
   Shown shown{.verdict = supply.verdict,
               .serialNumber = supply.product ? supply.product->serialNumber() : Kex::String8(),
               .fdl = supply.fdl};
@@ -91,6 +94,9 @@ void WatchedSlot::printSteadiness(std::string const& text) const {
 void WatchedSlot::handleTransaction(Smbus::Client const& client,
                                     Smbus::Transaction const& transaction,
                                     Smbus::Reply const& reply) {
+  if (reporting_.meter != nullptr) {
+    reporting_.meter->transactionIs(slot_.name(), reply);
+  }
   if (reporting_.recorder == nullptr && !reporting_.isTranscript) {
     return;
   }

@@ -11,6 +11,7 @@
 #include "agent/base/Ledger.h"
 #include "agent/publish/Publisher.h"
 #include "agent/recording/Recorder.h"
+#include "agent/report/Meter.h"
 #include "agent/slots/Slot.h"
 #include "agent/slots/Steadiness.h"
 #include "agent/transport/OnEnd.h"
@@ -26,6 +27,8 @@ struct Reporting {
   bool isLive = false;
   /// Where FDL is published; null for nowhere.
   Publisher* publisher = nullptr;
+  /// What counts; null for nothing.
+  Meter* meter = nullptr;
   /// Where it is recorded what happens; null for nowhere.
   Recorder* recorder = nullptr;
   /// Called after what is known of a slot has changed; may be empty.

@@ -12,11 +12,14 @@ namespace Agent {
 
 namespace {
 
-/// Publishes of the slots of these names only.
+/// Publishes and counts of the slots of these names only.
 template <class Names>
-void publishOf(Publisher* publisher, Names const& names) {
-  if (publisher != nullptr) {
-    publisher->slotsAre({names.begin(), names.end()});
+void tellOf(Reporting const& reporting, Names const& names) {
+  if (reporting.publisher != nullptr) {
+    reporting.publisher->slotsAre({names.begin(), names.end()});
+  }
+  if (reporting.meter != nullptr) {
+    reporting.meter->slotsAre({names.begin(), names.end()});
   }
 }
 
@@ -32,10 +35,10 @@ void WatchedSlots::plansAre(std::vector<SlotPlan> const& plans) {
     });
   };
   if (std::erase_if(slots_, isGone) != 0) {
-    // What is published of a slot that has the name of one that is gone begins anew.
-    publishOf(reporting_.publisher, std::views::keys(slots_));
+    // What is told of a slot that has the name of one that is gone begins anew.
+    tellOf(reporting_, std::views::keys(slots_));
   }
-  publishOf(reporting_.publisher, std::views::transform(plans, &SlotPlan::name));
+  tellOf(reporting_, std::views::transform(plans, &SlotPlan::name));
   for (SlotPlan const& plan : plans) {
     reporting_.ledger.attempt([&] { start(plan); });
   }
