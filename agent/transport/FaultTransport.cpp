@@ -66,7 +66,8 @@ std::optional<Fault> FaultTransport::randomFault(Noise& noise) {
   if (static_cast<double>(noise.random() >> 11) * 0x1p-53 >= noise.rate) {
     return std::nullopt;
   }
-  return Fault{.kind = faultKinds()[noise.random() % faultKinds().size()].kind,
+  auto const kind = static_cast<std::size_t>(noise.random() % faultKinds().size());
+  return Fault{.kind = faultKinds()[kind].kind,
                .byte = static_cast<Kex::U8>(noise.random() % Smbus::kMaxBlock),
                .value = static_cast<Kex::U8>(noise.random())};
 }
