@@ -14,6 +14,7 @@ class Service {
   /// Longest time in seconds for which the program is not ready.
   static constexpr double kLongestUnready = 5;
 
+  /// Throws a `Failure` where a manager listens that cannot be told.
   Service();
   Service(Service const&) = delete;
   Service& operator=(Service const&) = delete;
@@ -28,6 +29,8 @@ class Service {
   void reloadEnds();
 
  private:
+  /// Tells the manager, if one listens.
+  void notify(std::string const& state) const;
   void feedWatchdog();
   void becomeReady();
 
