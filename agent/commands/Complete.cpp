@@ -50,9 +50,10 @@ void offerBuses(std::string const& before) {
 
 void offerRecordingSlots(std::string const& before, std::string const& file) {
   Recording const recording(file);
+  std::string const start = before + file + '#';
   for (auto const& [slot, recorded] : recording.slots()) {
     if (!recorded.transactions.empty()) {
-      offer(before + file + '#' + slot);
+      offer(start + slot);
     }
   }
 }

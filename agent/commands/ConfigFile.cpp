@@ -32,7 +32,8 @@ bool isOpen(std::string const& text) {
   std::size_t const equals = text.find('=');
   std::size_t const start =
       equals == std::string::npos ? equals : text.find_first_not_of(" \t", equals + 1);
-  return start != std::string::npos && text[start] == '[' && text.find(']', start) == text.npos;
+  return start != std::string::npos && text[start] == '[' &&
+         text.find(']', start) == std::string::npos;
 }
 
 std::vector<Lines> linesOf(std::string const& file) {

@@ -92,8 +92,8 @@ class Monitor {
       throw UsageError("--slot: a bus cannot join a run whose time is virtual");
     }
     keepFixed(options);
-    if (publisher_) {
-      publisher_->publishingIs(*publishingOf(options));
+    if (auto const publishing = publishingOf(options); publisher_ && publishing) {
+      publisher_->publishingIs(*publishing);
     }
     slots_.plansAre(plans);
     options_ = std::move(options);

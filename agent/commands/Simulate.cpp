@@ -42,6 +42,7 @@ struct Event {
 /// All that happens in a slot, in the order of the times.
 std::vector<Event> eventsOf(ScenarioSlot const& story) {
   std::vector<Event> events;
+  events.reserve(story.changes.size() + story.faults.size());
   for (ScenarioChange const& change : story.changes) {
     events.push_back({.at = change.at,
                       .act = change.supply ? Act{.action = "insert", .supply = change.supply->text}

@@ -20,7 +20,7 @@ bool PublishedFile::settle() {
     if (!content_) {
       folder_.remove(name_);
     } else if (!holds()) {
-      write();
+      write(*content_);
     }
   });
 }
@@ -30,10 +30,10 @@ bool PublishedFile::holds() const {
   return written_ && folder_.stamp(name_) == written_ && folder_.content(name_) == content_;
 }
 
-void PublishedFile::write() {
+void PublishedFile::write(std::string const& content) {
   written_.reset();
   try {
-    written_ = folder_.write(name_, *content_);
+    written_ = folder_.write(name_, content);
   } catch (Failure const& unwritten) {
     try {
       folder_.remove(name_);

@@ -24,7 +24,7 @@ class PublishedFile {
 
  private:
   bool holds() const;
-  void write();
+  void write(std::string const& content);
 
   Folder& folder_;
   std::string name_;

@@ -62,15 +62,16 @@ class Samples {
   std::string text_;
 };
 
-bool isIdentified(SlotMetrics const& slot) {
-  return slot.supply && slot.supply->verdict == Verdict::identified;
+/// The identified supply of `slot`; null when there is none.
+Supply const* identifiedIn(SlotMetrics const& slot) {
+  return slot.supply && slot.supply->verdict == Verdict::identified ? &*slot.supply : nullptr;
 }
 
 /// What stands behind `name = ` in the supply's FDL, without quotes; empty when there is no such
 /// line.
-std::string_view assigned(SlotMetrics const& slot, std::string_view name) {
+std::string_view assigned(Supply const& supply, std::string_view name) {
   std::string const start = '\n' + std::string(name) + " = ";
-  std::string_view const fdl = slot.supply->fdl.view();
+  std::string_view const fdl = supply.fdl.view();
   std::size_t const found = fdl.find(start);
   if (found == std::string_view::npos) {
     return {};
@@ -81,11 +82,11 @@ std::string_view assigned(SlotMetrics const& slot, std::string_view name) {
   return isQuoted ? value.substr(1, value.size() - 2) : value;
 }
 
-std::string_view capacityOf(SlotMetrics const& slot) { return assigned(slot, "fru.capacity"); }
+std::string_view capacityOf(Supply const& supply) { return assigned(supply, "fru.capacity"); }
 
 /// The direction that the supply's fan blows in, as the FDL calls it; empty when it says nothing.
-std::string_view airflowOf(SlotMetrics const& slot) {
-  std::string_view const properties = assigned(slot, "f1.physicalProperties");
+std::string_view airflowOf(Supply const& supply) {
+  std::string_view const properties = assigned(supply, "f1.physicalProperties");
   std::size_t const end = properties.find("Airflow'");
   std::size_t const start = properties.substr(0, end).rfind('\'');
   return end == std::string_view::npos || start == std::string_view::npos
@@ -93,17 +94,18 @@ std::string_view airflowOf(SlotMetrics const& slot) {
              : properties.substr(start + 1, end - start - 1);
 }
 
-std::string_view serialNumberOf(SlotMetrics const& slot) {
-  return slot.supply->product ? slot.supply->product->serialNumber().view() : std::string_view();
+std::string_view serialNumberOf(Supply const& supply) {
+  return supply.product ? supply.product->serialNumber().view() : std::string_view();
 }
 
-using Property = std::string_view(SlotMetrics const& slot);
+using Property = std::string_view(Supply const& supply);
 
 /// How many identified supplies have each value; one that is not known is none.
 std::map<std::string_view, Kex::U64> valuesOf(Metrics const& metrics, Property* property) {
   std::map<std::string_view, Kex::U64> values;
   for (SlotMetrics const& slot : metrics.slots) {
-    if (std::string_view const value = isIdentified(slot) ? property(slot) : std::string_view();
+    Supply const* const supply = identifiedIn(slot);
+    if (std::string_view const value = supply != nullptr ? property(*supply) : std::string_view();
         !value.empty()) {
       ++values[value];
     }
@@ -143,13 +145,13 @@ void addSlotsByVerdict(Samples& samples, Metrics const& metrics) {
 
 void addSupplies(Samples& samples, Metrics const& metrics) {
   for (SlotMetrics const& slot : metrics.slots) {
-    if (isIdentified(slot)) {
-      Kex::String8 const descriptor = slot.supply->descriptor.value_or(Kex::String8());
+    if (Supply const* const supply = identifiedIn(slot)) {
+      Kex::String8 const descriptor = supply->descriptor.value_or(Kex::String8());
       samples.add({{"slot", slot.slot},
                    {"descriptor", descriptor.view()},
-                   {"model", assigned(slot, "fru.modelName")},
-                   {"capacity", capacityOf(slot)},
-                   {"serial_number", serialNumberOf(slot)}},
+                   {"model", assigned(*supply, "fru.modelName")},
+                   {"capacity", capacityOf(*supply)},
+                   {"serial_number", serialNumberOf(*supply)}},
                   Kex::U64{1});
     }
   }
