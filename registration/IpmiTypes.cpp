@@ -5,6 +5,7 @@
 #include "host/tables/Access.h"
 #include "host/tables/TypeTable.h"
 #include "ipmi/Descriptors.h"
+#include "ipmi/Trace.h"
 #include "ipmi/families/All.h"
 #include "registration/Module.h"
 
@@ -77,8 +78,8 @@ constexpr auto kFetchOrder = [] {
 
 constinit Registration::Module module("IpmiIdentifier", kTypes, kFetchOrder);
 
-/// Runs when the library is loaded.
-[[maybe_unused]] bool const isLoaded = (module.load(), true);
+/// Runs when the library is loaded. The trace handle is made as well, for a host to list.
+[[maybe_unused]] bool const isLoaded = (module.load(), traceHandle(), true);
 
 }  // namespace
 

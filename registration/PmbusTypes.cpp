@@ -8,6 +8,7 @@
 #include "host/tables/TypeTable.h"
 #include "pmbus/Identifier.h"
 #include "pmbus/IdentifierFactory.h"
+#include "pmbus/Trace.h"
 #include "registration/IdentifierRows.h"
 #include "registration/Module.h"
 
@@ -86,8 +87,8 @@ constexpr RecordFn kFetchOrder[] = {
 
 constinit Registration::Module module("PmbusIdentifier", kTypes, kFetchOrder);
 
-/// Runs when the library is loaded.
-[[maybe_unused]] bool const isLoaded = (module.load(), true);
+/// Runs when the library is loaded. The trace handle is made as well, for a host to list.
+[[maybe_unused]] bool const isLoaded = (module.load(), traceHandle(), true);
 
 }  // namespace
 

@@ -26,11 +26,11 @@ class UsageError : public std::runtime_error {
 /// What the system says of its error number `number`: "No such file or directory", ...
 std::string systemError(int number);
 
-/// What `thrown` says to a person: a framework exception with its kind, "range exception: ...", any
-/// other with its text.
+/// What `thrown` says to a person. A framework exception whose text is a mere name is told with
+/// what is wrong with it: "driver is missing, or has another type".
 std::string exceptionText(std::exception_ptr const& thrown);
 
-/// Tells a person of `text`, as one line on stderr.
+/// Tells a person of `text`, as one line on stderr in which very long words are cut.
 void complain(std::string const& text, Priority priority = Priority::error);
 
 }  // namespace Agent

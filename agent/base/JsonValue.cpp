@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "agent/base/Text.h"
+#include "host/kex/base/Format.h"
 
 namespace Agent {
 
@@ -17,13 +19,17 @@ std::string shown(JsonValue::Json const& value) {
   return text.size() <= kMost ? text : text.substr(0, kMost) + "...";
 }
 
-std::string numberText(double number) { return JsonValue::Json(number).dump(); }
+/// "from 0.001 to 10", "of at least 0".
+std::string range(double least, double most) {
+  return Kex::format(most == std::numeric_limits<double>::max() ? "of at least %.15g"
+                                                                : "from %.15g to %.15g",
+                     least, most)
+      .charPtr();
+}
 
 }  // namespace
 
-void JsonValue::refuse(std::string const& why) const {
-  throw UsageError((path_.empty() ? "the document" : path_) + ": " + why);
-}
+void JsonValue::refuse(std::string const& why) const { throw UsageError(name() + ": " + why); }
 
 void JsonValue::checkKeys(std::span<std::string_view const> allowed) const {
   if (!value_->is_object()) {
@@ -83,7 +89,7 @@ double JsonValue::number(double least, double most) const {
   double const number = value_->is_number() ? value_->get<double>() : std::nan("");
   bool const isWithin = number >= least && number <= most;  // false for what is no number
   if (!isWithin) {
-    refuse(shown(*value_) + " is no number from " + numberText(least) + " to " + numberText(most));
+    refuse(shown(*value_) + " is no number " + range(least, most));
   }
   return number;
 }

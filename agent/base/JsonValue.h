@@ -40,6 +40,8 @@ class JsonValue {
   /// A whole number within the same bounds.
   unsigned integer(unsigned least, unsigned most) const;
   [[noreturn]] void refuse(std::string const& why) const;
+  /// What the value is called: its path in the document.
+  std::string name() const { return path_.empty() ? "the document" : path_; }
 
  private:
   Json const* value_;

@@ -114,7 +114,7 @@ Kex::U8 codeOf(std::string const& written) {
   try {
     return Kex::strepToValue<Kex::U8>(text(written));
   } catch (Kex::Exception const&) {
-    throw UsageError("--code: " + written + " is no number from 0 to 255");
+    throw UsageError("--code: " + inQuotes(written) + " is no number from 0 to 255");
   }
 }
 
@@ -131,6 +131,9 @@ Status call(Options const& options, Globals const& globals) {
       source, SourceContext{.mfrId = options.mfrId, .post = loop.post()}, "PowerSupply1", plugin,
       0));
   detect(candidates, loop, 0);
+  if (loop.isStopped()) {
+    return loop.status();
+  }
   if (options.path.empty()) {
     printPaths(Kex::root(), "");
   } else {
@@ -151,10 +154,9 @@ Action prepareCall(CLI::App& command) {
   addMfrIdOption(command, options->mfrId);
   command.add_option("--code", options->code, "0 reads or calls, 128 writes, 129 deletes")
       ->option_text("N");
-  command.add_option("--arg", options->arguments, "A value or argument, as text of its type")
-      ->option_text("VALUE ...")
-      ->expected(1)
-      ->take_all();
+  repeatable(
+      *command.add_option("--arg", options->arguments, "A value or argument, as text of its type"),
+      "VALUE");
   command.add_option("SOURCE", options->source, "As of identify, which is done first")->required();
   command.add_option("PATH", options->path, "Path of an object; without it, paths are listed");
   command.add_option("ATTRIBUTE", options->attribute, "Name of an attribute of the object");

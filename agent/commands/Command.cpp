@@ -10,6 +10,16 @@
 
 namespace Agent {
 
+CLI::Option& repeatable(CLI::Option& option, std::string const& text) {
+  return *option.option_text(text + " ...")->expected(1)->take_all()->allow_extra_args(false);
+}
+
+CLI::Option& aPath(CLI::Option& option, std::string const& text) {
+  return *option.option_text(text)->check([text](std::string const& name) {
+    return name.empty() ? "the name of a " + text + " must not be empty" : std::string();
+  });
+}
+
 CLI::Option& inSeconds(CLI::Option& option, double least) {
   constexpr double kMost = 3.2e9;  // a hundred years
   return *option.option_text("S")->check([least](std::string const& text) {
@@ -19,7 +29,7 @@ CLI::Option& inSeconds(CLI::Option& option, double least) {
     // Written so that NaN does not pass.
     bool const fits = error == std::errc() && stop == end && seconds >= least && seconds <= kMost;
     return fits ? std::string()
-                : std::string(Kex::format("%s is not a number of seconds from %g to %g",
+                : std::string(Kex::format("%s is not a number of seconds from %.15g to %.15g",
                                           inQuotes(text).c_str(), least, kMost)
                                   .view());
   });

@@ -36,6 +36,11 @@ Prepare prepareComplete;
 /// What prepares the command of this name; null when there is none.
 Prepare* preparationOf(std::string_view name);
 
+/// Makes `option`, whose value `text` stands for in the help, one that may be given several times,
+/// each time with one value.
+CLI::Option& repeatable(CLI::Option& option, std::string const& text);
+/// Makes `option` the name of a file or folder, for which `text` stands; an empty one is refused.
+CLI::Option& aPath(CLI::Option& option, std::string const& text);
 /// Makes `option` a number of seconds from `least` to a hundred years, and returns it.
 CLI::Option& inSeconds(CLI::Option& option, double least = 0.001);
 /// Adds `--mfr-id`, what supplies that are simulated from files answer.

@@ -3,22 +3,36 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <exception>
 #include <iostream>
-#include <map>
-#include <optional>
+#include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "agent/base/Ledger.h"
 #include "agent/commands/Command.h"
+#include "agent/commands/Refusal.h"
+#include "agent/commands/TraceOption.h"
 #include "agent/slots/Plugin.h"
-#include "host/kex/trace/Trace.h"
 
 namespace Agent {
 
 namespace {
+
+/// Prints the help of the command that is named, or the program's.
+Action prepareHelp(CLI::App& command) {
+  auto const name = std::make_shared<std::string>();
+  command.add_option("COMMAND", *name, "The command; without it, the program's help");
+  return [name, &command](Globals const&) {
+    if (!name->empty() && preparationOf(*name) == nullptr) {
+      throw UsageError(unknownCommand(*command.get_parent(), *name));
+    }
+    std::vector<char const*> words{"psu-agent", name->c_str(), "--help"};
+    std::erase_if(words, [](std::string_view word) { return word.empty(); });
+    return runCommandLine(static_cast<int>(words.size()), words.data());
+  };
+}
 
 /// A command of the program.
 struct Command {
@@ -26,66 +40,85 @@ struct Command {
   /// What it does, for `--help`; a command without is for programs, and not shown.
   char const* purpose;
   Prepare* prepare;
+  /// Lines that show it at work.
+  std::vector<std::string_view> examples;
 };
 
-constexpr Command kCommands[] = {
-    {"identify", "Print the FDL of each SOURCE's supply", &prepareIdentify},
-    {"monitor", "Watch slots and print what changes, until --duration, SIGINT or SIGTERM",
-     &prepareMonitor},
-    {"simulate", "Run a scenario on virtual time and print what changes", &prepareSimulate},
-    {"report", "Show recordings as a picture: one page of HTML", &prepareReport},
-    {"doctor", "Tell whether recognition can work on i2c adapters", &prepareDoctor},
-    {"call", "Read, write, delete or call an attribute by name", &prepareCall},
-    {"types", "Print the types that the plug-in brings", &prepareTypes},
-    {"complete", "", &prepareComplete},
-};
-
-constexpr unsigned kTraceLevels = 32;
-
-/// The bits of `LEVEL,LEVEL...`; none when that does not make sense.
-std::optional<Kex::U32> levelsOf(std::string_view text) {
-  Kex::U32 bits = 0;
-  for (bool isLast = false; !isLast;) {
-    std::size_t const comma = text.find(',');
-    isLast = comma == std::string_view::npos;
-    unsigned level = kTraceLevels;
-    std::string_view const number = text.substr(0, comma);
-    auto const [end, error] = std::from_chars(number.begin(), number.end(), level);
-    if (error != std::errc() || end != number.end() || level >= kTraceLevels) {
-      return std::nullopt;
-    }
-    bits |= Kex::U32{1} << level;
-    text.remove_prefix(isLast ? 0 : comma + 1);
-  }
-  return bits;
+std::vector<Command> const& commands() {
+  static std::vector<Command> const theCommands = {
+      {"identify",
+       "Print the FDL of each SOURCE's supply",
+       &prepareIdentify,
+       {"psu-agent identify supply.fru", "psu-agent identify --wait 10 i2c:7",
+        "psu-agent identify --explain i2c:7"}},
+      {"monitor",
+       "Watch slots and print what changes, until --duration, SIGINT or SIGTERM",
+       &prepareMonitor,
+       {"psu-agent monitor --slot Left=i2c:7 --slot Right=i2c:8",
+        "psu-agent monitor --slot Left=i2c:7 --duration 60 --record left.jsonl"}},
+      {"simulate",
+       "Run a scenario on virtual time and print what changes",
+       &prepareSimulate,
+       {"psu-agent simulate swap.json", "psu-agent simulate --transcript swap.json"}},
+      {"report",
+       "Show recordings as a picture: one page of HTML",
+       &prepareReport,
+       {"psu-agent report psu.jsonl -o psu.html"}},
+      {"doctor",
+       "Tell whether recognition can work on i2c adapters",
+       &prepareDoctor,
+       {"psu-agent doctor i2c:7"}},
+      {"call",
+       "Read, write, delete or call an attribute by name",
+       &prepareCall,
+       {"psu-agent call supply.fru",
+        "psu-agent call supply.fru /PowerSupply1/EmersonPmbus serialNum"}},
+      {"types",
+       "Print the types that the plug-in brings, and the trace handles",
+       &prepareTypes,
+       {"psu-agent types", "psu-agent types --json"}},
+      {"complete", "", &prepareComplete, {}},
+      {"help", "Print what a command takes", &prepareHelp, {"psu-agent help identify"}},
+  };
+  return theCommands;
 }
 
-/// Turns trace levels on, from `HANDLE=LEVEL,LEVEL...`.
-void turnTracesOn(std::vector<std::string> const& settings) {
-  std::map<std::string, Kex::U32> handles;
-  for (std::string const& setting : settings) {
-    std::size_t const equals = setting.find('=');
-    std::optional<Kex::U32> const levels =
-        equals == std::string::npos ? std::nullopt : levelsOf(setting.substr(equals + 1));
-    if (!levels || equals == 0) {
-      throw UsageError("--trace: " + setting + " is not HANDLE=LEVELS with levels from 0 to 31");
-    }
-    handles[setting.substr(0, equals)] |= *levels;
+/// What stands at the end of a help text.
+std::string footer(std::vector<std::string_view> const& examples) {
+  std::string text = "Examples:\n";
+  for (std::string_view const example : examples) {
+    text.append("  $ ").append(example) += '\n';
   }
-  for (auto const& [handle, levels] : handles) {
-    Kex::String8 const name{std::string_view(handle)};
-    Kex::TraceHandle::levelsIs(name, levels);
-    Kex::TraceHandle::facilityIs(name, true);
+  text += "\nExit status:\n";
+  for (StatusRow const& row : kStatuses) {
+    std::string const number = std::to_string(static_cast<int>(row.status));
+    text.append("  ").append(number).append(5 - number.size(), ' ').append(row.text) += '\n';
   }
+  return text + "\nThe manual: man psu-agent; in the sources, man docs/psu-agent.1";
 }
 
-/// Does `work`; whatever ends it is told of and added to `ledger`.
+/// Makes `command` what the row says. What it takes is made when the command line comes to it: one
+/// of them does.
+void setUp(CLI::App& command, Command const& row, Action& action) {
+  if (*row.purpose == '\0') {
+    command.group("");
+  }
+  command.footer([&row] { return footer(row.examples); });
+  command.preparse_callback([&action, &command, &row](std::size_t) {
+    command.callback([&action, work = row.prepare(command)] { action = work; });
+  });
+}
+
+/// Does `work`; whatever ends it is told of and added to `ledger`. A usage error is told with where
+/// to look, `help`.
 template <class Work>
-void guarded(Ledger& ledger, Work work) {
+void guarded(Ledger& ledger, CLI::App const& program, Work work) {
   try {
     ledger.add(work());
   } catch (UsageError const& error) {
-    ledger.tell(Status::usage, error.what());
+    CLI::App const* const command = commandOf(program);
+    ledger.tell(Status::usage, std::string(error.what()) + "; see psu-agent help" +
+                                   (command == nullptr ? "" : ' ' + command->get_name()));
   } catch (...) {
     ledger.tell(Status::failed, exceptionText(std::current_exception()));
   }
@@ -94,47 +127,50 @@ void guarded(Ledger& ledger, Work work) {
 }  // namespace
 
 Prepare* preparationOf(std::string_view name) {
-  auto const* const row = std::ranges::find(kCommands, name, &Command::name);
-  return row == std::end(kCommands) ? nullptr : row->prepare;
+  auto const row = std::ranges::find(commands(), name, &Command::name);
+  return row == commands().end() ? nullptr : row->prepare;
 }
 
 Status runCommandLine(int argc, char const* const* argv) {
   CLI::App program("Recognises power supplies on SMBus and prints their FDL.", "psu-agent");
-  program.set_version_flag("--version", "psu-agent " PSU_VERSION);
+  program.set_version_flag("--version", "psu-agent " PSU_VERSION, "Print the version and end");
+  program.set_help_flag("-h,--help", "Print this help and end");
   program.require_subcommand(0, 1);
   program.fallthrough();
+  program.footer([] {
+    return footer({"psu-agent identify supply.fru", "psu-agent identify --explain i2c:7",
+                   "psu-agent monitor --slot Left=i2c:7", "psu-agent help identify"});
+  });
   Globals globals{.library = Plugin::defaultFile()};
   std::vector<std::string> traces;
   Action action;
-  program.add_option("--library", globals.library, "The plug-in's file")->option_text("FILE");
-  program.add_option("--trace", traces, "Show trace messages on stderr, e.g. Handle=3,4")
-      ->option_text("HANDLE=LEVELS ...")
-      ->expected(1)
-      ->take_all();
-  for (Command const& row : kCommands) {
-    CLI::App& command = *program.add_subcommand(row.name, row.purpose);
-    if (*row.purpose == '\0') {
-      command.group("");
-    }
-    // What a command takes is made when the command line comes to it: one of them does.
-    command.preparse_callback([&action, &command, &row](std::size_t) {
-      command.callback([&action, work = row.prepare(command)] { action = work; });
-    });
+  aPath(*program.add_option("--library", globals.library, "The plug-in's file"), "FILE");
+  repeatable(
+      *program.add_option("--trace", traces,
+                          "Show trace messages on stderr; psu-agent types lists the handles"),
+      "HANDLE=LEVELS");
+  for (Command const& row : commands()) {
+    setUp(*program.add_subcommand(row.name, row.purpose), row, action);
   }
   Ledger ledger;
-  guarded(ledger, [&] {
+  guarded(ledger, program, [&] {
+    std::span const arguments(argv + 1, static_cast<std::size_t>(argc < 1 ? 0 : argc - 1));
     try {
+      checkValuesFollow(arguments);
       program.parse(argc, argv);
     } catch (CLI::Success const& success) {
       program.exit(success, std::cout, std::cerr);
       return Status::ok;
     } catch (CLI::ParseError const& error) {
-      throw UsageError(error.what());
+      throw UsageError(refusalOf(program, error, arguments));
     }
     if (!action) {
-      throw UsageError("a command is needed: see psu-agent --help");
+      throw UsageError("a command is needed");
     }
-    turnTracesOn(traces);
+    if (!traces.empty()) {
+      Plugin::load(globals.library);
+      turnTracesOn(traces);
+    }
     return action(globals);
   });
   errno = 0;

@@ -5,13 +5,17 @@
 #include <memory>
 #include <optional>
 
+#include "agent/base/InputFile.h"
 #include "agent/base/Ledger.h"
+#include "agent/base/Terminal.h"
 #include "agent/base/Text.h"
+#include "agent/commands/OutputFolder.h"
 #include "agent/recording/Recorder.h"
 #include "agent/report/Explain.h"
 #include "agent/report/Report.h"
+#include "agent/report/Table.h"
 #include "agent/slots/Candidate.h"
-#include "agent/transport/SimulatedSupply.h"
+#include "agent/transport/SimulatedBus.h"
 
 namespace Agent {
 
@@ -22,22 +26,42 @@ struct Options {
   double wait = 0;
   bool isJson = false;
   bool isExplained = false;
+  bool isRepaired = false;
+  bool isTable = false;
+  std::string output;
   std::string record;
   std::vector<std::string> sources;
 };
 
+/// A SOURCE, and what became of it.
+struct Entry {
+  std::string source;
+  std::string slot;
+  /// The place of its candidate; none when it could not be opened.
+  std::optional<std::size_t> candidate{};
+  /// Why there is no outcome.
+  std::string failure{};
+};
+
 /// A slot for each source that can be opened.
-Candidates open(std::vector<Source> const& sources, Options const& options, Plugin const& plugin,
-                Loop const& loop, Ledger& ledger) {
-  Candidates candidates;
+std::vector<Entry> open(std::vector<Source> const& sources, Options const& options,
+                        Plugin const& plugin, Loop const& loop, Candidates& candidates,
+                        Ledger& ledger) {
+  std::vector<Entry> entries;
   SourceContext const context{.mfrId = options.mfrId, .post = loop.post()};
-  for (std::size_t i = 0; i < sources.size(); ++i) {
-    ledger.attempt([&] {
-      candidates.push_back(std::make_unique<Candidate>(
-          sources[i], context, "PowerSupply" + std::to_string(i + 1), plugin, options.wait));
-    });
+  for (Source const& source : sources) {
+    Entry& entry = entries.emplace_back(
+        Entry{.source = source.text(), .slot = "PowerSupply" + std::to_string(entries.size() + 1)});
+    try {
+      candidates.push_back(
+          std::make_unique<Candidate>(source, context, entry.slot, plugin, options.wait));
+      entry.candidate = candidates.size() - 1;
+    } catch (Failure const& failure) {
+      entry.failure = failure.what();
+      ledger.tell(Status::failed, entry.failure);
+    }
   }
-  return candidates;
+  return entries;
 }
 
 /// Writes each transaction of `candidates` to `recorder`.
@@ -49,49 +73,116 @@ void record(Candidates const& candidates, Recorder& recorder, Ledger& ledger) {
   }
 }
 
-std::string json(Candidate const& candidate, Supply const& supply) {
+JsonObject objectOf(Entry const& entry) {
   JsonObject object;
-  object.add("source", candidate.source()).add("slot", candidate.slot().name());
-  return addSupply(object, supply).text();
+  object.add("source", entry.source).add("slot", entry.slot);
+  return object;
 }
 
-void print(Candidate const& candidate, Supply const& supply, Options const& options,
-           Ledger& ledger) {
+/// Prints which of several sources the FDL behind it is of; only a person needs that.
+void printHeading(Entry const& entry, std::vector<Entry> const& entries, Options const& options) {
+  if (isOutTerminal() && entries.size() > 1 && !options.isExplained && !options.isJson &&
+      !options.isTable && options.output.empty()) {
+    std::cout << inLook(Look::heading, "== " + escaped(entry.source) + " ==") << '\n';
+  }
+}
+
+/// Prints the outcome of `entry`, whose candidate has none.
+void printFailure(Entry const& entry, Options const& options) {
+  if (options.isJson) {
+    JsonObject object = objectOf(entry);
+    std::cout << addFailure(object, entry.failure).text() << '\n';
+  }
+}
+
+void print(Entry const& entry, Candidate const& candidate, Supply const& supply,
+           Options const& options, Ledger& ledger) {
+  std::optional<Hint> const hint = candidate.hint();
   if (options.isExplained) {
-    std::cout << explain(candidate.source(), candidate.log(), supply);
+    std::cout << explain(entry.source, candidate.log(), supply, candidate.memory(), hint);
   } else if (options.isJson) {
-    std::cout << json(candidate, supply) << '\n';
-  } else {
+    JsonObject object = objectOf(entry);
+    std::cout << addSupply(object, supply, hint).text() << '\n';
+  } else if (options.output.empty() && !options.isTable) {
     std::cout << supply.fdl;
   }
   if (Status const status = statusOf(supply); status != Status::ok) {
-    ledger.tell(status, candidate.source() + ": " + explanation(supply));
+    ledger.tell(status, entry.source + ": " + explanation(supply, hint));
+  } else if (hint) {
+    complain(entry.source + ": warning: " + (hint->isRepaired ? "repaired: " : "") + hint->text);
   }
   for (Suspect const& suspect : suspects(supply)) {
-    complain(candidate.source() + ": warning: " + suspect.field + ' ' + inQuotes(suspect.text) +
-             " changes the meaning of the FDL that it is written into");
+    complain(entry.source + ": warning: " + suspect.field + ' ' + inQuotes(suspect.text) +
+             " changes the meaning of the FDL that it is written into, or of a terminal");
   }
+}
+
+/// Recognises anew those whose product info area is right but for its length, with that length.
+void repair(Candidates& candidates, Plugin const& plugin, Loop& loop) {
+  for (auto& candidate : candidates) {
+    std::optional<Hint> hint = candidate->hint();
+    if (!hint || !hint->length) {
+      continue;
+    }
+    hint->isRepaired = true;
+    SimulatedSupply const supply(repaired(candidate->memory(), *hint->length),
+                                 candidate->outcome()->mfrId.value_or("").view());
+    std::string const source = candidate->source();
+    std::string const slot = candidate->slot().name();
+    candidate.reset();
+    candidate = std::make_unique<Candidate>(source, std::make_unique<SimulatedBus>(supply), slot,
+                                            plugin, *hint);
+  }
+  detect(candidates, loop, 0);
 }
 
 Status identify(Options const& options, Globals const& globals) {
   std::vector<Source> const sources = parseSources(options.sources);
+  for (Source const& source : sources) {
+    checkIsNotRead("--record", options.record, source.file());
+  }
+  std::optional<OutputFolder> output;
+  if (!options.output.empty()) {
+    output.emplace(options.output, sources);
+  }
   Plugin const plugin(globals.library);
   Loop loop(anyLive(sources) ? ClockKind::steadyClock : ClockKind::virtualClock);
   Ledger ledger;
-  Candidates const candidates = open(sources, options, plugin, loop, ledger);
+  Candidates candidates;
+  std::vector<Entry> entries = open(sources, options, plugin, loop, candidates, ledger);
   std::optional<Recorder> recorder;
   if (!options.record.empty()) {
     record(candidates, recorder.emplace(options.record), ledger);
   }
   detect(candidates, loop, options.wait);
-  for (auto const& candidate : candidates) {
-    if (auto const& supply = candidate->outcome()) {
-      print(*candidate, *supply, options, ledger);
-    } else {
-      ledger.tell(Status::failed, candidate->source() + ": no outcome" +
-                                      (loop.isStopped() ? " (interrupted)" : ""));
-    }
+  if (options.isRepaired) {
+    repair(candidates, plugin, loop);
   }
+  std::vector<SupplyRow> rows;
+  for (Entry& entry : entries) {
+    Candidate const* const candidate =
+        entry.candidate ? candidates[*entry.candidate].get() : nullptr;
+    Supply const* const supply =
+        candidate != nullptr && candidate->outcome() ? &*candidate->outcome() : nullptr;
+    if (output) {
+      ledger.attempt([&] { output->fdlIs(rows.size(), supply ? supply->fdl.view() : ""); });
+    }
+    rows.push_back({.source = entry.source, .supply = supply});
+    if (supply != nullptr) {
+      printHeading(entry, entries, options);
+      print(entry, *candidate, *supply, options, ledger);
+      continue;
+    }
+    if (candidate != nullptr) {
+      entry.failure = loop.isStopped() ? "no outcome (interrupted)" : "no outcome";
+      ledger.tell(Status::failed, entry.source + ": " + entry.failure);
+    }
+    printFailure(entry, options);
+  }
+  if (options.isTable) {
+    std::cout << tableOf(rows);
+  }
+  ledger.add(loop.status());
   return ledger.status();
 }
 
@@ -105,11 +196,22 @@ Action prepareIdentify(CLI::App& command) {
             0);
   auto* const isJson =
       command.add_flag("--json", options->isJson, "Print one JSON object a line instead");
+  auto* const isExplained = command.add_flag("--explain", options->isExplained,
+                                             "Print how the supply was recognised instead");
+  isExplained->excludes(isJson);
   command
-      .add_flag("--explain", options->isExplained, "Print how the supply was recognised instead")
-      ->excludes(isJson);
-  command.add_option("--record", options->record, "Write all bus transactions to FILE")
-      ->option_text("FILE");
+      .add_flag("--repair", options->isRepaired,
+                "Take the length of the product info area with which its checksum is right")
+      ->excludes(isExplained);
+  command.add_flag("--table", options->isTable, "Print a table, one line a SOURCE, instead")
+      ->excludes(isJson)
+      ->excludes(isExplained);
+  aPath(*command.add_option("--output", options->output,
+                            "Write each FDL into a file of its own in DIR instead"),
+        "DIR");
+  aPath(*command.add_option("--record", options->record,
+                            "Write all bus transactions to FILE, - for standard output"),
+        "FILE");
   command
       .add_option("SOURCE", options->sources,
                   "FRU image file, - for standard input, i2c:N, i2c:PATH, i2c:name=TEXT, or "

@@ -9,6 +9,8 @@
 #include <memory>
 #include <optional>
 
+#include "agent/base/Error.h"
+#include "agent/base/InputFile.h"
 #include "agent/base/Journal.h"
 #include "agent/base/OutputReader.h"
 #include "agent/commands/MonitorOptions.h"
@@ -129,6 +131,9 @@ class Monitor {
 
 Status monitor(Read const& read, bool isReloadable, Globals const& globals) {
   MonitorOptions const options = read();
+  for (SlotPlan const& plan : plansOf(options)) {
+    checkIsNotRead("--record", options.record, plan.source.file());
+  }
   ignoreWriteSignals();
   Plugin const plugin(globals.library);
   Loop loop(isLive(plansOf(options)) ? ClockKind::steadyClock : ClockKind::virtualClock);

@@ -14,10 +14,8 @@
 namespace Agent {
 
 void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
-  command.add_option("--slot", options.slots, "A slot and its SOURCE (repeatable)")
-      ->option_text("NAME=SOURCE ...")
-      ->expected(1)
-      ->take_all();
+  repeatable(*command.add_option("--slot", options.slots, "A slot and its SOURCE (repeatable)"),
+             "NAME=SOURCE");
   inSeconds(*command.add_option("--poll-interval", options.pollInterval,
                                 "Seconds between polls or checks"))
       .option_text("S [1]");
@@ -26,18 +24,18 @@ void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
       .option_text("S [60]");
   inSeconds(*command.add_option("--duration", options.duration, "Seconds after which to end"));
   command.add_flag("--json", options.isJson, "Print JSON lines instead");
-  command.add_option("--record", options.record, "Record what happens, for replay:FILE")
-      ->option_text("FILE");
+  aPath(*command.add_option("--record", options.record,
+                            "Record what happens, for replay:FILE; - is standard output"),
+        "FILE");
   command.add_option("--metrics", options.metrics, "Keep figures of the slots in FILE")
       ->option_text("FILE")
       ->check([](std::string const& text) {
         bool const isFile = std::filesystem::path(text).has_filename();
         return isFile ? std::string() : inQuotes(text) + " names no file";
       });
-  command
-      .add_option("--publish", options.publish,
-                  "Keep DIR/NAME.fdl for each slot whose supply is identified")
-      ->option_text("DIR");
+  aPath(*command.add_option("--publish", options.publish,
+                            "Keep DIR/NAME.fdl for each slot whose supply is identified"),
+        "DIR");
   inSeconds(*command.add_option("--hold", options.hold,
                                 "Seconds for which a bus in trouble keeps what is published"),
             0)

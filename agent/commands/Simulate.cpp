@@ -9,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "agent/base/InputFile.h"
 #include "agent/base/OutputReader.h"
+#include "agent/base/Terminal.h"
 #include "agent/publish/Publisher.h"
 #include "agent/slots/Loop.h"
 #include "agent/slots/Scenario.h"
@@ -18,6 +20,7 @@
 #include "agent/transport/FaultTransport.h"
 #include "agent/transport/SimulatedBus.h"
 #include "agent/transport/Timer.h"
+#include "host/kex/base/Format.h"
 
 namespace Agent {
 
@@ -135,6 +138,9 @@ std::set<std::string> namesOf(Scenario const& scenario) {
 
 Status simulate(Options const& options, Globals const& globals) {
   Scenario const scenario = readScenario(options.scenario);
+  for (std::string const& file : scenario.files) {
+    checkIsNotRead("--record", options.record, file);
+  }
   ignoreWriteSignals();
   Plugin const plugin(globals.library);
   Loop loop(ClockKind::virtualClock);
@@ -155,8 +161,16 @@ Status simulate(Options const& options, Globals const& globals) {
     for (ScenarioSlot const& story : scenario.slots) {
       stages.push_back(std::make_unique<Stage>(story, plugin, loop, reporting));
     }
-    loop.run(scenario.duration, [] { return false; });
+    loop.run(scenario.duration, [&] {
+      progress([&] {
+        return std::string(
+            Kex::format("%.0f of %.0f s are simulated", loop.now(), scenario.duration).view());
+      });
+      return false;
+    });
+    eraseProgress();
   }
+  reporting.ledger.add(loop.status());
   return reporting.ledger.status();
 }
 
@@ -166,12 +180,12 @@ Action prepareSimulate(CLI::App& command) {
   auto const options = std::make_shared<Options>();
   command.add_flag("--transcript", options->isTranscript, "Print every bus transaction as well");
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
-  command.add_option("--record", options->record, "Record what happens, for replay:FILE")
-      ->option_text("FILE");
-  command
-      .add_option("--publish", options->publish,
-                  "Keep DIR/NAME.fdl for each slot whose supply is identified")
-      ->option_text("DIR");
+  aPath(*command.add_option("--record", options->record,
+                            "Record what happens, for replay:FILE; - is standard output"),
+        "FILE");
+  aPath(*command.add_option("--publish", options->publish,
+                            "Keep DIR/NAME.fdl for each slot whose supply is identified"),
+        "DIR");
   command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required();
   return [options](Globals const& globals) { return simulate(*options, globals); };
 }

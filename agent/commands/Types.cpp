@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "agent/commands/TraceOption.h"
 #include "agent/slots/Plugin.h"
 #include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
@@ -129,7 +130,8 @@ Status types(bool isJson, Globals const& globals) {
     std::cout << all.dump(2) << '\n';
     return Status::ok;
   }
-  std::cout << "Attributes: ^ inherited, identifier, kind, declaration\n";
+  std::cout << "Trace handles: " << traceHandles() << "\nTrace levels: " << kTraceLevels
+            << "\nAttributes: ^ inherited, identifier, kind, declaration\n";
   for (KexType const* const type : plugin.types()) {
     print(*type);
   }

@@ -14,7 +14,7 @@ namespace Agent {
 namespace {
 
 constexpr char const* kTextsBefore[] = {
-    "source",           "verdict",     "reason",     "mfrId",          "descriptor",
+    "source",           "verdict",     "reason",     "hint",           "mfrId",       "descriptor",
     "manufacturerName", "productName", "partNumber", "productVersion", "serialNumber"};
 
 std::optional<std::string> textOf(JsonValue const& object, char const* key) {

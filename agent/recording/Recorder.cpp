@@ -2,7 +2,7 @@
 #include "agent/recording/Recorder.h"
 
 #include <cerrno>
-#include <utility>
+#include <iostream>
 
 #include "agent/base/Error.h"
 #include "agent/recording/Recording.h"
@@ -10,10 +10,13 @@
 
 namespace Agent {
 
-Recorder::Recorder(std::string file)
-    : file_(std::move(file)), out_(file_, std::ios::binary | std::ios::trunc) {
+Recorder::Recorder(std::string const& file)
+    : name_(file == "-" ? "standard output" : file), out_(file == "-" ? std::cout : file_) {
+  if (file != "-") {
+    file_.open(file, std::ios::binary | std::ios::trunc);
+  }
   if (!out_) {
-    throw Failure(file_ + ": cannot open for writing: " + systemError(errno));
+    throw Failure(name_ + ": cannot open for writing: " + systemError(errno));
   }
   lineIs(Recording::header());
 }
@@ -28,7 +31,7 @@ void Recorder::lineIs(std::string const& line) {
   }
   out_ << line << '\n' << std::flush;
   if (!out_) {
-    throw Failure(file_ + ": cannot write: " + systemError(errno));
+    throw Failure(name_ + ": cannot write: " + systemError(errno));
   }
 }
 

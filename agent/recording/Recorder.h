@@ -12,9 +12,9 @@ namespace Agent {
 /// its way to the file before the next transaction starts.
 class Recorder {
  public:
-  /// Begins `file` anew, so make it once the sources are open. Throws a `Failure` when it cannot be
-  /// written.
-  explicit Recorder(std::string file);
+  /// Begins `file` anew, so make it once the sources are open; `-` is standard output. Throws a
+  /// `Failure` when it cannot be written.
+  explicit Recorder(std::string const& file);
 
   /// Appends a line, an object of one of the events that recordings have. Throws a `Failure` the
   /// first time that it cannot be written; from then on nothing is.
@@ -23,8 +23,9 @@ class Recorder {
   void recordIs(std::string const& slot, TransactionRecord const& record);
 
  private:
-  std::string file_;
-  std::ofstream out_;
+  std::string name_;
+  std::ofstream file_;
+  std::ostream& out_;
 };
 
 }  // namespace Agent

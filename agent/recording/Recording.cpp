@@ -48,7 +48,7 @@ constexpr std::string_view kSupplyKeys[] = {"source",       "verdict",    "reaso
                                             "mfrId",        "descriptor", "manufacturerName",
                                             "productName",  "partNumber", "productVersion",
                                             "serialNumber", "hwError",    "suspect",
-                                            "transactions", "fdl"};
+                                            "transactions", "fdl",        "hint"};
 constexpr std::string_view kStartKeys[] = {"source", "pollInterval", "reviewInterval"};
 constexpr std::string_view kActKeys[] = {"action", "supply", "transactions"};
 constexpr std::string_view kStopKeys[] = {"reason"};

@@ -2,6 +2,7 @@
 #include "agent/recording/ReplayTransport.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "agent/base/Error.h"
@@ -34,17 +35,10 @@ std::string described(Smbus::Transaction const& transaction) {
       .charPtr();
 }
 
-std::string fileOf(std::string const& target) { return target.substr(0, target.rfind('#')); }
-
-std::string slotOf(std::string const& target) {
-  std::size_t const length = fileOf(target).size();
-  return length < target.size() ? target.substr(length + 1) : "";
-}
-
 /// The recording of `target`; what it cannot tell of the slot is told of.
-Recording opened(std::string const& target) {
-  Recording recording(fileOf(target));
-  for (std::string const& doubt : recording.doubts(slotOf(target))) {
+Recording opened(ReplayTarget const& target) {
+  Recording recording(target.file);
+  for (std::string const& doubt : recording.doubts(target.slot)) {
     complain(doubt);
   }
   return recording;
@@ -52,8 +46,17 @@ Recording opened(std::string const& target) {
 
 }  // namespace
 
-ReplayTransport::ReplayTransport(std::string const& target, OnEnd onEnd)
-    : ReplayTransport(opened(target), slotOf(target), std::move(onEnd), 0) {}
+ReplayTarget::ReplayTarget(std::string const& target) : file(target) {
+  std::error_code error;
+  std::size_t const mark = target.rfind('#');
+  if (mark != std::string::npos && !std::filesystem::exists(target, error)) {
+    file = target.substr(0, mark);
+    slot = target.substr(mark + 1);
+  }
+}
+
+ReplayTransport::ReplayTransport(ReplayTarget const& target, OnEnd onEnd)
+    : ReplayTransport(opened(target), target.slot, std::move(onEnd), 0) {}
 
 ReplayTransport::ReplayTransport(Recording const& recording, std::string const& slot, OnEnd onEnd,
                                  double origin)

@@ -10,6 +10,16 @@
 
 namespace Agent {
 
+/// What follows `replay:`: `FILE`, or `FILE#SLOT` where the recording has several slots. A name
+/// with a `#` in it is that of a file as far as there is one.
+struct ReplayTarget {
+  explicit ReplayTarget(std::string const& target);
+
+  std::string file;
+  /// Empty for the one slot that there is.
+  std::string slot;
+};
+
 /// Answers each transaction as it was answered when it was recorded: the same status, bytes and
 /// failure, at the same time of the framework's clock, or at once if that has passed. A replay ends
 /// when something else is asked for than was recorded, or more; from then on the bus has gone.
@@ -18,11 +28,10 @@ namespace Agent {
 /// transaction gets the next answer to the same question, if enough bytes of it are known.
 class ReplayTransport final : public Smbus::Transport {
  public:
-  /// `target` is `FILE`, or `FILE#SLOT` where the recording has several slots. `onEnd`, where there
-  /// is one, is told before the first answer that the recording does not have; what it is told
-  /// names the file and the line. What a trace cannot tell is told of on stderr. Throws a
-  /// `Failure`.
-  explicit ReplayTransport(std::string const& target, OnEnd onEnd = {});
+  /// `onEnd`, where there is one, is told before the first answer that the recording does not have;
+  /// what it is told names the file and the line. What a trace cannot tell is told of on stderr.
+  /// Throws a `Failure`.
+  explicit ReplayTransport(ReplayTarget const& target, OnEnd onEnd = {});
   /// Plays `slot` of `recording`, whose times count from `origin` (seconds of the clock) on.
   ReplayTransport(Recording const& recording, std::string const& slot, OnEnd onEnd, double origin);
 

@@ -3,12 +3,12 @@
 
 #include <algorithm>
 #include <optional>
-#include <span>
 #include <string_view>
 #include <vector>
 
 #include "agent/base/Text.h"
-#include "agent/report/FruBytes.h"
+#include "agent/report/OtherRecords.h"
+#include "agent/report/Page.h"
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
 #include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
@@ -24,50 +24,6 @@ using Kex::format;
 using Kex::U8;
 using Bytes = std::vector<U8>;
 
-constexpr std::size_t kColumns = 80;
-
-/// Cuts `text` into pieces of at most `width` columns, after a blank where there is one; an escape
-/// stays in one piece.
-std::vector<std::string> pieces(std::string_view text, std::size_t width) {
-  std::vector<std::string> cut(1);
-  while (!text.empty()) {
-    std::string_view const unit = text.substr(0, text.starts_with("\\x") ? 4 : 1);
-    if (cut.back().size() + unit.size() > width) {
-      std::size_t const blank = cut.back().rfind(' ');
-      std::size_t const end = blank == std::string::npos ? cut.back().size() : blank + 1;
-      std::string const word = cut.back().substr(end);
-      cut.back().resize(end);
-      cut.push_back(word);
-    }
-    cut.back() += unit;
-    text.remove_prefix(unit.size());
-  }
-  return cut;
-}
-
-/// The text as it grows.
-class Page {
- public:
-  void heading(std::string const& title) { text_ += '\n' + title + '\n'; }
-  /// A line; what does not fit goes on below column `indent`. `>>` marks the fault.
-  void line(std::string const& content, bool isFault = false, std::size_t indent = 0) {
-    std::string gutter = isFault ? ">> " : "   ";
-    std::string_view rest = content;
-    std::size_t lead = std::min(indent, rest.size());
-    std::string start(rest.substr(0, lead));
-    rest.remove_prefix(lead);
-    for (std::string const& piece : pieces(rest, kColumns - 3 - indent)) {
-      text_.append(gutter).append(start).append(piece) += '\n';
-      gutter = "   ";
-      start.assign(indent, ' ');
-    }
-  }
-  std::string const& text() const { return text_; }
-
- private:
-  std::string text_;
-};
-
 std::string str(Kex::String8 const& text) { return std::string(text.view()); }
 
 /// Whether the supply's road ended at `stage`.
@@ -79,23 +35,9 @@ Kex::Ptr<Hal::Buf> bufOf(Bytes const& bytes) {
   return buffer;
 }
 
-/// "0x12 stored, 0x34 computed" of an area whose last byte is the checksum.
-std::string checksums(std::span<U8 const> area) {
-  return str(format("0x%02X stored, 0x%02X computed", area.back(),
-                    Ipmi::checksumOf(area.first(area.size() - 1))));
-}
-
 /// What becomes of a number of bytes that does not fit in one byte.
 std::string wrapped(unsigned number) {
   return number <= 0xFF ? "" : str(format(" (wraps to 0x%02X)", number & 0xFFU));
-}
-
-constexpr std::size_t kValueColumn = 28;
-
-/// "0xOFFSET  name  value".
-void row(Page& page, std::size_t offset, char const* name, std::string const& value,
-         bool isFault = false) {
-  page.line(str(format("0x%02zX  %-22s", offset, name)) + value, isFault, kValueColumn);
 }
 
 void writeTransactions(Page& page, TransactionLog const& log, Supply const& supply) {
@@ -129,7 +71,7 @@ void writeHeader(Page& page, CommonAreaHeader const& header, Supply const& suppl
   page.heading("FRU common header");
   auto const fault = endedAt(supply, Stage::header) ? header.fault() : std::nullopt;
   auto const tell = [&](std::size_t offset, char const* name, std::string const& value) {
-    row(page, offset, name, value, fault && fault->offset == offset);
+    page.row(offset, name, value, fault && fault->offset == offset);
   };
   tell(CommonAreaHeader::kVersion, "format version", std::to_string(header.ipmiVersion()));
   for (std::size_t offset = 1; char const* const area : kAreas) {
@@ -137,16 +79,6 @@ void writeHeader(Page& page, CommonAreaHeader const& header, Supply const& suppl
     tell(offset++, area, start == 0 ? "none" : str(format("at 0x%02X", start)) + wrapped(start));
   }
   tell(CommonAreaHeader::kChecksum, "checksum", checksums(header.bytes()));
-}
-
-void writeField(Page& page, std::size_t start, Ipmi::AreaField const& field, char const* name) {
-  if (field.offset == 0) {
-    page.line(str(format("      %-22snot there", name)));
-  } else {
-    row(page, start + field.offset, name,
-        str(format("%-8s %2u bytes  ", encodingName(field.encoding), field.length)) +
-            inQuotes(field.text.view()));
-  }
 }
 
 void writeArea(Page& page, FruBytes const& fru, U8 start, Supply const& supply) {
@@ -164,7 +96,7 @@ void writeArea(Page& page, FruBytes const& fru, U8 start, Supply const& supply) 
   ProductInfoArea const area(*bufOf(bytes));
   auto const fault = endedAt(supply, Stage::area) ? area.fault() : std::nullopt;
   auto const tell = [&](std::size_t offset, char const* name, std::string const& value) {
-    row(page, start + offset, name, value, fault && fault->offset == offset);
+    page.row(start + offset, name, value, fault && fault->offset == offset);
   };
   unsigned const units = bytes[ProductInfoArea::kLength];
   page.heading("Product info area");
@@ -176,10 +108,10 @@ void writeArea(Page& page, FruBytes const& fru, U8 start, Supply const& supply) 
   tell(ProductInfoArea::kLanguage, "language",
        str(format("%u%s", area.language(), area.language() == 0 ? " (English)" : "")));
   for (std::size_t i = 0; Ipmi::AreaField const& field : area.fields()) {
-    writeField(page, start, field, ProductInfoArea::kFieldNames[i++]);
+    page.field(start, field, ProductInfoArea::kFieldNames[i++]);
   }
   for (Ipmi::AreaField const& field : area.customFields()) {
-    writeField(page, start, field, "custom field");
+    page.field(start, field, "custom field");
   }
   if (known == length) {
     tell(length - 1, "checksum", checksums(bytes));
@@ -204,11 +136,8 @@ void writeDescriptors(Page& page, Supply const& supply) {
 
 }  // namespace
 
-std::string explain(std::string const& source, TransactionLog const& log, Supply const& supply) {
-  FruBytes fru;
-  for (TransactionRecord const& record : log.records()) {
-    fru.recordIs(record);
-  }
+std::string explain(std::string const& source, TransactionLog const& log, Supply const& supply,
+                    FruBytes const& fru, std::optional<Hint> const& hint) {
   Page page;
   writeTransactions(page, log, supply);
   if (supply.mfrId) {
@@ -219,7 +148,9 @@ std::string explain(std::string const& source, TransactionLog const& log, Supply
     CommonAreaHeader const header(*bufOf(headerBytes));
     writeHeader(page, header, supply);
     if (!header.fault()) {
+      writeBoardArea(page, fru, header);
       writeArea(page, fru, header.productAreaOffset(), supply);
+      writeMultirecords(page, fru, header);
     }
   }
   if (rowOf(supply.verdict).stage >= Stage::descriptors) {
@@ -228,7 +159,10 @@ std::string explain(std::string const& source, TransactionLog const& log, Supply
   page.heading("Verdict");
   page.line(verdictName(supply.verdict) +
             (supply.reason.empty() ? "" : ": " + escaped(supply.reason.view())));
-  return source + '\n' + page.text() + '\n';
+  if (hint) {
+    page.line(hint->text);
+  }
+  return escaped(source) + '\n' + page.text() + '\n';
 }
 
 }  // namespace Agent

@@ -1,4 +1,4 @@
-// What is known of a supply's FRU data, from the transactions that read it.
+// What is known of a supply's FRU data.
 #include "agent/report/FruBytes.h"
 
 #include <algorithm>
@@ -19,6 +19,10 @@ void FruBytes::recordIs(TransactionRecord const& record) {
   for (Kex::U8 const byte : block.subspan(1, count)) {
     bytes_[address++] = byte;
   }
+}
+
+void FruBytes::imageIs(std::span<Kex::U8 const> image) {
+  std::ranges::copy(image.first(std::min(image.size(), bytes_.size())), bytes_.begin());
 }
 
 std::vector<Kex::U8> FruBytes::from(Kex::U8 start, std::size_t most) const {

@@ -1,19 +1,23 @@
-// What is known of a supply's FRU data, from the transactions that read it.
+// What is known of a supply's FRU data.
 #pragma once
 
 #include <array>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "agent/recording/TransactionLog.h"
 
 namespace Agent {
 
-/// The FRU data that transactions read, byte by byte.
+/// FRU data byte by byte: what transactions read of it, or a file has of it.
 class FruBytes {
  public:
   /// Takes in what `record` read, if it is a successful read of FRU data.
   void recordIs(TransactionRecord const& record);
+
+  /// Takes in what a one-byte offset reaches of `image`, from address 0 on.
+  void imageIs(std::span<Kex::U8 const> image);
 
   /// The bytes from `start` on, at most `most`, up to the first that was not read. Addresses wrap
   /// at 256.

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "agent/base/Text.h"
+#include "agent/report/Report.h"
 
 namespace Agent {
 
@@ -65,21 +66,6 @@ class Samples {
 /// The identified supply of `slot`; null when there is none.
 Supply const* identifiedIn(SlotMetrics const& slot) {
   return slot.supply && slot.supply->verdict == Verdict::identified ? &*slot.supply : nullptr;
-}
-
-/// What stands behind `name = ` in the supply's FDL, without quotes; empty when there is no such
-/// line.
-std::string_view assigned(Supply const& supply, std::string_view name) {
-  std::string const start = '\n' + std::string(name) + " = ";
-  std::string_view const fdl = supply.fdl.view();
-  std::size_t const found = fdl.find(start);
-  if (found == std::string_view::npos) {
-    return {};
-  }
-  std::string_view value = fdl.substr(found + start.size());
-  value = value.substr(0, value.find('\n'));
-  bool const isQuoted = value.size() > 1 && value.front() == '\'' && value.back() == '\'';
-  return isQuoted ? value.substr(1, value.size() - 2) : value;
 }
 
 std::string_view capacityOf(Supply const& supply) { return assigned(supply, "fru.capacity"); }

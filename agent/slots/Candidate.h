@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "agent/recording/TransactionLog.h"
+#include "agent/report/Hint.h"
 #include "agent/slots/Loop.h"
 #include "agent/slots/Slot.h"
 #include "agent/slots/Source.h"
@@ -19,6 +20,10 @@ class Candidate {
   /// Throws a `Failure` when `source` cannot be opened.
   Candidate(Source const& source, SourceContext context, std::string const& slotName,
             Plugin const& plugin, double waitUntil);
+  /// The same for a supply that `source` stands for and `transport` leads to, with what is told of
+  /// it.
+  Candidate(std::string source, std::unique_ptr<Smbus::Transport> transport,
+            std::string const& slotName, Plugin const& plugin, Hint hint);
   Candidate(Candidate const&) = delete;
   Candidate& operator=(Candidate const&) = delete;
   ~Candidate() = default;
@@ -32,17 +37,25 @@ class Candidate {
   bool isDone() const { return isDone_ || hasSourceEnded_; }
   /// Whether there will be no further outcome than that of now.
   bool hasSourceEnded() const { return hasSourceEnded_; }
+  /// What is known of its supply's FRU memory: what the source has of it, or what was read.
+  FruBytes memory() const;
+  /// What the person who reads the outcome may look at first; none before there is an outcome.
+  std::optional<Hint> hint() const;
   TransactionLog const& log() const { return log_; }
   TransactionLog& log() { return log_; }
 
  private:
+  void listen();
   void handleSupply(Supply const& supply);
-  /// `context`, with this candidate told of the source's end.
-  SourceContext onEnd(SourceContext context);
+  /// `context`, with this candidate told of what the source tells.
+  SourceContext listening(SourceContext context);
 
   std::string source_;
   double waitUntil_;
   TransactionLog log_;
+  std::optional<Hint> hint_;
+  /// The memory that the supply is simulated from; empty where it is not.
+  std::vector<Kex::U8> image_;
   std::optional<Supply> outcome_;
   bool isDone_ = false;
   bool hasSourceEnded_ = false;

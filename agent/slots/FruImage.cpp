@@ -25,7 +25,7 @@ std::vector<Kex::U8> readAll(std::FILE* file, std::string const& name) {
   auto const bytes = std::make_unique_for_overwrite<Kex::U8[]>(kLongestDump + 1);
   std::size_t const length = std::fread(bytes.get(), 1, kLongestDump + 1, file);
   if (std::ferror(file) != 0) {
-    throw Failure(name + ": cannot read: " + systemError(errno));
+    throw Failure(name + (errno == EBADF ? ": is closed" : ": cannot read: " + systemError(errno)));
   }
   if (length == 0) {
     throw Failure(name + ": is empty, where a dump of a FRU memory has at least a byte");

@@ -34,14 +34,15 @@ Loop::Loop(ClockKind kind)
       signals_(*context_, SIGINT, SIGTERM),
       hangUp_(*context_),
       start_(std::chrono::steady_clock::now()) {
-  signals_.async_wait([this](std::error_code const& error, int) { isStopped_ |= !error; });
+  signals_.async_wait(
+      [this](std::error_code const& error, int signal) { signal_ = error ? signal_ : signal; });
 }
 
 Loop::~Loop() = default;
 
 void Loop::run(double until, std::function<bool()> const& isDone) {
   Kex::activityManager().runPending();
-  while (!isStopped_ && !isDone() && now() < until) {
+  while (!isStopped() && !isDone() && now() < until) {
     double const next = std::min(processClock().nextDeadline(), until);
     if (kind_ == ClockKind::virtualClock && next == kForever) {
       return;
@@ -63,6 +64,16 @@ void Loop::awaitHangUp() {
       awaitHangUp();
     }
   });
+}
+
+void Loop::stop() { signal_ = SIGTERM; }
+
+Status Loop::status() const {
+  switch (signal_) {
+    case SIGINT: return Status::interrupted;
+    case SIGTERM: return Status::terminated;
+    default: return Status::ok;
+  }
 }
 
 double Loop::now() const { return processClock().time(); }

@@ -8,6 +8,7 @@
 #include <limits>
 #include <memory>
 
+#include "agent/base/ExitStatus.h"
 #include "agent/transport/Post.h"
 
 namespace Agent {
@@ -36,9 +37,12 @@ class Loop {
   /// What SIGHUP does from now on; without it, what it does to any program.
   void onHangUpIs(std::function<void()> onHangUp);
   /// Ends the run as SIGTERM does.
-  void stop() { isStopped_ = true; }
+  void stop();
   /// Whether SIGINT or SIGTERM came.
-  bool isStopped() const { return isStopped_; }
+  bool isStopped() const { return signal_ != 0; }
+  /// The status of a run that had to come to its end: `interrupted` or `terminated` when a signal
+  /// stopped it, else `ok`.
+  Status status() const;
   ClockKind kind() const { return kind_; }
   /// The clock's time in seconds.
   double now() const;
@@ -59,7 +63,8 @@ class Loop {
   asio::signal_set hangUp_;
   std::function<void()> onHangUp_;
   std::chrono::steady_clock::time_point start_;
-  bool isStopped_ = false;
+  /// What stopped the loop; 0 before.
+  int signal_ = 0;
 };
 
 }  // namespace Agent

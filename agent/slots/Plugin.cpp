@@ -59,7 +59,7 @@ class LoadGuard {
   std::terminate_handler previous_;
 };
 
-void load(std::string const& file) {
+void loadLibrary(std::string const& file) {
   Listener const listener;
   LoadGuard const guard(file);
   // A name without a slash would be looked for in the system's folders.
@@ -90,10 +90,14 @@ std::string Plugin::defaultFile() {
              : asInstalled;
 }
 
+std::vector<std::string> Plugin::load(std::string const& file) {
+  std::vector<std::string> names = readTypeSection(file);
+  loadLibrary(file);
+  return names;
+}
+
 Plugin::Plugin(std::string const& file) : file_(file) {
-  std::vector<std::string> const names = readTypeSection(file_);
-  load(file_);
-  for (std::string const& name : names) {
+  for (std::string const& name : load(file_)) {
     Kex::KexType const* const type = Kex::KexType::typeNode(Kex::Name(Kex::String8(name)));
     if (type == nullptr) {
       throw Failure(file_ + ": names the type " + name + " but does not register it");

@@ -18,8 +18,13 @@ class Plugin {
   /// The plug-in beside the program, as built, or in the library folder, as installed.
   static std::string defaultFile();
 
-  /// Loads `file`, with introspection listening. Throws a `Failure` naming the file when it is no
-  /// plug-in, cannot be loaded, or does not bring what it says it does.
+  /// Loads `file`, with introspection listening, if it is not loaded yet, and creates nothing of
+  /// it; the full names of its types. Throws a `Failure` naming the file when it is no plug-in or
+  /// cannot be loaded.
+  static std::vector<std::string> load(std::string const& file);
+
+  /// Loads `file` and creates what it brings. Throws as `load`, and a `Failure` when it does not
+  /// bring what it says it does.
   explicit Plugin(std::string const& file);
 
   /// The records of the types that the plug-in brings, in registration order.

@@ -6,13 +6,16 @@
 #include <iterator>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "agent/base/Error.h"
 #include "agent/base/InputFile.h"
 #include "agent/base/JsonDocument.h"
 #include "agent/base/Text.h"
 #include "agent/publish/SlotName.h"
+#include "agent/recording/ReplayTransport.h"
 #include "agent/slots/FruImage.h"
+#include "host/kex/base/Format.h"
 
 namespace Agent {
 
@@ -37,6 +40,7 @@ class Reader {
     if (scenario.slots.empty()) {
       value.at("slots").refuse("there must be a slot");
     }
+    scenario.files = std::move(files_);
     return scenario;
   }
 
@@ -63,7 +67,14 @@ class Reader {
 
   /// Adds the event to `slot` and returns its time.
   double readEvent(JsonValue const& value, double earliest, double duration, ScenarioSlot& slot) {
-    double const at = value.at("at").number(earliest, duration);
+    double const at = value.at("at").number(0, kLongest);
+    if (at < earliest || at > duration) {
+      value.at("at").refuse(std::string(
+          Kex::format(at < earliest ? "%.15g is earlier than the event before it, at %.15g"
+                                    : "%.15g is later than the end, the duration of %.15g",
+                      at, at < earliest ? earliest : duration)
+              .view()));
+    }
     JsonValue const actionValue = value.at("action");
     std::string const action = actionValue.string();
     bool const isRecording =
@@ -121,7 +132,9 @@ class Reader {
     if (value.has("replay")) {
       value.checkKeys({"replay"});
       std::string const text = value.at("replay").string();
-      return ScenarioSupply{.text = text, .kind = RecordedSupply{(folder_ / text).string()}};
+      std::string const target = (folder_ / text).string();
+      files_.push_back(ReplayTarget(target).file);
+      return ScenarioSupply{.text = text, .kind = RecordedSupply{target}};
     }
     std::string const mfrId = value.has("mfrId") ? value.at("mfrId").bytes() : "EMERSON";
     if (mfrId.empty() || mfrId.size() > SimulatedSupply::kLongestMfrId) {
@@ -137,15 +150,17 @@ class Reader {
     if (found != images_.end()) {
       return found->second;
     }
+    files_.push_back(file);
     try {
       return images_[file] = readFruImage(file);
     } catch (Failure const& failure) {
-      value.refuse(failure.what());
+      throw Failure(value.name() + ": " + failure.what());
     }
   }
 
   std::filesystem::path folder_;
   std::set<std::string> names_;
+  std::vector<std::string> files_;
   std::map<std::string, std::vector<Kex::U8>> images_;
 };
 
@@ -165,9 +180,13 @@ Scenario readScenario(std::string const& file) {
     throw Failure(file + ": " + (errno == 0 ? "cannot be read" : systemError(errno)));
   }
   try {
-    return parseScenario(text, std::filesystem::path(file).parent_path());
+    Scenario scenario = parseScenario(text, std::filesystem::path(file).parent_path());
+    scenario.files.push_back(file);
+    return scenario;
   } catch (UsageError const& error) {
     throw UsageError(file + ": " + error.what());
+  } catch (Failure const& failure) {
+    throw Failure(file + ": " + failure.what());
   }
 }
 

@@ -45,13 +45,16 @@ struct Scenario {
   /// Seconds of virtual time.
   double duration;
   std::vector<ScenarioSlot> slots;
+  /// All that was read for it, or will be.
+  std::vector<std::string> files{};
 };
 
 /// Reads a scenario from `text`; paths in it are relative to `folder`. Throws a `UsageError` that
-/// begins with the path of the value that does not fit (`slots[0].events[2].at: ...`).
+/// begins with the path of the value that does not fit (`slots[0].events[2].at: ...`), and a
+/// `Failure` that begins so when what is named there cannot be opened.
 Scenario parseScenario(std::string_view text, std::filesystem::path const& folder);
-/// Reads a scenario file. Throws a `Failure` when it cannot be read, a `UsageError` that begins
-/// with the file's name when it does not fit.
+/// Reads a scenario file. Throws as `parseScenario`, with the file's name in front, and a `Failure`
+/// when the file cannot be read.
 Scenario readScenario(std::string const& file);
 
 }  // namespace Agent

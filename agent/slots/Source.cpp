@@ -19,6 +19,8 @@ struct Source::Kind {
   /// What the text begins with; empty for a file.
   std::string_view prefix;
   bool isLive = false;
+  /// See `Source::file`; null where there is none.
+  std::string (*file)(std::string const& target);
   /// See `Source::exclusive`; throws a `UsageError` when `target` does not make sense.
   std::string (*exclusive)(std::string const& target);
   TransportPtr (*open)(std::string const& target, SourceContext const& context);
@@ -33,8 +35,14 @@ std::string exclusiveFile(std::string const& target) {
   return target == "-" ? "standard input" : "";
 }
 
+std::string fileOf(std::string const& target) { return target == "-" ? "/dev/stdin" : target; }
+
 TransportPtr openFile(std::string const& target, SourceContext const& context) {
-  return std::make_unique<SimulatedBus>(SimulatedSupply(readFruImage(target), context.mfrId));
+  std::vector<Kex::U8> const image = readFruImage(target);
+  if (context.onImage) {
+    context.onImage(image);
+  }
+  return std::make_unique<SimulatedBus>(SimulatedSupply(image, context.mfrId));
 }
 
 std::string exclusiveBus(std::string const& target) { return LinuxBus(target).identity(); }
@@ -54,20 +62,31 @@ std::string exclusiveRecording(std::string const& target) {
   return "";
 }
 
+std::string recordingOf(std::string const& target) { return ReplayTarget(target).file; }
+
 TransportPtr openRecording(std::string const& target, SourceContext const& context) {
-  return std::make_unique<ReplayTransport>(target, context.onEnd);
+  return std::make_unique<ReplayTransport>(ReplayTarget(target), context.onEnd);
 }
 
 }  // namespace
 
 // The first kind whose prefix fits is taken.
 Source::Kind const Source::kKinds[] = {
-    {.prefix = "i2c:", .isLive = true, .exclusive = &exclusiveBus, .open = &openBus},
+    {.prefix = "i2c:",
+     .isLive = true,
+     .file = nullptr,
+     .exclusive = &exclusiveBus,
+     .open = &openBus},
     {.prefix = "replay:",
      .isLive = false,
+     .file = &recordingOf,
      .exclusive = &exclusiveRecording,
      .open = &openRecording},
-    {.prefix = "", .isLive = false, .exclusive = &exclusiveFile, .open = &openFile},
+    {.prefix = "",
+     .isLive = false,
+     .file = &fileOf,
+     .exclusive = &exclusiveFile,
+     .open = &openFile},
 };
 
 Source::Kind const* Source::kindOf(std::string_view text) {
@@ -82,6 +101,8 @@ Source::Source(std::string text)
       exclusive_(kind_->exclusive(target_)) {}
 
 bool Source::isLive() const { return kind_->isLive; }
+
+std::string Source::file() const { return kind_->file == nullptr ? "" : kind_->file(target_); }
 
 TransportPtr Source::open(SourceContext const& context) const {
   return kind_->open(target_, context);

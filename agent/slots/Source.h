@@ -1,7 +1,9 @@
 // A SOURCE of the command line: where a supply is, and how it is reached.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +24,8 @@ struct SourceContext {
   OnEnd onEnd{};
   /// Whether a bus that cannot serve is opened all the same, since it may come yet.
   bool mayBeMissing = false;
+  /// Told of the FRU memory that a supply is simulated from; may be empty.
+  std::function<void(std::span<Kex::U8 const>)> onImage{};
 };
 
 /// A SOURCE as it was written. Kinds of sources are rows of one table in Source.cpp.
@@ -33,6 +37,8 @@ class Source {
   std::string const& text() const { return text_; }
   /// Whether the source answers in its own time, so that the steady clock is needed.
   bool isLive() const;
+  /// The file that the source is read from; empty for a bus.
+  std::string file() const;
   /// What carries only one supply or can be read only once, such as a bus; empty for the rest.
   std::string const& exclusive() const { return exclusive_; }
   /// The way to the supply. Throws a `Failure` when it cannot be opened.

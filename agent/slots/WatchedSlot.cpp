@@ -6,6 +6,7 @@
 #include <iostream>
 #include <utility>
 
+#include "agent/base/Terminal.h"
 #include "agent/recording/TransactionLog.h"
 #include "agent/recording/Transcript.h"
 #include "agent/report/Report.h"
@@ -142,6 +143,7 @@ void WatchedSlot::recordStop(std::optional<std::string> const& why) {
 }
 
 void WatchedSlot::print(std::string const& line, Priority priority) const {
+  eraseProgress();
   std::cout << priorityPrefix(STDOUT_FILENO, priority) << line << '\n';
   if (reporting_.isLive) {
     std::cout.flush();

@@ -37,8 +37,14 @@ String8 outcome(char const* what, VornRequest const& request) {
                      block.empty() ? 0 : block.size() - 1);
 }
 
+/// `text` without what fills a block behind it.
+std::string_view withoutPadding(std::string_view text) {
+  using namespace std::string_view_literals;
+  return text.substr(0, text.find_last_not_of(" \0\xFF"sv) + 1);
+}
+
 String8 notSupported(std::optional<String8> const& mfrId) {
-  return joined({"MFR_ID \"", mfrId.value_or("").view(), "\" is not supported"});
+  return joined({"MFR_ID \"", withoutPadding(mfrId.value_or("").view()), "\" is not supported"});
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <limits>
 #include <ostream>
 
+#include "host/detector/AcceptedMakers.h"
 #include "host/kex/base/Exception.h"
 #include "host/kex/base/Format.h"
 
@@ -209,7 +210,12 @@ void IdentifierBase::doPollForInsertionRequestComplete(bool present) {
     supply = judgePoll(*pollForInsertionRequest(), findings(), detection_.mfrId);
     ending.outcome = outcomeOf(supply);
   }
-  carryOut(ending, [&] { return std::move(supply); });
+  carryOut(ending, [&] {
+    if (supply.verdict == Verdict::unsupportedManufacturer) {
+      supply.reason = withAcceptedMakers(supply.reason, *this);
+    }
+    return std::move(supply);
+  });
 }
 
 void IdentifierBase::doIdentifySupplyRequestComplete(bool identified) {

@@ -32,8 +32,9 @@ class KEX_API CommonAreaHeader final : public Kex::PtrInterface {
   Kex::U8 ipmiVersion() const { return bytes_[kVersion] & 0x0f; }
   /// Start of the product info area in bytes, one byte wide; 0 when there is no such area.
   Kex::U8 productAreaOffset() const { return static_cast<Kex::U8>(bytes_[kProductArea] * 8); }
-  /// What makes the header unacceptable: another version than 1, else a wrong checksum, else a
-  /// product info area at 0. None for an accepted header.
+  /// What makes the header unacceptable: nobody has written to the memory, else another version
+  /// than 1, else a wrong checksum, which is told with the one that would be right, else a product
+  /// info area at 0. None for an accepted header.
   std::optional<RecordFault> fault() const;
   /// As they stand on the wire, the checksum last.
   std::array<Kex::U8, kLength> const& bytes() const { return bytes_; }

@@ -1,98 +1,12 @@
 // Ipmi::ProductInfoArea, the FRU product info area.
 #include "host/ipmi/ProductInfoArea.h"
 
-#include <algorithm>
-#include <string>
 #include <utility>
 
 #include "host/kex/base/Format.h"
 #include "host/kex/type/KexType.h"
 
 namespace Ipmi {
-
-namespace {
-
-using Bytes = std::span<Kex::U8 const>;
-
-constexpr Kex::U8 kEndOfFields = 0xC1;
-
-Kex::String8 storedText(Bytes bytes) { return Kex::String8(bytes); }
-
-Kex::String8 bcdPlusText(Bytes bytes) {
-  constexpr std::string_view kDigits = "0123456789 -.???";
-  std::string text;
-  for (Kex::U8 const byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 0x0f];
-  }
-  return Kex::String8(text);
-}
-
-/// Characters of six bits, 0x20 added, the first in the low bits of the first byte.
-Kex::String8 sixBitText(Bytes bytes) {
-  std::string text;
-  for (std::size_t bit = 0; bit + 6 <= bytes.size() * 8; bit += 6) {
-    unsigned const low = bytes[bit / 8];
-    unsigned const high = bit / 8 + 1 < bytes.size() ? bytes[bit / 8 + 1] : 0U;
-    text += static_cast<char>(0x20 + (((high << 8 | low) >> bit % 8) & 0x3f));
-  }
-  return Kex::String8(text);
-}
-
-/// A way in which a field's bytes stand for its text.
-struct Encoding {
-  char const* name;
-  Kex::String8 (*text)(Bytes bytes);
-};
-
-/// In the order of `FieldEncoding`, which has no more than the two bits of it. BCD digits that mean
-/// nothing are shown as `?`.
-constexpr Encoding kEncodings[] = {
-    {"binary", &storedText},
-    {"BCD plus", &bcdPlusText},
-    {"6-bit", &sixBitText},
-    {"8-bit", &storedText},
-};
-
-Encoding const& encodingOf(FieldEncoding encoding) {
-  return kEncodings[static_cast<Kex::U8>(encoding)];
-}
-
-/// Reads fields one after the other; once a field overruns `area`, or the end mark is met, there
-/// is nothing more.
-class FieldCursor {
- public:
-  explicit FieldCursor(Bytes area) : area_(area) {}
-
-  /// Reads the next field; false when there is none.
-  bool read(AreaField& field) {
-    if (at_ >= area_.size() || area_[at_] == kEndOfFields) {
-      at_ = area_.size();
-      return false;
-    }
-    Kex::U8 const typeLength = area_[at_];
-    std::size_t const length = typeLength & 0x3f;
-    std::size_t const start = at_ + 1;
-    if (length > area_.size() - start) {
-      at_ = area_.size();
-      return false;
-    }
-    at_ = start + length;
-    field.encoding = static_cast<FieldEncoding>(typeLength >> 6);
-    field.text = encodingOf(field.encoding).text(area_.subspan(start, length));
-    field.offset = static_cast<Kex::U8>(start);
-    field.length = static_cast<Kex::U8>(length);
-    return true;
-  }
-
- private:
-  Bytes area_;
-  std::size_t at_ = ProductInfoArea::kLanguage + 1;
-};
-
-}  // namespace
-
-char const* encodingName(FieldEncoding encoding) { return encodingOf(encoding).name; }
 
 Kex::KexType& ProductInfoArea::_fwkType() {
   static Kex::KexType& record =
@@ -107,9 +21,10 @@ Kex::Ptr<ProductInfoArea> ProductInfoArea::ProductInfoAreaIs(Kex::Ptr<Hal::Buf> 
 ProductInfoArea::ProductInfoArea(Hal::Buf const& buffer)
     : head_(firstBytes<kLanguage + 1>(buffer.bytes())),
       checksumOffset_(buffer.len() == 0 ? 0 : buffer.len() - 1),
-      checksumValid_(isZeroSum(buffer.bytes())) {
-  // Offsets are one byte wide: an area never has more than 255 bytes, whatever the buffer has.
-  FieldCursor cursor(buffer.bytes().first(std::min<std::size_t>(checksumOffset_, 255)));
+      checksum_(buffer.len() == 0 ? Kex::U8{0} : buffer.bytes().back()),
+      rightChecksum_(checksumOf(buffer.bytes().first(checksumOffset_))),
+      checksumValid_(buffer.len() != 0 && checksum_ == rightChecksum_) {
+  FieldCursor cursor(buffer.bytes().first(checksumOffset_), kLanguage + 1);
   for (AreaField& field : fields_) {
     cursor.read(field);
   }
@@ -123,10 +38,19 @@ std::optional<RecordFault> ProductInfoArea::fault() const {
     return RecordFault{
         kVersion, Kex::format("the product info area has format version %u, not 1", version())};
   }
-  if (!checksumValid()) {
-    return RecordFault{checksumOffset_, "the product info area's checksum is wrong"};
+  if (checksumValid()) {
+    return std::nullopt;
   }
-  return std::nullopt;
+  if (length() == 0) {
+    return RecordFault{
+        kLength, Kex::format("the product info area's length is %u bytes%s", head_[kLength] * 8U,
+                             head_[kLength] == 0 ? "" : ", which wraps to 0")};
+  }
+  return RecordFault{
+      checksumOffset_,
+      Kex::format("the product info area's checksum is 0x%02X, where 0x%02X would be "
+                  "right",
+                  checksum_, rightChecksum_)};
 }
 
 Kex::KexType& ProductInfoArea::fwkType() const { return _fwkType(); }

@@ -3,29 +3,13 @@
 
 #include <array>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "host/hal/Buf.h"
+#include "host/ipmi/AreaField.h"
 #include "host/ipmi/Record.h"
 
 namespace Ipmi {
-
-/// How the bytes of a FRU field stand for its text (type/length byte, bits 6 and 7).
-enum class FieldEncoding : Kex::U8 { binary = 0, bcdPlus = 1, sixBitAscii = 2, eightBit = 3 };
-
-/// One field of an area.
-struct AreaField {
-  /// BCD plus and 6-bit ASCII expanded; 8-bit and binary as the bytes stand.
-  Kex::String8 text;
-  FieldEncoding encoding = FieldEncoding::binary;
-  /// Start of the stored bytes from the start of the area; 0 for a field that is not there.
-  Kex::U8 offset = 0;
-  /// Number of stored bytes.
-  Kex::U8 length = 0;
-
-  bool operator==(AreaField const&) const = default;
-};
 
 /// A product info area (IPMI Platform Management FRU Information Storage Definition, section 12).
 /// Nothing is read past the buffer, whose last byte is the checksum: a field that reaches into it
@@ -85,7 +69,8 @@ class KEX_API ProductInfoArea final : public Kex::PtrInterface {
   Kex::U8 length() const { return static_cast<Kex::U8>(head_[kLength] * 8); }
   /// The IPMI language code; 0 is English.
   Kex::U8 language() const { return head_[kLanguage]; }
-  /// What makes the area unacceptable: another version than 1, else a wrong checksum. None for an
+  /// What makes the area unacceptable: another version than 1, else a wrong checksum, which is told
+  /// with the one that would be right, or a length of 0 bytes, for which there is none. None for an
   /// accepted area. Of an area's header alone the version can be judged.
   std::optional<RecordFault> fault() const;
 
@@ -95,10 +80,10 @@ class KEX_API ProductInfoArea final : public Kex::PtrInterface {
   std::array<Kex::U8, kLanguage + 1> head_;
   /// The last byte's offset; 0 of an empty buffer.
   Kex::U32 checksumOffset_;
+  /// As it is stored, and as it would be right.
+  Kex::U8 checksum_;
+  Kex::U8 rightChecksum_;
   bool checksumValid_;
 };
-
-/// The encoding's name for a person.
-KEX_API char const* encodingName(FieldEncoding encoding);
 
 }  // namespace Ipmi

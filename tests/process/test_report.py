@@ -9,7 +9,7 @@ import unittest
 from agent import DS2900, SAMPLES, Case, run
 
 FIELDS = ("verdict", "reason", "mfrId", "descriptor", "manufacturerName", "productName", "partNumber",
-          "productVersion", "serialNumber", "hwError", "suspect", "transactions", "fdl")
+          "productVersion", "serialNumber", "hwError", "suspect", "transactions", "fdl", "hint")
 REQUEST = ("request", "device", "command", "write", "readLength", "read", "error")
 
 

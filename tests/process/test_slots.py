@@ -37,15 +37,13 @@ class Simulate(Case):
             ({"duration": 1, "slots": [slot, slot]}, 'slots[1].name: "A" is taken'),
             ({"duration": 1, "slots": [{**slot, "name": "a/b"}]}, 'slots[0].name: "a/b" is no name'),
             ({"duration": 1, "slots": [{"name": "A"}]}, 'slots[0]: the key "supply" is missing'),
-            ({"duration": 1, "slots": [{"name": "A", "supply": {"image": "none.fru"}}]},
-             "slots[0].supply.image: "),
             ({"duration": 1, "slots": [{"name": "A", "supply": {**supply, "mfrId": ""}}]},
              "slots[0].supply.mfrId: "),
             ({"duration": 1, "slots": [{"name": "A", "supply": {**supply, "mfrId": "\u0100"}}]},
              "above U+00FF"),
-            (events({"at": 10, "action": "remove"}), "slots[0].events[0].at: 10 is no number"),
+            (events({"at": 10, "action": "remove"}), "slots[0].events[0].at: 10 is later than the end"),
             (events({"at": 2, "action": "remove"}, {"at": 1, "action": "remove"}),
-             "slots[0].events[1].at: 1 is no number"),
+             "slots[0].events[1].at: 1 is earlier than the event before it"),
             (events({"at": 1, "action": "explode"}), 'events[0].action: "explode" is no action'),
             (events({"at": 1, "action": "nack", "byte": 1}), 'events[0]: unknown key "byte"'),
             (events({"at": 1, "action": "nack", "transactions": 0}), "transactions: 0 is no whole"),
@@ -56,6 +54,8 @@ class Simulate(Case):
         ]
         for document, message in table:
             self.refused(2, message, "simulate", self.scenario(document))
+        self.refused(1, "scenario.json: slots[0].supply.image: ", "simulate", self.scenario(
+            {"duration": 1, "slots": [{"name": "A", "supply": {"image": "none.fru"}}]}))
         for file, message in ((self.folder / "none.json", "none.json: cannot open: No such file"),
                               (self.folder, "is no regular file"),
                               ("/dev/zero", "/dev/zero: is no regular file")):

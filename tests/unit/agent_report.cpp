@@ -56,12 +56,13 @@ Supply identified(std::array<std::string, 5> const& texts, std::string const& fd
 
 TEST(Report, JsonInUtf8) {
   Agent::JsonObject object;
-  EXPECT_EQ(Agent::addSupply(object, identified({"\xE9", "", "", "", "a'\n"}, "\xE9 a'\n")).text(),
-            R"({"verdict":"identified","reason":null,"mfrId":"EMER","descriptor":"DS2900",)"
-            "\"manufacturerName\":\"\xC3\xA9\","
-            R"("productName":"","partNumber":"","productVersion":"","serialNumber":"a'\n",)"
-            R"("hwError":false,"suspect":["serialNumber"],"transactions":9,)"
-            "\"fdl\":\"\xC3\xA9 a'\\n\"}");
+  EXPECT_EQ(
+      Agent::addSupply(object, identified({"\xE9", "", "", "", "a'\n"}, "\xE9 a'\n")).text(),
+      R"({"verdict":"identified","reason":null,"hint":null,"mfrId":"EMER","descriptor":"DS2900",)"
+      "\"manufacturerName\":\"\xC3\xA9\","
+      R"("productName":"","partNumber":"","productVersion":"","serialNumber":"a'\n",)"
+      R"("hwError":false,"suspect":["serialNumber"],"transactions":9,)"
+      "\"fdl\":\"\xC3\xA9 a'\\n\"}");
 }
 
 // The text of every byte, and of bytes that are no UTF-8, against another writer of JSON.
@@ -89,7 +90,7 @@ TEST(Json, OtherValues) {
 }
 
 TEST(Report, SuspectFields) {
-  for (char const byte : "'\"\\\n\r"s + '\0') {
+  for (char const byte : "'\"\\\n\r\t\x1F\x7F"s + '\0') {
     std::string const text = "x"s + byte;
     std::string const written = byte == '\0' ? "x" : text;
     std::array const all{text, text, text, text, text};
@@ -100,7 +101,7 @@ TEST(Report, SuspectFields) {
     EXPECT_THAT(names, ElementsAre("manufacturerName", "productVersion", "serialNumber"));
     EXPECT_THAT(Agent::suspects(identified(all, "not written")), testing::IsEmpty());
   }
-  EXPECT_THAT(Agent::suspects(identified({"", "", "", "", "a\tb \x80"}, "a\tb \x80")),
+  EXPECT_THAT(Agent::suspects(identified({"", "", "", "", "a~ \x80"}, "a~ \x80")),
               testing::IsEmpty());
 }
 

@@ -175,6 +175,10 @@ TEST(FaultSweep, endsWithTheRightSupply) {
       }
     }
   }
+  // What types declare when somebody first asks them stays.
+  for (Kind const& kind : kKinds) {
+    lifeWith({{0, &kind}}, expected.fdl);
+  }
   std::size_t const before = Kex::VFPtrInterface::liveObjects();
   for (auto const& plan : plans) {
     Supply const supply = lifeWith(plan, expected.fdl);

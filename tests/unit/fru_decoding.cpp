@@ -130,7 +130,9 @@ TEST(FruCommonAreaHeader, decodesVersionProductAreaAndZeroSum) {
       {bytes("01 00 00 00"), 1, 0, false, 7},
       {bytes("01 00 00 00 01 00 00 FE"), 1, 8, true, -1},
       {bytes("F2 00 00 00 1F 00 00 CF"), 2, 248, false, 0, "version 2, not 1"},
-      {bytes("01 00 00 00 00 00 00 FE"), 1, 0, false, 7, "checksum 0xfe is wrong"},
+      {bytes("01 00 00 00 00 00 00 FE"), 1, 0, false, 7, "is 0xFE, where 0xFF would be right"},
+      {std::string(8, '\xFF'), 15, 248, false, 0, "0xFF throughout: the memory is erased"},
+      {std::string(8, '\0'), 0, 0, true, 0, "0x00 throughout: the memory is empty"},
       {bytes("01 00 00 00 20 00 00 DF"), 1, 0, true, 4, "product info area at 0x100"},
       {bytes("01 00 00 00 21 00 00 DE"), 1, 8, true, -1},
       // What follows the eight bytes is not the header's.
