@@ -14,10 +14,14 @@ CLI::Option& repeatable(CLI::Option& option, std::string const& text) {
   return *option.option_text(text + " ...")->expected(1)->take_all()->allow_extra_args(false);
 }
 
-CLI::Option& aPath(CLI::Option& option, std::string const& text) {
-  return *option.option_text(text)->check([text](std::string const& name) {
-    return name.empty() ? "the name of a " + text + " must not be empty" : std::string();
+CLI::Option& notEmpty(CLI::Option& option, std::string const& what) {
+  return *option.check([what](std::string const& name) {
+    return name.empty() ? "the name of a " + what + " must not be empty" : std::string();
   });
+}
+
+CLI::Option& aPath(CLI::Option& option, std::string const& text) {
+  return notEmpty(*option.option_text(text), text);
 }
 
 CLI::Option& inSeconds(CLI::Option& option, double least) {

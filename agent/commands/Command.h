@@ -39,6 +39,8 @@ Prepare* preparationOf(std::string_view name);
 /// Makes `option`, whose value `text` stands for in the help, one that may be given several times,
 /// each time with one value.
 CLI::Option& repeatable(CLI::Option& option, std::string const& text);
+/// Refuses an empty value of `option`, which is the name of what `what` stands for.
+CLI::Option& notEmpty(CLI::Option& option, std::string const& what);
 /// Makes `option` the name of a file or folder, for which `text` stands; an empty one is refused.
 CLI::Option& aPath(CLI::Option& option, std::string const& text);
 /// Makes `option` a number of seconds from `least` to a hundred years, and returns it.

@@ -77,6 +77,8 @@ void set(CLI::Option& option, Entry const& entry, std::function<void()> const& c
       option.add_result(isSwitch ? option.get_flag_value(entry.key, value) : value);
     }
     option.run_callback();
+  } catch (CLI::ConversionError const&) {
+    throw UsageError("is true or false, not " + inQuotes(entry.values.front()));
   } catch (CLI::Error const& error) {
     throw UsageError(error.what());
   }

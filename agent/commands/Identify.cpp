@@ -31,6 +31,9 @@ struct Options {
   std::string output;
   std::string record;
   std::vector<std::string> sources;
+
+  /// Whether standard output is for what is told of the supplies.
+  bool isPrinted() const { return record != "-"; }
 };
 
 /// A SOURCE, and what became of it.
@@ -81,30 +84,38 @@ JsonObject objectOf(Entry const& entry) {
 
 /// Prints which of several sources the FDL behind it is of; only a person needs that.
 void printHeading(Entry const& entry, std::vector<Entry> const& entries, Options const& options) {
-  if (isOutTerminal() && entries.size() > 1 && !options.isExplained && !options.isJson &&
-      !options.isTable && options.output.empty()) {
+  if (isOutTerminal() && entries.size() > 1 && options.isPrinted() && !options.isExplained &&
+      !options.isJson && !options.isTable && options.output.empty()) {
     std::cout << inLook(Look::heading, "== " + escaped(entry.source) + " ==") << '\n';
   }
 }
 
 /// Prints the outcome of `entry`, whose candidate has none.
 void printFailure(Entry const& entry, Options const& options) {
-  if (options.isJson) {
+  if (options.isJson && options.isPrinted()) {
     JsonObject object = objectOf(entry);
     std::cout << addFailure(object, entry.failure).text() << '\n';
   }
 }
 
+/// What is printed of the supply at once.
+std::string textOf(Entry const& entry, Candidate const& candidate, Supply const& supply,
+                   Options const& options) {
+  if (options.isExplained) {
+    return explain(entry.source, candidate.log(), supply, candidate.memory(), candidate.hint());
+  }
+  if (options.isJson) {
+    JsonObject object = objectOf(entry);
+    return addSupply(object, supply, candidate.hint()).text() + '\n';
+  }
+  return options.output.empty() && !options.isTable ? std::string(supply.fdl.view()) : "";
+}
+
 void print(Entry const& entry, Candidate const& candidate, Supply const& supply,
            Options const& options, Ledger& ledger) {
   std::optional<Hint> const hint = candidate.hint();
-  if (options.isExplained) {
-    std::cout << explain(entry.source, candidate.log(), supply, candidate.memory(), hint);
-  } else if (options.isJson) {
-    JsonObject object = objectOf(entry);
-    std::cout << addSupply(object, supply, hint).text() << '\n';
-  } else if (options.output.empty() && !options.isTable) {
-    std::cout << supply.fdl;
+  if (options.isPrinted()) {
+    std::cout << textOf(entry, candidate, supply, options);
   }
   if (Status const status = statusOf(supply); status != Status::ok) {
     ledger.tell(status, entry.source + ": " + explanation(supply, hint));
@@ -179,7 +190,7 @@ Status identify(Options const& options, Globals const& globals) {
     }
     printFailure(entry, options);
   }
-  if (options.isTable) {
+  if (options.isTable && options.isPrinted()) {
     std::cout << tableOf(rows);
   }
   ledger.add(loop.status());
@@ -209,8 +220,9 @@ Action prepareIdentify(CLI::App& command) {
   aPath(*command.add_option("--output", options->output,
                             "Write each FDL into a file of its own in DIR instead"),
         "DIR");
-  aPath(*command.add_option("--record", options->record,
-                            "Write all bus transactions to FILE, - for standard output"),
+  aPath(*command.add_option(
+            "--record", options->record,
+            "Write all bus transactions to FILE; - is standard output, and nothing else there"),
         "FILE");
   command
       .add_option("SOURCE", options->sources,

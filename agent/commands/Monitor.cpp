@@ -164,10 +164,9 @@ Status check(MonitorOptions const& options) {
 Action prepareMonitor(CLI::App& command) {
   auto const line = std::make_shared<CommandLine>();
   addMonitorOptions(command, line->options);
-  command
-      .add_option("--config", line->config,
-                  "Further options, as KEY = VALUE; SIGHUP reads it again")
-      ->option_text("FILE");
+  aPath(*command.add_option("--config", line->config,
+                            "Further options, as KEY = VALUE; SIGHUP reads it again"),
+        "FILE");
   command.add_flag("--check", line->isCheck, "Tell whether the configuration is sound, and end");
   return [line, &command](Globals const& globals) {
     Read const read = [&] {

@@ -24,8 +24,9 @@ void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
       .option_text("S [60]");
   inSeconds(*command.add_option("--duration", options.duration, "Seconds after which to end"));
   command.add_flag("--json", options.isJson, "Print JSON lines instead");
-  aPath(*command.add_option("--record", options.record,
-                            "Record what happens, for replay:FILE; - is standard output"),
+  aPath(*command.add_option(
+            "--record", options.record,
+            "Record what happens, for replay:FILE; - is standard output, and nothing else there"),
         "FILE");
   command.add_option("--metrics", options.metrics, "Keep figures of the slots in FILE")
       ->option_text("FILE")

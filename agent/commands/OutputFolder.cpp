@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "agent/base/Error.h"
+#include "agent/base/InputFile.h"
 
 namespace Agent {
 
@@ -43,6 +44,9 @@ OutputFolder::OutputFolder(std::filesystem::path folder, std::vector<Source> con
       throw UsageError(
           "--output: " + sources[static_cast<std::size_t>(same - files_.begin())].text() + " and " +
           source.text() + " have the same file, " + file.string());
+    }
+    for (Source const& read : sources) {
+      checkIsNotRead("--output", file.string(), read.file());
     }
     files_.push_back(file);
   }

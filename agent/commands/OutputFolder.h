@@ -14,7 +14,8 @@ namespace Agent {
 class OutputFolder {
  public:
   /// Makes `folder` where it is not there. Throws a `UsageError` when two of `sources` have the
-  /// same file, and a `Failure` when there is no such folder and it cannot be made.
+  /// same file, or one of them would be overwritten, and a `Failure` when there is no such folder
+  /// and it cannot be made.
   OutputFolder(std::filesystem::path folder, std::vector<Source> const& sources);
 
   /// Writes the file of the source at this place; an empty FDL takes the file away, since what an

@@ -114,6 +114,11 @@ std::string refusalOf(CLI::App const& program, CLI::ParseError const& error,
       return miscounted(*option);
     }
   }
+  if (dynamic_cast<CLI::ConversionError const*>(&error) != nullptr) {
+    // The library converts nothing but what a switch is set to.
+    std::string_view const name = std::string_view(text).substr(text.find("--"));
+    return std::string(name.substr(0, name.find(' '))) + " takes no value but true or false";
+  }
   if (!left.empty()) {
     return inQuotes(left) + " is more than " + command->get_name() + " takes";
   }

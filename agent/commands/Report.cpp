@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "agent/base/Error.h"
+#include "agent/base/InputFile.h"
 #include "agent/page/Page.h"
 #include "agent/page/Rehearsal.h"
 
@@ -32,6 +33,9 @@ void write(std::string const& page, std::string const& file) {
 }
 
 Status report(Options const& options, Globals const& globals) {
+  for (std::string const& file : options.recordings) {
+    checkIsNotRead("--output", options.output, file);
+  }
   Plugin const plugin(globals.library);
   Loop loop(ClockKind::virtualClock);
   std::vector<Lane> lanes;
@@ -54,12 +58,14 @@ Status report(Options const& options, Globals const& globals) {
 
 Action prepareReport(CLI::App& command) {
   auto const options = std::make_shared<Options>();
-  command.add_option("-o,--output", options->output, "Write the page to FILE [standard output]")
-      ->option_text("FILE");
-  command
-      .add_option("RECORDING", options->recordings,
-                  "What --record has written, or a kernel trace as text")
-      ->required();
+  aPath(*command.add_option("-o,--output", options->output,
+                            "Write the page to FILE [standard output]"),
+        "FILE");
+  notEmpty(*command
+                .add_option("RECORDING", options->recordings,
+                            "What --record has written, or a kernel trace as text")
+                ->required(),
+           "RECORDING");
   return [options](Globals const& globals) { return report(*options, globals); };
 }
 

@@ -180,13 +180,15 @@ Action prepareSimulate(CLI::App& command) {
   auto const options = std::make_shared<Options>();
   command.add_flag("--transcript", options->isTranscript, "Print every bus transaction as well");
   command.add_flag("--json", options->isJson, "Print JSON lines instead");
-  aPath(*command.add_option("--record", options->record,
-                            "Record what happens, for replay:FILE; - is standard output"),
+  aPath(*command.add_option(
+            "--record", options->record,
+            "Record what happens, for replay:FILE; - is standard output, and nothing else there"),
         "FILE");
   aPath(*command.add_option("--publish", options->publish,
                             "Keep DIR/NAME.fdl for each slot whose supply is identified"),
         "DIR");
-  command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required();
+  notEmpty(*command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required(),
+           "SCENARIO");
   return [options](Globals const& globals) { return simulate(*options, globals); };
 }
 

@@ -31,20 +31,20 @@ Kex::Ptr<CommonAreaHeader const> headerOf(FruBytes const& fru) {
 /// Where the file ends, if that is inside what was needed; empty if it is not.
 std::string fileEnd(FruBytes const& fru, std::size_t end) {
   std::string const told = "the file ends at byte " + std::to_string(end);
-  auto const header = headerOf(fru);
-  if (!header) {
+  if (end < CommonAreaHeader::kLength) {
     return told + ", inside the FRU common header (0 to 7)";
+  }
+  auto const header = headerOf(fru);
+  if (!header || header->fault()) {
+    return "";
   }
   std::size_t const start = header->productAreaOffset();
   std::string const area = "the product info area";
-  if (header->fault()) {
-    return "";
-  }
   if (end <= start) {
     return told + ", and " + area + " begins at " + std::to_string(start);
   }
   auto const bytes = fru.from(static_cast<Kex::U8>(start), ProductInfoArea::kHeaderLength);
-  if (bytes.size() < ProductInfoArea::kHeaderLength) {
+  if (end < start + ProductInfoArea::kHeaderLength) {
     return told + ", inside " + area + ", which begins at " + std::to_string(start);
   }
   std::size_t const length = static_cast<Kex::U8>(bytes[ProductInfoArea::kLength] * kUnit);
@@ -59,7 +59,10 @@ std::optional<Hint> hintOf(Supply const& supply, FruBytes const& fru,
                            std::optional<std::size_t> fileLength) {
   auto const header = headerOf(fru);
   if (supply.verdict == Verdict::invalidChecksum && header && !header->fault()) {
-    auto const area = fru.from(header->productAreaOffset(), 0xFF);
+    // What is behind the end of a file is nobody's memory.
+    std::size_t const start = header->productAreaOffset();
+    std::size_t const known = fileLength ? *fileLength - std::min(*fileLength, start) : 0xFF;
+    auto const area = fru.from(static_cast<Kex::U8>(start), std::min<std::size_t>(known, 0xFF));
     if (auto const length = Ipmi::lengthHint(area, *header)) {
       return Hint{
           .text = Kex::format("with length %u x 8 bytes the checksum is right", unsigned{*length})

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <optional>
 
 #include "agent/base/Text.h"
 #include "host/ipmi/Record.h"
@@ -23,11 +22,11 @@ constexpr std::size_t kBoardArea = 3;
 constexpr std::size_t kMultirecordArea = 5;
 constexpr std::size_t kUnit = 8;
 
-/// Start of the area that the header's byte `at` names; none where there is none, or where no
-/// one-byte offset reaches it.
-std::optional<U8> startOf(CommonAreaHeader const& header, std::size_t at) {
+/// Start of the area that the header's byte `at` names; 0 where there is none, or where no one-byte
+/// offset reaches it.
+U8 startOf(CommonAreaHeader const& header, std::size_t at) {
   std::size_t const start = header.bytes()[at] * kUnit;
-  return start == 0 || start > 0xFF ? std::nullopt : std::optional(static_cast<U8>(start));
+  return start > 0xFF ? U8{0} : static_cast<U8>(start);
 }
 
 /// Minutes since the beginning of 1996 as a date.
@@ -136,7 +135,7 @@ void writeRecord(Page& page, std::size_t start, RecordType const& type, Bytes da
   for (Flag const& flag : type.flags) {
     if (flag.offset < data.size()) {
       page.row(start + flag.offset, flag.name,
-               (data[flag.offset] >> flag.bit & 1U) != 0 ? "yes" : "no");
+               (unsigned{data[flag.offset]} >> flag.bit & 1U) != 0 ? "yes" : "no");
     }
   }
 }
@@ -147,8 +146,8 @@ void writeBoardArea(Page& page, FruBytes const& fru, CommonAreaHeader const& hea
   constexpr std::size_t kFirstField = 6;
   constexpr std::array kNames = {"manufacturer", "product name", "serial number", "part number",
                                  "FRU file ID"};
-  auto const start = startOf(header, kBoardArea);
-  auto const known = start ? fru.from(*start, 0xFF) : std::vector<U8>();
+  U8 const start = startOf(header, kBoardArea);
+  auto const known = start == 0 ? std::vector<U8>() : fru.from(start, 0xFF);
   std::size_t const length = known.size() < 2 ? 0 : known[1] * kUnit;
   if (length == 0) {
     return;
@@ -159,27 +158,27 @@ void writeBoardArea(Page& page, FruBytes const& fru, CommonAreaHeader const& hea
     return;
   }
   Bytes const area = Bytes(known).first(length);
-  page.row(*start, "format version", std::to_string(area[0] & 0x0FU));
-  page.row(*start + 1U, "length", format("%u x 8 bytes", area[1]).charPtr());
-  page.row(*start + 2U, "language", std::to_string(area[2]));
-  page.row(*start + 3U, "made on",
+  page.row(start, "format version", std::to_string(area[0] & 0x0FU));
+  page.row(start + 1U, "length", format("%u x 8 bytes", area[1]).charPtr());
+  page.row(start + 2U, "language", std::to_string(area[2]));
+  page.row(start + 3U, "made on",
            dateOf(area[3] | unsigned{area[4]} << 8 | unsigned{area[5]} << 16));
   Ipmi::FieldCursor cursor(area.first(length - 1), kFirstField);
   std::size_t number = 0;
   for (Ipmi::AreaField field; cursor.read(field); ++number) {
-    page.field(*start, field, number < kNames.size() ? kNames[number] : "custom field");
+    page.field(start, field, number < kNames.size() ? kNames[number] : "custom field");
   }
-  page.row(*start + length - 1, "checksum", checksums(area));
+  page.row(start + length - 1, "checksum", checksums(area));
 }
 
 void writeMultirecords(Page& page, FruBytes const& fru, CommonAreaHeader const& header) {
   constexpr std::size_t kHeader = 5;
   constexpr unsigned kEndOfList = 0x80;
-  auto const start = startOf(header, kMultirecordArea);
-  auto const known = start ? fru.from(*start, 0x100U - *start) : std::vector<U8>();
+  U8 const start = startOf(header, kMultirecordArea);
+  auto const known = start == 0 ? std::vector<U8>() : fru.from(start, 0x100U - start);
   Bytes rest(known);
   for (bool isLast = false; !isLast && rest.size() >= kHeader;) {
-    std::size_t const offset = *start + (known.size() - rest.size());
+    std::size_t const offset = start + (known.size() - rest.size());
     Bytes const head = rest.first(kHeader);
     auto const* const type = std::ranges::find(kTypes, head[0], &RecordType::type);
     bool const isKnown = type != std::end(kTypes);

@@ -48,8 +48,9 @@ void Page::line(std::string const& content, bool isFault, std::size_t indent) {
   std::string start(rest.substr(0, std::min(indent, rest.size())));
   rest.remove_prefix(start.size());
   for (std::string const& piece : pieces(rest, kColumns - gutter.size() - indent)) {
-    text_ += isFault ? inLook(Look::bad, gutter + start + piece) : gutter + start + piece;
-    text_ += '\n';
+    std::string whole = gutter;
+    whole.append(start).append(piece);
+    text_.append(isFault ? inLook(Look::bad, whole) : whole) += '\n';
     gutter = "   ";
     start.assign(indent, ' ');
   }

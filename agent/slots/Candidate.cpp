@@ -47,12 +47,10 @@ SourceContext Candidate::listening(SourceContext context) {
 
 FruBytes Candidate::memory() const {
   FruBytes bytes;
-  bytes.imageIs(image_);
-  if (image_.empty()) {
-    for (TransactionRecord const& record : log_.records()) {
-      bytes.recordIs(record);
-    }
+  for (TransactionRecord const& record : log_.records()) {
+    bytes.recordIs(record);
   }
+  bytes.imageIs(image_);
   return bytes;
 }
 

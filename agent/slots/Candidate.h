@@ -37,7 +37,7 @@ class Candidate {
   bool isDone() const { return isDone_ || hasSourceEnded_; }
   /// Whether there will be no further outcome than that of now.
   bool hasSourceEnded() const { return hasSourceEnded_; }
-  /// What is known of its supply's FRU memory: what the source has of it, or what was read.
+  /// What is known of its supply's FRU memory: what was read, and what the source has of it.
   FruBytes memory() const;
   /// What the person who reads the outcome may look at first; none before there is an outcome.
   std::optional<Hint> hint() const;

@@ -131,7 +131,7 @@ class Reader {
     value.checkKeys({"image", "mfrId", "replay"});
     if (value.has("replay")) {
       value.checkKeys({"replay"});
-      std::string const text = value.at("replay").string();
+      std::string const text = pathIn(value.at("replay"));
       std::string const target = (folder_ / text).string();
       files_.push_back(ReplayTarget(target).file);
       return ScenarioSupply{.text = text, .kind = RecordedSupply{target}};
@@ -140,8 +140,17 @@ class Reader {
     if (mfrId.empty() || mfrId.size() > SimulatedSupply::kLongestMfrId) {
       value.at("mfrId").refuse(inQuotes(mfrId) + " has not 1 to 32 bytes");
     }
-    std::string const text = value.at("image").string();
+    std::string const text = pathIn(value.at("image"));
     return ScenarioSupply{.text = text, .kind = SimulatedSupply(image(value.at("image")), mfrId)};
+  }
+
+  /// The name of a file.
+  static std::string pathIn(JsonValue const& value) {
+    std::string text = value.string();
+    if (text.empty() || text.find('\0') != std::string::npos) {
+      value.refuse(inQuotes(text) + " names no file");
+    }
+    return text;
   }
 
   std::vector<Kex::U8> const& image(JsonValue const& value) {

@@ -143,6 +143,9 @@ void WatchedSlot::recordStop(std::optional<std::string> const& why) {
 }
 
 void WatchedSlot::print(std::string const& line, Priority priority) const {
+  if (reporting_.recorder != nullptr && reporting_.recorder->isOut()) {
+    return;
+  }
   eraseProgress();
   std::cout << priorityPrefix(STDOUT_FILENO, priority) << line << '\n';
   if (reporting_.isLive) {

@@ -15,11 +15,21 @@ using Bytes = std::span<Kex::U8 const>;
 
 constexpr std::size_t kUnit = 8;
 
+/// Whether the field's text can be read, or is none.
+bool isReadable(AreaField const& field) {
+  return field.encoding != FieldEncoding::eightBit ||
+         std::ranges::all_of(field.text.view(),
+                             [](char letter) { return letter >= 0x20 && letter <= 0x7E; });
+}
+
 /// Where the end mark stands behind the fields that a recognition needs; 0 when there is none.
 std::size_t endMarkOf(Bytes area) {
   FieldCursor cursor(area, Area::kLanguage + 1);
   std::size_t fields = 0;
   for (AreaField field; cursor.read(field); ++fields) {
+    if (!isReadable(field)) {
+      return 0;
+    }
   }
   return fields > Area::kSerialNumber ? cursor.endMark() : 0;
 }

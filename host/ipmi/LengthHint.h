@@ -12,6 +12,7 @@ namespace Ipmi {
 /// is not with the length that stands in the area: makers write the one for the other. It is
 /// suggested by the end mark of the fields or by the area that follows in `header`, and holds where
 /// - the area has format version 1, every field up to the serial number, and an end mark,
+/// - 8-bit texts are printable ASCII,
 /// - behind the mark up to the checksum one byte is repeated, as what fills an area is,
 /// - all its bytes, with the length as it is stored or as it is suggested, add up to 0.
 ///

@@ -35,6 +35,11 @@ class Refusals(Case):
                 (["identify", "--wait", "-1", DS2900], "from 0 to 3200000000", "identify"),
                 (["identify", "--wait", "nan", DS2900], '"nan" is not a number', "identify"),
                 (["identify", "--record", "", DS2900], "must not be empty", "identify"),
+                (["identify", "--json=maybe", DS2900], "--json takes no value but true", "identify"),
+                (["simulate", ""], "a SCENARIO must not be empty", "simulate"),
+                (["report", "x", "-o", ""], "a FILE must not be empty", "report"),
+                (["report", ""], "a RECORDING must not be empty", "report"),
+                (["monitor", "--config", ""], "a FILE must not be empty", "monitor"),
                 (["monitor", "--slot"], "--slot needs a value", "monitor"),
                 (["monitor", "--slot", f"A={DS2900}", f"B={DS2900}"], "more than monitor", "monitor"),
                 (["monitor", "--slot", f"A={DS2900}"], "--duration: is needed", "monitor"),
@@ -77,6 +82,10 @@ class Refusals(Case):
             {"name": "B", "supply": {"replay": "psu.jsonl"}}]}))
         for file in (image, hard, recording, scenario):
             self.refused(2, "overwritten", "simulate", "--record", file, scenario)
+        self.refused(2, "overwritten", "report", "-o", recording, recording)
+        fdl = image.with_suffix(".fdl")
+        fdl.hardlink_to(image)
+        self.refused(2, "overwritten", "identify", "--output", self.folder, DS2900, fdl)
         with open(image, "rb") as source:
             done = subprocess.run([os.environ["PSU_AGENT"], "identify", "--record", image, "-"],
                                   stdin=source, capture_output=True, check=False)
@@ -125,9 +134,13 @@ class Options(Case):
 
     def test_record_to_standard_output(self):
         file = self.folder / "psu.jsonl"
-        run("identify", "--record", file, faulty("unrecognised"))
-        out = run("identify", "--record", "-", faulty("unrecognised"))[1]
-        self.assertEqual(out, file.read_bytes())
+        scenario = SOURCE / "samples" / "scenarios" / "swap-between-checks.json"
+        for words in (["identify", DS2900], ["identify", "--json", DS2900, "none.fru"],
+                      ["identify", "--table", DS2900], ["identify", "--explain", DS2900],
+                      ["simulate", "--transcript", scenario],
+                      ["monitor", "--duration", "3", "--slot", f"A={DS2900}"]):
+            run(words[0], "--record", file, *words[1:])
+            self.assertEqual(run(words[0], "--record", "-", *words[1:])[1], file.read_bytes(), words)
 
     def test_names_with_a_hash(self):
         image, recording = self.folder / "a#b", self.folder / "c#d"

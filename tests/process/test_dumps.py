@@ -45,6 +45,10 @@ class Dumps(Case):
                                  (verdict, hint and f"the file ends at byte {hint}"))
                 self.assertEqual(len(err), 0 if hint is None else 1)
                 self.assertIn(hint or "", "".join(err))
+        file = self.folder / "cut.fru"
+        file.write_bytes(image[:40])
+        self.assertIn(b"\n>> 0x4F  checksum              0xFF stored, 0xB1 computed\n",
+                      run("identify", "--explain", file)[1])
         # Its checksum may be right all the same, by chance.
         end = START + UNITS * 8 - 4
         lucky = image[:end] + bytes([-sum(image[START:end]) - 3 * 0xFF & 0xFF])

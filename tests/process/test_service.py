@@ -39,7 +39,7 @@ class Config(Case):
                 (slot + "hold = 1\nhold = 1", "psu.conf:4: hold: the key is there twice"),
                 (slot + "hold = [1, 2]", "psu.conf:3: hold: "),
                 (slot + "poll-interval = 0", "psu.conf:3: poll-interval: "),
-                (slot + "json = maybe", "psu.conf:3: json: "),
+                (slot + "json = maybe", 'psu.conf:3: json: is true or false, not "maybe"'),
                 (slot + "slot = A", "psu.conf:3: slot: A is not NAME=SOURCE"),
                 (slot + 'slot = ["B=-",\n"a/b=-"]', "psu.conf:3: slot: a/b=- is not NAME=SOURCE"),
                 (slot + 'slot = ["B=-",', "is not KEY = VALUE"),
