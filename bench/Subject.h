@@ -22,6 +22,7 @@ struct Subject {
 std::vector<Subject> floorSubjects();
 std::vector<Subject> descriptorSubjects();
 std::vector<Subject> slotSubjects(Agent::Plugin const& plugin);
+std::vector<Subject> flightSubjects(Agent::Plugin const& plugin);
 std::vector<Subject> traceSubjects();
 
 /// A figure that is counted, not measured.
@@ -32,5 +33,6 @@ struct Count {
 
 std::vector<Count> lifeCounts(Agent::Plugin const& plugin);
 std::vector<Count> slotCounts(Agent::Plugin const& plugin);
+std::vector<Count> flightCounts(Agent::Plugin const& plugin);
 
 }  // namespace Bench

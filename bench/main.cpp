@@ -17,7 +17,8 @@ namespace {
 std::vector<Subject> allSubjects(Agent::Plugin const& plugin) {
   std::vector<Subject> all;
   for (std::vector<Subject> const& some :
-       {floorSubjects(), slotSubjects(plugin), descriptorSubjects(), traceSubjects()}) {
+       {floorSubjects(), slotSubjects(plugin), flightSubjects(plugin), descriptorSubjects(),
+        traceSubjects()}) {
     all.insert(all.end(), some.begin(), some.end());
   }
   return all;
@@ -25,7 +26,7 @@ std::vector<Subject> allSubjects(Agent::Plugin const& plugin) {
 
 /// Prints each figure that is counted.
 void printCounts(Agent::Plugin const& plugin) {
-  for (auto const& counts : {lifeCounts(plugin), slotCounts(plugin)}) {
+  for (auto const& counts : {lifeCounts(plugin), slotCounts(plugin), flightCounts(plugin)}) {
     for (Count const& one : counts) {
       std::printf("%s %.17g\n", one.name.c_str(), one.value);
     }

@@ -45,6 +45,14 @@ class Monitor {
     if (!options_.metrics.empty()) {
       reporting_.meter = &meter_;
     }
+    if (options_.isRedacted) {
+      reporting_.pseudonyms = &pseudonyms_.emplace(Pseudonyms::ofMachine());
+    }
+    if (!options_.incidents.empty()) {
+      bool const isLive = loop_.kind() == ClockKind::steadyClock;
+      reporting_.incidents = &incidents_.emplace(
+          options_.incidents, isLive ? IncidentFolder::Times::ofDay : IncidentFolder::Times::ofRun);
+    }
     reporting_.onChange = [this] { tellService(); };
     slots_.plansAre(plansOf(options_));
     if (reporting_.meter != nullptr) {
@@ -112,6 +120,8 @@ class Monitor {
     keep(&MonitorOptions::publish, "publish");
     keep(&MonitorOptions::metrics, "metrics");
     keep(&MonitorOptions::record, "record");
+    keep(&MonitorOptions::incidents, "incidents");
+    keep(&MonitorOptions::isRedacted, "redact");
     keep(&MonitorOptions::duration, "duration");
     keep(&MonitorOptions::isJson, "json");
   }
@@ -125,6 +135,8 @@ class Monitor {
   std::optional<Publisher> publisher_;
   std::optional<Recorder> recorder_;
   Meter meter_;
+  std::optional<Pseudonyms> pseudonyms_;
+  std::optional<IncidentFolder> incidents_;
   WatchedSlots slots_;
   std::optional<MetricsFile> metrics_;
 };

@@ -28,6 +28,10 @@ void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
             "--record", options.record,
             "Record what happens, for replay:FILE; - is standard output, and nothing else there"),
         "FILE");
+  aPath(*command.add_option("--incidents", options.incidents,
+                            "Record what happens around each incident, in files of DIR"),
+        "DIR");
+  command.add_flag("--redact", options.isRedacted, "Record pseudonyms in place of serial numbers");
   command.add_option("--metrics", options.metrics, "Keep figures of the slots in FILE")
       ->option_text("FILE")
       ->check([](std::string const& text) {

@@ -20,6 +20,8 @@ struct MonitorOptions {
   std::optional<double> duration;
   bool isJson = false;
   std::string record;
+  std::string incidents;
+  bool isRedacted = false;
   std::string publish;
   std::string metrics;
   double hold = Publishing{}.hold;

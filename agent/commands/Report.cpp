@@ -18,6 +18,7 @@ namespace {
 
 struct Options {
   std::string output;
+  bool isRedacted = false;
   std::vector<std::string> recordings;
 };
 
@@ -38,9 +39,13 @@ Status report(Options const& options, Globals const& globals) {
   }
   Plugin const plugin(globals.library);
   Loop loop(ClockKind::virtualClock);
+  Pseudonyms const pseudonyms = Pseudonyms::ofMachine();
   std::vector<Lane> lanes;
   for (std::string const& file : options.recordings) {
-    Recording const recording(file);
+    Recording recording(file);
+    if (options.isRedacted) {
+      recording = recording.redacted(pseudonyms);
+    }
     for (auto const& [slot, recorded] : recording.slots()) {
       rehearse(recording, slot, plugin, loop, lanes.emplace_back(slot, file));
     }
@@ -61,6 +66,7 @@ Action prepareReport(CLI::App& command) {
   aPath(*command.add_option("-o,--output", options->output,
                             "Write the page to FILE [standard output]"),
         "FILE");
+  command.add_flag("--redact", options->isRedacted, "Show pseudonyms in place of serial numbers");
   notEmpty(*command
                 .add_option("RECORDING", options->recordings,
                             "What --record has written, or a kernel trace as text")

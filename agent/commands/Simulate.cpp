@@ -30,6 +30,8 @@ struct Options {
   bool isJson = false;
   bool isTranscript = false;
   std::string record;
+  std::string incidents;
+  bool isRedacted = false;
   std::string publish;
   std::string scenario;
 };
@@ -78,15 +80,16 @@ class Stage {
     return supply ? std::optional(supply->text) : std::nullopt;
   }
 
-  std::unique_ptr<Smbus::Transport> transport(Loop const& loop, OnEnd onEnd) {
-    auto faulty = std::make_unique<FaultTransport>(supplyTransport(loop, std::move(onEnd)));
+  Opening transport(Loop const& loop, OnEnd onEnd) {
+    Opening supply = supplyTransport(loop, std::move(onEnd));
+    auto faulty = std::make_unique<FaultTransport>(std::move(supply.transport));
     for (Fault const& fault : story_.faults) {
       faulty->faultQEnq(fault);
     }
-    return faulty;
+    return {std::move(faulty), supply.beginning};
   }
 
-  std::unique_ptr<Smbus::Transport> supplyTransport(Loop const& loop, OnEnd onEnd) {
+  Opening supplyTransport(Loop const& loop, OnEnd onEnd) {
     if (story_.supply) {
       if (auto const* const recorded = std::get_if<RecordedSupply>(&story_.supply->kind)) {
         return Source("replay:" + recorded->target)
@@ -156,6 +159,12 @@ Status simulate(Options const& options, Globals const& globals) {
     if (!options.record.empty()) {
       reporting.recorder = &recorder.emplace(options.record);
     }
+    Pseudonyms const pseudonyms = Pseudonyms::ofMachine();
+    reporting.pseudonyms = options.isRedacted ? &pseudonyms : nullptr;
+    std::optional<IncidentFolder> incidents;
+    if (!options.incidents.empty()) {
+      reporting.incidents = &incidents.emplace(options.incidents, IncidentFolder::Times::ofRun);
+    }
     std::vector<std::unique_ptr<Stage>> stages;
     stages.reserve(scenario.slots.size());
     for (ScenarioSlot const& story : scenario.slots) {
@@ -184,6 +193,10 @@ Action prepareSimulate(CLI::App& command) {
             "--record", options->record,
             "Record what happens, for replay:FILE; - is standard output, and nothing else there"),
         "FILE");
+  aPath(*command.add_option("--incidents", options->incidents,
+                            "Record what happens around each incident, in files of DIR"),
+        "DIR");
+  command.add_flag("--redact", options->isRedacted, "Record pseudonyms in place of serial numbers");
   aPath(*command.add_option("--publish", options->publish,
                             "Keep DIR/NAME.fdl for each slot whose supply is identified"),
         "DIR");

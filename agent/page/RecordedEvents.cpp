@@ -96,14 +96,4 @@ bool tellEvents(std::string const& file, RecordedSlot const& recorded, Lane& lan
   return hasVerdicts;
 }
 
-void setIntervals(std::string const& file, RecordedSlot const& recorded, Slot& slot) {
-  constexpr double kLeast = 1e-3;
-  constexpr double kMost = 3.2e9;
-  forEach(file, recorded, "start", [&](double, JsonValue::Json const& json) {
-    JsonValue const object(json, "");
-    slot.pollIntervalIs(object.at("pollInterval").number(kLeast, kMost));
-    slot.reviewIntervalIs(object.at("reviewInterval").number(kLeast, kMost));
-  });
-}
-
 }  // namespace Agent

@@ -5,16 +5,11 @@
 
 #include "agent/page/Lane.h"
 #include "agent/recording/RecordedSlot.h"
-#include "agent/slots/Slot.h"
 
 namespace Agent {
 
 /// Adds to `lane` the verdicts, the acts and why the slot's source ended. Whether there was a
 /// verdict. Throws a `Failure` that begins with `file` and the line for a value that does not fit.
 bool tellEvents(std::string const& file, RecordedSlot const& recorded, Lane& lane);
-
-/// Gives `slot` the intervals that the recorded one had, where they are told. Throws as
-/// `tellEvents`.
-void setIntervals(std::string const& file, RecordedSlot const& recorded, Slot& slot);
 
 }  // namespace Agent

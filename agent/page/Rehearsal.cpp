@@ -70,7 +70,7 @@ class Rehearsal final : Smbus::TransactionObserver {
       : transactions_(recording.transactions(slot)),
         hasVerdicts_(hasVerdicts),
         lane_(lane),
-        slot_(std::string(kName), transport(recording, slot), plugin) {
+        slot_(std::string(kName), opening(recording, slot), plugin) {
     slot_.observerIs(this);
     slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
   }
@@ -78,7 +78,6 @@ class Rehearsal final : Smbus::TransactionObserver {
   Rehearsal& operator=(Rehearsal const&) = delete;
   ~Rehearsal() = default;
 
-  Slot& slot() { return slot_; }
   bool isOver() const { return !end_.empty(); }
   /// Adds what the replay did not come to.
   void finish() {
@@ -90,13 +89,15 @@ class Rehearsal final : Smbus::TransactionObserver {
   }
 
  private:
-  std::unique_ptr<Smbus::Transport> transport(Recording const& recording, std::string const& slot) {
-    double const late = transactions_.front().record.time - kLongestFirst;
+  Opening opening(Recording const& recording, std::string const& slot) {
+    std::optional<Beginning> const& beginning = recording.beginning(slot);
+    double const late =
+        beginning ? beginning->time : transactions_.front().record.time - kLongestFirst;
     auto replay = std::make_unique<ReplayTransport>(
         recording, slot, [this](std::string const& why) { handleEnd(why); },
         Timer::now() - std::max(late, 0.0));
     replay_ = replay.get();
-    return replay;
+    return {std::move(replay), beginning};
   }
 
   void handleEnd(std::string const& why) {
@@ -109,8 +110,13 @@ class Rehearsal final : Smbus::TransactionObserver {
     if (isOver()) {
       return;
     }
-    tellPending();
     std::size_t const index = replay_->position() - 1;
+    if (index < told_ || (index == told_ && pending_)) {
+      // A repetition, of which the last is told with the first.
+      listener_.take();
+      return;
+    }
+    tellPending();
     tellUpTo(index);
     pending_ = transactions_[index].record;
     pending_->request = client.name();
@@ -136,16 +142,26 @@ class Rehearsal final : Smbus::TransactionObserver {
     if (pending_) {
       lane_.transactionIs(*pending_, listener_.take());
       pending_.reset();
-      ++told_;
+      tellLast(transactions_[told_++]);
     }
   }
 
   /// Adds those before `end` that were not asked for.
   void tellUpTo(std::size_t end) {
     for (; told_ < end; ++told_) {
-      auto const& [record, line, unknown] = transactions_[told_];
-      lane_.transactionIs(
-          record, unknown.empty() ? std::vector<std::string>() : std::vector<std::string>{unknown});
+      RecordedTransaction const& one = transactions_[told_];
+      lane_.transactionIs(one.record, one.unknown.empty() ? std::vector<std::string>()
+                                                          : std::vector<std::string>{one.unknown});
+      tellLast(one);
+    }
+  }
+
+  /// Adds the last repetition, if there is one, and how many there were.
+  void tellLast(RecordedTransaction const& one) {
+    if (one.repeats != 0) {
+      TransactionRecord last = one.record;
+      last.time = one.until;
+      lane_.transactionIs(last, {"the last of " + std::to_string(one.repeats) + " repetitions"});
     }
   }
 
@@ -177,7 +193,6 @@ void rehearse(Recording const& recording, std::string const& slot, Plugin const&
     lane.noteIs(doubt);
   }
   Rehearsal rehearsal(recording, slot, hasVerdicts, plugin, lane);
-  setIntervals(recording.file(), recorded, rehearsal.slot());
   loop.run(Loop::kForever, [&] { return rehearsal.isOver(); });
   if (loop.isStopped()) {
     throw Failure("interrupted");

@@ -1,10 +1,12 @@
 // What a recording has of one slot.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "agent/base/JsonValue.h"
+#include "agent/recording/Beginning.h"
 #include "agent/recording/TransactionLog.h"
 
 namespace Agent {
@@ -15,6 +17,9 @@ struct RecordedTransaction {
   std::size_t line;
   /// Why it is not known how it ended; empty where it is.
   std::string unknown{};
+  /// How often it was repeated, evenly until `until` (seconds), each time with the same answer.
+  Kex::U32 repeats = 0;
+  double until = 0;
 };
 
 /// Anything else that a recording tells of a slot: see docs/recordings.md.
@@ -30,6 +35,8 @@ struct RecordedEvent {
 
 /// What a recording has of a slot, each in the order of their times.
 struct RecordedSlot {
+  /// How the detection began that the transactions begin with; none where that is not known.
+  std::optional<Beginning> beginning{};
   std::vector<RecordedTransaction> transactions{};
   std::vector<RecordedEvent> events{};
   /// What cannot be told of it, for a person.

@@ -49,11 +49,17 @@ constexpr std::string_view kSupplyKeys[] = {"source",       "verdict",    "reaso
                                             "productName",  "partNumber", "productVersion",
                                             "serialNumber", "hwError",    "suspect",
                                             "transactions", "fdl",        "hint"};
-constexpr std::string_view kStartKeys[] = {"source", "pollInterval", "reviewInterval"};
+constexpr std::string_view kStartKeys[] = {
+    "source",      "pollInterval",     "reviewInterval", "told",   "toldTexts",
+    "unconfirmed", "unconfirmedTexts", "mismatches",     "backOff"};
+constexpr std::string_view kRepeated = "repeated";
+constexpr std::string_view kRepeatedKeys[] = {"transactions"};
+constexpr std::string_view kIncidentKeys[] = {"verdict", "cause"};
 constexpr std::string_view kActKeys[] = {"action", "supply", "transactions"};
 constexpr std::string_view kStopKeys[] = {"reason"};
-constexpr Event kEvents[] = {
-    {"supply", kSupplyKeys}, {"start", kStartKeys}, {"act", kActKeys}, {"stop", kStopKeys}};
+constexpr Event kEvents[] = {{"supply", kSupplyKeys},    {Recording::kStart, kStartKeys},
+                             {kRepeated, kRepeatedKeys}, {"incident", kIncidentKeys},
+                             {"act", kActKeys},          {"stop", kStopKeys}};
 
 struct Line {
   std::string_view text;
@@ -177,6 +183,16 @@ void checkEvent(JsonValue const& object) {
   }
 }
 
+/// Repeats the transaction before as a line says.
+void repeat(RecordedSlot& slot, JsonValue const& object) {
+  if (slot.transactions.empty() || slot.transactions.back().repeats != 0) {
+    object.at("event").refuse("there is no transaction before it that can be repeated");
+  }
+  RecordedTransaction& repeated = slot.transactions.back();
+  repeated.repeats = object.at("transactions").integer(1, std::numeric_limits<Kex::U32>::max());
+  repeated.until = timeOf(object);
+}
+
 }  // namespace
 
 std::string Recording::header() {
@@ -242,6 +258,11 @@ void Recording::take(JsonValue::Json json, std::size_t line) {
     slot.transactions.push_back({.record = recordFrom(object), .line = line});
   } else {
     checkEvent(object);
+    if (event == kRepeated) {
+      repeat(slot, object);
+    } else if (event == kStart && slot.transactions.empty()) {
+      slot.beginning = beginningFrom(object);
+    }
     slot.events.push_back({.time = time, .event = event, .object = std::move(json), .line = line});
   }
   slot.lastTime = time;
@@ -273,6 +294,10 @@ RecordedSlot const& Recording::recordedSlot(std::string const& slot) const {
 
 std::vector<RecordedTransaction> const& Recording::transactions(std::string const& slot) const {
   return recordedSlot(slot).transactions;
+}
+
+std::optional<Beginning> const& Recording::beginning(std::string const& slot) const {
+  return recordedSlot(slot).beginning;
 }
 
 std::vector<std::string> Recording::doubts(std::string const& slot) const {

@@ -56,11 +56,16 @@ ReplayTarget::ReplayTarget(std::string const& target) : file(target) {
 }
 
 ReplayTransport::ReplayTransport(ReplayTarget const& target, OnEnd onEnd)
-    : ReplayTransport(opened(target), target.slot, std::move(onEnd), 0) {}
+    : ReplayTransport(opened(target), target.slot, std::move(onEnd), 0) {
+  if (beginning_) {
+    origin_ = Timer::now() - beginning_->time;
+  }
+}
 
 ReplayTransport::ReplayTransport(Recording const& recording, std::string const& slot, OnEnd onEnd,
                                  double origin)
     : file_(recording.file()),
+      beginning_(recording.beginning(slot)),
       origin_(origin),
       onEnd_(std::move(onEnd)),
       transactions_(recording.transactions(slot)),
@@ -80,8 +85,7 @@ void ReplayTransport::start(Smbus::Transaction const& transaction, Kex::U64 tick
   }
   // A recording that began later than this run is not waited for longer than a bus would be.
   double const latest = Timer::now() + transaction.address.busTimeout() / 1e3;
-  timer_.startAt(end_.empty() ? std::min(origin_ + transactions_[next_].record.time, latest)
-                              : Timer::now());
+  timer_.startAt(end_.empty() ? std::min(origin_ + nextTime(), latest) : Timer::now());
 }
 
 void ReplayTransport::seek(Smbus::Transaction const& transaction) {
@@ -96,8 +100,9 @@ void ReplayTransport::seek(Smbus::Transaction const& transaction) {
 
 std::string ReplayTransport::obstacle(Smbus::Transaction const& transaction) const {
   bool const isOver = next_ == transactions_.size();
-  auto const& [record, line, unknown] = transactions_[isOver ? next_ - 1 : next_];
-  std::string const where = file_ + ":" + std::to_string(line) + ": ";
+  RecordedTransaction const& next = transactions_[isOver ? next_ - 1 : next_];
+  TransactionRecord const& record = next.record;
+  std::string const where = file_ + ":" + std::to_string(next.line) + ": ";
   if (isOver) {
     return where + "the recording ends here" + (isCut_ ? "; the file's last line is cut" : "");
   }
@@ -110,12 +115,18 @@ std::string ReplayTransport::obstacle(Smbus::Transaction const& transaction) con
                 : "the recorded request (" + described(record.transaction) +
                       ") is not the one that is asked for (" + described(transaction) + ")");
   }
-  if (!unknown.empty() || isKnown(record, transaction.readLength)) {
-    return unknown.empty() ? "" : where + unknown;
+  if (!next.unknown.empty() || isKnown(record, transaction.readLength)) {
+    return next.unknown.empty() ? "" : where + next.unknown;
   }
   return where + "only " + std::to_string(record.read.length) +
          " bytes of the answer are known, of " + std::to_string(transaction.readLength) +
          " that are asked for";
+}
+
+double ReplayTransport::nextTime() const {
+  RecordedTransaction const& next = transactions_[next_];
+  double const first = next.record.time;
+  return repeated_ == 0 ? first : first + (next.until - first) / next.repeats * repeated_;
 }
 
 void ReplayTransport::finish() {
@@ -126,7 +137,11 @@ void ReplayTransport::finish() {
     return sink_->answerIs(
         ticket_, Smbus::Reply::failed(Smbus::ErrorKind::busGone, Kex::String8(std::string(end_))));
   }
-  TransactionRecord const& record = transactions_[next_++].record;
+  RecordedTransaction const& answered = transactions_[next_];
+  TransactionRecord const& record = answered.record;
+  bool const isLast = repeated_ == answered.repeats;
+  next_ += std::size_t{isLast};
+  repeated_ = isLast ? 0 : repeated_ + 1;
   sink_->answerIs(ticket_, {.isOk = record.isOk,
                             .read = record.read,
                             .error = record.error,

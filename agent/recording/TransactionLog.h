@@ -30,6 +30,11 @@ struct TransactionRecord {
 TransactionRecord recordOf(Smbus::Client const& client, Smbus::Transaction const& transaction,
                            Smbus::Reply const& reply);
 
+/// Whether a detection begins with a transaction of the request of this name: the read of MFR_ID.
+inline bool beginsDetection(Kex::Name const& request, Smbus::Transaction const& transaction) {
+  return transaction.write.length == 0 && request == "pollForInsertion";
+}
+
 /// Keeps the latest transactions of a bus.
 class TransactionLog final : public Smbus::TransactionObserver {
  public:

@@ -34,6 +34,24 @@ std::string recordingLine(std::string const& slot, TransactionRecord const& reco
   return transactionJson(slot, record).add("failure", failure).text();
 }
 
+std::string recordingLines(std::string const& slot, RecordedTransaction const& transaction) {
+  std::string text = recordingLine(slot, transaction.record) + '\n';
+  if (transaction.repeats == 1) {
+    TransactionRecord again = transaction.record;
+    again.time = transaction.until;
+    text += recordingLine(slot, again) + '\n';
+  } else if (transaction.repeats > 1) {
+    text += JsonObject()
+                .add("time", transaction.until)
+                .add("slot", slot)
+                .add("event", "repeated")
+                .add("transactions", transaction.repeats)
+                .text() +
+            '\n';
+  }
+  return text;
+}
+
 std::string transactionLine(std::string const& slot, TransactionRecord const& record) {
   Smbus::Transaction const& transaction = record.transaction;
   std::string text =

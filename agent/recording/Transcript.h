@@ -4,7 +4,7 @@
 #include <string>
 
 #include "agent/base/JsonObject.h"
-#include "agent/recording/TransactionLog.h"
+#include "agent/recording/RecordedSlot.h"
 
 namespace Agent {
 
@@ -15,6 +15,10 @@ JsonObject transactionJson(std::string const& slot, TransactionRecord const& rec
 
 /// The same as recordings have it: with `"failure"`, why it failed (null when it did not).
 std::string recordingLine(std::string const& slot, TransactionRecord const& record);
+
+/// The lines, each ended, that recordings have of a transaction and its repetitions: a second line
+/// of the one repetition, or one that counts them.
+std::string recordingLines(std::string const& slot, RecordedTransaction const& transaction);
 
 /// The same for a person: `SECONDS SLOT request 0xDEV 0xCMD write HEX -> HEX`, or the failure in
 /// place of the bytes read.

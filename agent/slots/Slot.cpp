@@ -1,6 +1,7 @@
 // One slot: a bus, what is known of the slot, and the identifier that detects its supply.
 #include "agent/slots/Slot.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "agent/base/Error.h"
@@ -42,9 +43,8 @@ class Slot::Watcher final : public SlotStatus::NotifieeConst {
   std::function<void(Supply const&)> onSupply_;
 };
 
-Slot::Slot(std::string const& name, std::unique_ptr<Smbus::Transport> transport,
-           Plugin const& plugin)
-    : name_(name), bus_(Kex::make<Smbus::Bus>(std::move(transport))) {
+Slot::Slot(std::string const& name, Opening opening, Plugin const& plugin)
+    : name_(name), bus_(Kex::make<Smbus::Bus>(std::move(opening.transport))) {
   Kex::Name const entityName{Kex::String8(name)};
   Kex::Directory& configs = directory("config");
   Kex::Directory& statuses = directory("status");
@@ -63,6 +63,9 @@ Slot::Slot(std::string const& name, std::unique_ptr<Smbus::Transport> transport,
   configs.memberIs(config_);
   statuses.memberIs(status_);
   cells.memberIs(cell_);
+  if (opening.beginning) {
+    begin(*opening.beginning);
+  }
 }
 
 Slot::~Slot() {
@@ -82,12 +85,33 @@ void Slot::onSupplyIs(std::function<void(Supply const&)> onSupply) {
   watcher_->onSupplyIs(std::move(onSupply));
 }
 
+void Slot::begin(Beginning const& beginning) {
+  pollIntervalIs(beginning.timings.pollInterval);
+  reviewIntervalIs(beginning.timings.reviewInterval);
+  forEachIdentifier([&](auto& identifier) { identifier.memoryIs(beginning.memory); });
+  isReplay_ = true;
+}
+
+Beginning Slot::beginning() const {
+  Beginning beginning;
+  beginning.timings = timings_;
+  forEachIdentifier([&](auto& identifier) { beginning.memory = identifier.memory(); });
+  beginning.time = std::max(0.0, beginning.memory.lastReset);
+  return beginning;
+}
+
 void Slot::pollIntervalIs(double seconds) {
+  if (isReplay_) {
+    return;
+  }
   timings_.pollInterval = seconds;
   forEachIdentifier([seconds](auto& identifier) { identifier.pollIntervalIs(seconds); });
 }
 
 void Slot::reviewIntervalIs(double seconds) {
+  if (isReplay_) {
+    return;
+  }
   timings_.reviewInterval = seconds;
   forEachIdentifier([seconds](auto& identifier) { identifier.reviewIntervalIs(seconds); });
 }
@@ -97,7 +121,7 @@ void Slot::stop() {
 }
 
 template <class Operation>
-void Slot::forEachIdentifier(Operation operation) {
+void Slot::forEachIdentifier(Operation operation) const {
   for (Kex::Name const& name : driver_->memberNames()) {
     operation(*driver_->identifier(name.str()));
   }

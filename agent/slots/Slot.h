@@ -6,6 +6,7 @@
 #include <string>
 
 #include "agent/report/Supply.h"
+#include "agent/slots/Opening.h"
 #include "agent/slots/Plugin.h"
 #include "host/detector/SlotDriver.h"
 #include "host/smbus/Bus.h"
@@ -19,7 +20,7 @@ class Slot {
  public:
   /// Throws a `UsageError` when the root of the tree has a member called `name` already, and a
   /// `Kex::Exception` when the factory refuses.
-  Slot(std::string const& name, std::unique_ptr<Smbus::Transport> transport, Plugin const& plugin);
+  Slot(std::string const& name, Opening opening, Plugin const& plugin);
   Slot(Slot const&) = delete;
   Slot& operator=(Slot const&) = delete;
   /// Withdraws what is on the bus and takes the slot out of the tree.
@@ -34,12 +35,15 @@ class Slot {
   void onSupplyIs(std::function<void(Supply const&)> onSupply);
   /// Sees each transaction of the slot's bus; null for nobody. Not owned.
   void observerIs(Smbus::TransactionObserver* observer) { bus_->observerIs(observer); }
-  /// Seconds between two polls or checks.
+  /// Seconds between two polls or checks. A replay keeps this and the other interval as they were
+  /// recorded.
   void pollIntervalIs(double seconds);
   double pollInterval() const { return timings_.pollInterval; }
   /// See `IdentifierBase::reviewIntervalIs`.
   void reviewIntervalIs(double seconds);
   double reviewInterval() const { return timings_.reviewInterval; }
+  /// How the detection began that is under way.
+  Beginning beginning() const;
   /// Ends detection; what was found stays. It may be called from `onSupply`.
   void stop();
 
@@ -47,10 +51,12 @@ class Slot {
   class Watcher;
 
   template <class Operation>
-  void forEachIdentifier(Operation operation);
+  void forEachIdentifier(Operation operation) const;
+  void begin(Beginning const& beginning);
 
   std::string name_;
   PowerSupplyDetector::Timings timings_;
+  bool isReplay_ = false;
   Kex::Ptr<Smbus::Bus> bus_;
   Kex::Ptr<Hardware::PowerSupplySlot::SlotConfig> config_;
   Kex::Ptr<Hardware::PowerSupplySlot::SlotStatus> status_;

@@ -13,8 +13,6 @@
 
 namespace Agent {
 
-using TransportPtr = std::unique_ptr<Smbus::Transport>;
-
 struct Source::Kind {
   /// What the text begins with; empty for a file.
   std::string_view prefix;
@@ -23,7 +21,7 @@ struct Source::Kind {
   std::string (*file)(std::string const& target);
   /// See `Source::exclusive`; throws a `UsageError` when `target` does not make sense.
   std::string (*exclusive)(std::string const& target);
-  TransportPtr (*open)(std::string const& target, SourceContext const& context);
+  Opening (*open)(std::string const& target, SourceContext const& context);
 };
 
 namespace {
@@ -37,7 +35,7 @@ std::string exclusiveFile(std::string const& target) {
 
 std::string fileOf(std::string const& target) { return target == "-" ? "/dev/stdin" : target; }
 
-TransportPtr openFile(std::string const& target, SourceContext const& context) {
+Opening openFile(std::string const& target, SourceContext const& context) {
   std::vector<Kex::U8> const image = readFruImage(target);
   if (context.onImage) {
     context.onImage(image);
@@ -47,7 +45,7 @@ TransportPtr openFile(std::string const& target, SourceContext const& context) {
 
 std::string exclusiveBus(std::string const& target) { return LinuxBus(target).identity(); }
 
-TransportPtr openBus(std::string const& target, SourceContext const& context) {
+Opening openBus(std::string const& target, SourceContext const& context) {
   LinuxBus const bus(target);
   if (!context.mayBeMissing) {
     LinuxAdapter(bus.node()).checkWay();
@@ -64,8 +62,10 @@ std::string exclusiveRecording(std::string const& target) {
 
 std::string recordingOf(std::string const& target) { return ReplayTarget(target).file; }
 
-TransportPtr openRecording(std::string const& target, SourceContext const& context) {
-  return std::make_unique<ReplayTransport>(ReplayTarget(target), context.onEnd);
+Opening openRecording(std::string const& target, SourceContext const& context) {
+  auto replay = std::make_unique<ReplayTransport>(ReplayTarget(target), context.onEnd);
+  auto const beginning = replay->beginning();
+  return {std::move(replay), beginning};
 }
 
 }  // namespace
@@ -104,9 +104,7 @@ bool Source::isLive() const { return kind_->isLive; }
 
 std::string Source::file() const { return kind_->file == nullptr ? "" : kind_->file(target_); }
 
-TransportPtr Source::open(SourceContext const& context) const {
-  return kind_->open(target_, context);
-}
+Opening Source::open(SourceContext const& context) const { return kind_->open(target_, context); }
 
 std::vector<Source> parseSources(std::vector<std::string> const& texts) {
   std::vector<Source> sources;

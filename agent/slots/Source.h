@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
+#include "agent/slots/Opening.h"
 #include "agent/transport/OnEnd.h"
 #include "agent/transport/Post.h"
-#include "host/smbus/Transport.h"
 
 namespace Agent {
 
@@ -42,7 +42,7 @@ class Source {
   /// What carries only one supply or can be read only once, such as a bus; empty for the rest.
   std::string const& exclusive() const { return exclusive_; }
   /// The way to the supply. Throws a `Failure` when it cannot be opened.
-  std::unique_ptr<Smbus::Transport> open(SourceContext const& context) const;
+  Opening open(SourceContext const& context) const;
 
  private:
   struct Kind;

@@ -25,21 +25,30 @@ WatchedSlot::WatchedSlot(std::string const& name, std::optional<std::string> sou
                          Open const& open, Plugin const& plugin, Reporting& reporting)
     : source_(std::move(source)),
       reporting_(reporting),
-      began_(now()),
       steadiness_([this](std::string const& text) { printSteadiness("unsteady " + text); },
                   [this] {
                     printSteadiness("steady");
-                    print(supplyLine(now(), slot_.name(), *slot_.supply()));
+                    if (!reporting_.isJson) {
+                      print(supplyLine(now(), slot_.name(), *slot_.supply()));
+                    }
                   }),
       slot_(name, open([this](std::string const& why) { end(why); }), plugin) {
   slot_.onSupplyIs([this](Supply const& supply) { handleSupply(supply); });
   slot_.observerIs(this);
+  beginning_ = slot_.beginning();
+  if (reporting_.incidents != nullptr) {
+    flight_.emplace(name, *reporting_.incidents, reporting_.pseudonyms, reporting_.ledger,
+                    [this](Beginning const& beginning) { return startLine(beginning); });
+  }
+  if (reporting_.pseudonyms != nullptr) {
+    redactor_.emplace(*reporting_.pseudonyms, static_cast<RecordingSink&>(*this));
+  }
 }
 
 WatchedSlot::~WatchedSlot() { recordStop({}); }
 
 void WatchedSlot::actIs(Act const& act) {
-  record(event("act", now())
+  happen(event("act", now())
              .add("action", act.action)
              .add("supply", act.supply)
              .add("transactions", act.transactions)
@@ -61,35 +70,36 @@ void WatchedSlot::handleSupply(Supply const& supply) {
     reporting_.publisher->supplyIs(slot_.name(), supply);
   }
   std::string json;
-  if (reporting_.isJson || reporting_.recorder != nullptr) {
+  if (reporting_.isJson || reporting_.recorder != nullptr || flight_) {
     JsonObject object = event("supply", now());
     json = addSupply(object.add("source", source_), supply).text();
-    record(json);
+  }
+  if (RecordingSink* const sink = recording()) {
+    sink->lineIs(json);
+  }
+  bool const isChange = former && former->verdict != supply.verdict;
+  if (isChange) {
+    steadiness_.change();
+  }
+  if (flight_) {
+    flight_->supplyIs(supply.verdict, json, isChange && steadiness_.isUnsteady());
   }
   if (reporting_.isJson) {
     print(json);
-  } else {
-    printText(supply, former);
+  } else if (!steadiness_.isUnsteady()) {
+    bool const isLoss = isChange && former->verdict == Verdict::identified;
+    print(supplyLine(now(), slot_.name(), supply), isLoss ? Priority::warning : Priority::info);
   }
   if (reporting_.onChange) {
     reporting_.onChange();
   }
 }
 
-void WatchedSlot::printText(Supply const& supply, std::optional<Shown> const& former) {
-  bool const isChange = former && former->verdict != supply.verdict;
-  if (isChange) {
-    steadiness_.change();
-  }
-  if (!steadiness_.isUnsteady()) {
-    bool const isLoss = isChange && former->verdict == Verdict::identified;
-    print(supplyLine(now(), slot_.name(), supply), isLoss ? Priority::warning : Priority::info);
-  }
-}
-
 void WatchedSlot::printSteadiness(std::string const& text) const {
-  print(std::string(Kex::format("%.3f ", now()).view()) + slot_.name() + ' ' + text,
-        Priority::warning);
+  if (!reporting_.isJson) {
+    print(std::string(Kex::format("%.3f ", now()).view()) + slot_.name() + ' ' + text,
+          Priority::warning);
+  }
 }
 
 void WatchedSlot::handleTransaction(Smbus::Client const& client,
@@ -98,12 +108,15 @@ void WatchedSlot::handleTransaction(Smbus::Client const& client,
   if (reporting_.meter != nullptr) {
     reporting_.meter->transactionIs(slot_.name(), reply);
   }
+  if (flight_) {
+    flight_->transactionIs(client, transaction, reply, [this] { return slot_.beginning(); });
+  }
   if (reporting_.recorder == nullptr && !reporting_.isTranscript) {
     return;
   }
   TransactionRecord const ended = recordOf(client, transaction, reply);
-  if (reporting_.recorder != nullptr) {
-    record(recordingLine(slot_.name(), ended));
+  if (RecordingSink* const sink = recording()) {
+    sink->transactionIs({.record = ended, .line = 0});
   }
   if (reporting_.isTranscript) {
     print(reporting_.isJson ? transactionJson(slot_.name(), ended).text()
@@ -123,22 +136,50 @@ JsonObject WatchedSlot::event(char const* kind, double time) const {
   return object;
 }
 
-void WatchedSlot::record(std::string const& line) {
+void WatchedSlot::happen(std::string const& line) {
+  if (RecordingSink* const sink = recording()) {
+    sink->lineIs(line);
+  }
+  if (flight_) {
+    flight_->lineIs(line);
+  }
+}
+
+std::string WatchedSlot::startLine(Beginning const& beginning) const {
+  JsonObject start = event("start", beginning.time);
+  return addBeginning(start.add("source", source_), beginning).text();
+}
+
+RecordingSink* WatchedSlot::recording() {
   if (reporting_.recorder == nullptr || recorded_ == Recorded::stop) {
-    return;
+    return nullptr;
   }
+  RecordingSink* const sink = redactor_ ? static_cast<RecordingSink*>(&*redactor_) : this;
   if (std::exchange(recorded_, Recorded::start) == Recorded::nothing) {
-    record(event("start", began_)
-               .add("source", source_)
-               .add("pollInterval", slot_.pollInterval())
-               .add("reviewInterval", slot_.reviewInterval())
-               .text());
+    // The intervals that are set after the slot was made hold from its beginning.
+    beginning_.timings = slot_.beginning().timings;
+    sink->lineIs(startLine(beginning_));
   }
+  return sink;
+}
+
+void WatchedSlot::transactionIs(RecordedTransaction const& transaction) {
+  reporting_.ledger.attempt(
+      [&] { reporting_.recorder->recordIs(slot_.name(), transaction.record); });
+}
+
+void WatchedSlot::lineIs(std::string const& line) {
   reporting_.ledger.attempt([&] { reporting_.recorder->lineIs(line); });
 }
 
 void WatchedSlot::recordStop(std::optional<std::string> const& why) {
-  record(event("stop", now()).add("reason", why).text());
+  if (recorded_ == Recorded::stop) {
+    return;
+  }
+  happen(event("stop", now()).add("reason", why).text());
+  if (redactor_ && reporting_.recorder != nullptr) {
+    redactor_->flush();
+  }
   recorded_ = Recorded::stop;
 }
 

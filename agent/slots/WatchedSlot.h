@@ -9,8 +9,10 @@
 #include "agent/base/Journal.h"
 #include "agent/base/JsonObject.h"
 #include "agent/base/Ledger.h"
+#include "agent/publish/FlightRecorder.h"
 #include "agent/publish/Publisher.h"
 #include "agent/recording/Recorder.h"
+#include "agent/recording/Redactor.h"
 #include "agent/report/Meter.h"
 #include "agent/slots/Slot.h"
 #include "agent/slots/Steadiness.h"
@@ -33,6 +35,10 @@ struct Reporting {
   Recorder* recorder = nullptr;
   /// Called after what is known of a slot has changed; may be empty.
   std::function<void()> onChange{};
+  /// Where incidents are written to; null for nowhere.
+  IncidentFolder* incidents = nullptr;
+  /// What serial numbers are recorded as; null: as they are.
+  Pseudonyms const* pseudonyms = nullptr;
   /// Where it is kept that something cannot be written.
   Ledger ledger{};
 };
@@ -49,10 +55,10 @@ struct Act {
 
 /// A slot that prints a line whenever its verdict, serial number or FDL differs from the last line
 /// printed for it; for a person, the lines of an unsteady slot are summed up.
-class WatchedSlot final : Smbus::TransactionObserver {
+class WatchedSlot final : Smbus::TransactionObserver, RecordingSink {
  public:
   /// Opens the way to the slot's supply, whose end ends the slot.
-  using Open = std::function<std::unique_ptr<Smbus::Transport>(OnEnd onEnd)>;
+  using Open = std::function<Opening(OnEnd onEnd)>;
 
   /// `source` is what the slot's supply is called in JSON, none for an empty slot. `reporting` must
   /// outlive the slot. Throws what `open` does.
@@ -84,23 +90,30 @@ class WatchedSlot final : Smbus::TransactionObserver {
   void handleSupply(Supply const& supply);
   void handleTransaction(Smbus::Client const& client, Smbus::Transaction const& transaction,
                          Smbus::Reply const& reply) override;
+  void transactionIs(RecordedTransaction const& transaction) override;
+  void lineIs(std::string const& line) override;
   /// Stops the slot, whose source has ended, and tells why.
   void end(std::string const& why);
   /// What happens to the slot, as recordings and JSON lines begin to tell it.
   JsonObject event(char const* kind, double time) const;
-  void record(std::string const& line);
+  std::string startLine(Beginning const& beginning) const;
+  /// `line` tells of something else than of transactions and supplies.
+  void happen(std::string const& line);
+  /// Begins the recording, if there is one; who is told what happens, null for nobody.
+  RecordingSink* recording();
   /// Records that the slot is not watched any more, and why, unless the run ends.
   void recordStop(std::optional<std::string> const& why);
-  /// For a person, unless the slot is unsteady; `former` is what was shown before.
-  void printText(Supply const& supply, std::optional<Shown> const& former);
+  /// For a person: whether the slot is steady, and how often it changes.
   void printSteadiness(std::string const& text) const;
   void print(std::string const& line, Priority priority = Priority::info) const;
 
   std::optional<std::string> source_;
   Reporting& reporting_;
-  /// When the slot was begun to be watched, in seconds.
-  double began_;
   std::optional<Shown> shown_;
+  std::optional<FlightRecorder> flight_;
+  std::optional<Redactor> redactor_;
+  /// How the slot's detection began first.
+  Beginning beginning_;
   /// How far the recording has come.
   enum class Recorded : unsigned char { nothing, start, stop } recorded_ = Recorded::nothing;
   Steadiness steadiness_;

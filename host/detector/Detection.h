@@ -55,7 +55,7 @@ Supply judgeIdentification(Findings findings, bool hwError, Kex::String8 const& 
 /// What is told of a supply that checks find changed again and again.
 Supply unstable(Supply found, Checked checked);
 /// What two detections are compared by.
-Outcome outcomeOf(Supply const& supply);
+KEX_API Outcome outcomeOf(Supply const& supply);
 /// Whether a check can compare the serial number: there is one, and it is not blank.
 bool hasSerialNumber(Kex::String8 const& serialNum);
 /// "unreadable", after `what` had failed or was cut short.

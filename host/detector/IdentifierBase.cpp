@@ -81,6 +81,12 @@ void IdentifierBase::kexDoZombieReactors(bool on) {
   settle();
 }
 
+void IdentifierBase::memoryIs(Memory const& memory) {
+  double const lastReset = detection_.memory.lastReset;
+  detection_.memory = memory;
+  detection_.memory.lastReset = lastReset;
+}
+
 void IdentifierBase::doPrepare() {
   if (!initialized_ && hasNotificationActive()) {
     Doing const doing(*this);

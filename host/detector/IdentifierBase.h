@@ -153,6 +153,10 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   /// Where the identifier is held, by whom its detection is started. Throws a range exception for
   /// an identifier without its clock or the status that it reports to.
   void placeIs(Kex::Place place);
+  /// What is remembered of the detections so far.
+  Memory const& memory() const { return detection_.memory; }
+  /// Goes on as if this had been remembered when detection started over last.
+  void memoryIs(Memory const& memory);
   /// Initialises the identifier, once, if notifications are on.
   void doPrepare();
   /// Prepares the identifier and starts the first poll, if notifications are on.

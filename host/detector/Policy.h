@@ -56,6 +56,10 @@ struct Outcome {
 /// repeated, in seconds.
 class KEX_API BackOff {
  public:
+  BackOff() = default;
+  /// No repetition is scheduled; the last interval was of so many seconds.
+  explicit BackOff(double interval) : interval_(interval) {}
+
   /// When to repeat; infinity for never.
   double due() const { return due_; }
   /// From when it was scheduled last until then; 0 before.

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
+#include <string_view>
 
 #include "host/kex/base/Types.h"
 
@@ -74,6 +76,16 @@ constexpr VerdictRow const& rowOf(Verdict verdict) {
 
 /// The verdict as it is written: "absent", ...
 constexpr char const* verdictName(Verdict verdict) { return rowOf(verdict).name; }
+
+/// The verdict that is written as `name`; none when there is no such verdict.
+constexpr std::optional<Verdict> verdictOf(std::string_view name) {
+  for (VerdictRow const& row : kVerdicts) {
+    if (row.name == name) {
+      return row.verdict;
+    }
+  }
+  return std::nullopt;
+}
 
 static_assert(kVerdicts.size() == static_cast<std::size_t>(Verdict::kEnd), "a verdict has no row");
 static_assert(std::ranges::all_of(kVerdicts,

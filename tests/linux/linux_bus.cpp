@@ -131,8 +131,8 @@ TEST_F(LinuxBusTest, RefusesAdaptersThatCannotServe) {
     Source const source("i2c:" + std::to_string(bus));
     EXPECT_THAT([&] { source.open({.post = post()}); }, ThrowsMessage<Agent::Failure>(text));
     // One that may come yet says the same when it is asked.
-    auto const transport = source.open({.post = post(), .mayBeMissing = true});
-    transport->start(mfrIdRead(), 1, answers_);
+    auto const opening = source.open({.post = post(), .mayBeMissing = true});
+    opening.transport->start(mfrIdRead(), 1, answers_);
     loop_.run_one();
     EXPECT_EQ(answers_.texts.back(), "1 " + text);
     ++bus;

@@ -17,6 +17,8 @@ STAND_INS = (
     (re.compile(r"\bi2c:7\b|/usr/share/doc/psu-agent/examples/ds2900\.fru|\bsupply\.fru\b"),
      "samples/ds2900.fru"),
     (re.compile(r"\bi2c:8\b"), "samples/ds500.fru"),
+    (re.compile(r"replay:\S+-unreachable\.jsonl"),
+     "replay:samples/incidents/PowerSupply1-11.973-unreachable.jsonl"),
     (re.compile(r"\bswap\.json\b"), "samples/scenarios/swap-between-checks.json"),
     (re.compile(r" /(run|var)/"), " "))
 
