@@ -104,6 +104,18 @@ class Docs(unittest.TestCase):
             words = re.findall(r"\w+", (SOURCE / "docs" / page).read_text())
             self.assertEqual([kind for kind in kinds if kind not in words], [], page)
 
+    def test_every_verdict_is_explained(self):
+        table = (SOURCE / "host" / "hardware" / "Verdict.h").read_text()
+        verdicts = re.findall(r'VerdictRow\{Verdict::\w+, "(\w+)"', table)
+        self.assertEqual(verdicts.pop(), "identified")
+        self.assertGreater(len(verdicts), 6)
+        docs = SOURCE / "docs"
+        headings = "".join(re.findall(r"^## .*$", (docs / "troubleshooting.md").read_text(), re.M))
+        items = re.findall(r"^\.It (\w+)$", (docs / "psu-agent.1").read_text(), re.M)
+        for verdict in verdicts:
+            self.assertIn(f"`{verdict}`", headings)
+            self.assertIn(verdict, items)
+
     def test_every_scenario_is_shown(self):
         page = (SOURCE / "docs" / "scenarios.md").read_text()
         for scenario in sorted((SOURCE / "samples" / "scenarios").glob("*.json")):

@@ -1,10 +1,11 @@
 # The man page knows the commands and options that --help knows, no more, no less.
+import json
 import os
 import re
 import subprocess
 import unittest
 
-from agent import SOURCE
+from agent import SAMPLES, SOURCE
 
 AGENT = os.environ["PSU_AGENT"]
 
@@ -29,7 +30,23 @@ def paged():
             for title, body in zip(sections[::2], sections[1::2])}
 
 
+def flat():
+    """The text of the page without its macros."""
+    text = (SOURCE / "docs" / "psu-agent.1").read_text(encoding="utf-8")
+    return " ".join(re.sub(r"^\.\S*", "", text, flags=re.M).split())
+
+
 class ManPage(unittest.TestCase):
+    def test_has_the_words_of_the_program(self):
+        page = flat()
+        handles, levels = run(AGENT, "types").splitlines()[:2]
+        for handle in handles.removeprefix("Trace handles: ").split(", "):
+            self.assertIn(handle, page)
+        for level in levels.removeprefix("Trace levels: ").split(", "):
+            self.assertIn(level, page)
+        told = json.loads(run(AGENT, "identify", "--json", SAMPLES / "ds2900.fru"))
+        self.assertIn(f": {', '.join(told)}. ", page)
+
     def test_has_the_commands_and_options_of_help(self):
         sections = paged()
         options, commands = helped()
