@@ -21,7 +21,7 @@ constexpr std::chrono::milliseconds kBetween{200};
 constexpr std::size_t kColumns = 78;
 
 struct Progress {
-  bool const isTerminal = isatty(STDERR_FILENO) != 0;
+  bool isWanted = isatty(STDERR_FILENO) != 0;
   Clock::time_point next = Clock::now() + kLong;
   bool isShown = false;
 };
@@ -57,8 +57,10 @@ std::string inLook(Look look, std::string_view text) {
 
 bool isProgressDue() {
   Progress const& progress = theProgress();
-  return progress.isTerminal && Clock::now() >= progress.next;
+  return progress.isWanted && Clock::now() >= progress.next;
 }
+
+void noProgress() { theProgress().isWanted = false; }
 
 void showProgress(std::string_view text) {
   // Written at once: nothing comes in between.

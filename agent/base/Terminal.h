@@ -19,6 +19,8 @@ std::string inLook(Look look, std::string_view text);
 /// Whether a person at a terminal waits to be told how far a run is: from its second second on, a
 /// few times a second.
 bool isProgressDue();
+/// Tells that something else writes on standard error, line by line: nobody waits from now on.
+void noProgress();
 /// Shows `text`, cut to one line of it, on standard error, in place of the one before.
 void showProgress(std::string_view text);
 /// Takes away what is shown; to be called before anything else is written.

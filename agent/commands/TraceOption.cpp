@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "agent/base/Error.h"
+#include "agent/base/Terminal.h"
 #include "agent/base/Text.h"
 #include "host/kex/trace/Trace.h"
 
@@ -55,6 +56,7 @@ void turnTracesOn(std::vector<std::string> const& settings) {
     }
     handles[Kex::String8(handle)] |= *levels;
   }
+  noProgress();
   for (auto const& [handle, levels] : handles) {
     Kex::TraceHandle::levelsIs(handle, levels);
     Kex::TraceHandle::facilityIs(handle, true);
