@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "host/kex/base/String8.h"
 #include "host/kex/base/Types.h"
 
 namespace explore {
@@ -24,6 +25,9 @@ class Digest {
       byte(one);
     }
     return *this;
+  }
+  Digest& addText(Kex::String8 const& text) {
+    return add(std::span(reinterpret_cast<Kex::U8 const*>(text.charPtr()), text.len()));
   }
   /// Seconds, to a tenth of a millisecond: nothing in a slot is decided by less.
   Digest& addTime(double seconds) {

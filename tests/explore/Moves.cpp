@@ -12,17 +12,17 @@ namespace {
 
 using Smbus::ErrorKind;
 
-bool isAsked(Rig const& rig) { return rig.isOnWire(); }
+bool isOnWire(Rig const& rig) { return rig.isOnWire(); }
 bool isWaiting(Rig const& rig) { return std::isfinite(rig.wait()); }
 bool isWaitingLong(Rig const& rig) {
   return rig.wait() > 0.9 * kPollInterval && rig.wait() < 1.1 * kPollInterval;
 }
-bool endsTheArea(Rig const& rig) { return rig.isOnWire() && rig.endsTheArea(); }
+bool endsTheArea(Rig const& rig) { return rig.isAsked() && rig.endsTheArea(); }
 bool always(Rig const&) { return true; }
 
 /// Supply A answers with another count byte; the data behind it is there all the same.
 Move counting(char const* what, unsigned (*count)(unsigned)) {
-  return {std::string("A with count ") + what, isAsked, [count](Rig& rig) {
+  return {std::string("A with count ") + what, isOnWire, [count](Rig& rig) {
             rig.answer(kA, [count](Smbus::Reply& reply) {
               reply.read.bytes[0] = static_cast<Kex::U8>(count(reply.read.bytes[0]));
             });
@@ -31,7 +31,7 @@ Move counting(char const* what, unsigned (*count)(unsigned)) {
 
 Move flipping(Flip const& flip) {
   return {std::string("A with a flipped bit in ") + flip.what,
-          [flip](Rig const& rig) { return rig.isOnWire() && rig.covers(flip); },
+          [flip](Rig const& rig) { return rig.isAsked() && rig.covers(flip); },
           [flip](Rig& rig) {
             unsigned const index =
                 1 + flip.address.value_or(0) - (flip.address ? rig.askedOffset() : 0);
@@ -58,7 +58,7 @@ void switchOffAndOn(Rig& rig) {
 
 /// Supply A answers while a switch is off.
 Move answeringWhileOff(busTest::Switch const& one) {
-  return {std::string("A without ") + one.what, isAsked, [one](Rig& rig) {
+  return {std::string("A without ") + one.what, isOnWire, [one](Rig& rig) {
             rig.switchIs(one, false);
             rig.answer(kA);
             rig.switchIs(one, true);
@@ -95,13 +95,13 @@ constexpr auto kSmall = std::to_array<std::string_view>(
 
 std::vector<Move> alphabet(bool small) {
   std::vector<Move> moves = {
-      {"A", isAsked, [](Rig& rig) { rig.answer(kA); }},
-      {"B", isAsked, [](Rig& rig) { rig.answer(kB); }},
-      {"B without serial number", isAsked, [](Rig& rig) { rig.answer(kBWithoutSerial); }},
-      {"no acknowledge", isAsked, [](Rig& rig) { rig.fail(ErrorKind::noAcknowledge); }},
-      {"bad count", isAsked, [](Rig& rig) { rig.fail(ErrorKind::badCount); }},
-      {"timeout", isAsked, [](Rig& rig) { rig.fail(ErrorKind::timeout, kTick); }},
-      {"late", isAsked, [](Rig& rig) { rig.answerLate(); }},
+      {"A", isOnWire, [](Rig& rig) { rig.answer(kA); }},
+      {"B", isOnWire, [](Rig& rig) { rig.answer(kB); }},
+      {"B without serial number", isOnWire, [](Rig& rig) { rig.answer(kBWithoutSerial); }},
+      {"no acknowledge", isOnWire, [](Rig& rig) { rig.fail(ErrorKind::noAcknowledge); }},
+      {"bad count", isOnWire, [](Rig& rig) { rig.fail(ErrorKind::badCount); }},
+      {"timeout", isOnWire, [](Rig& rig) { rig.fail(ErrorKind::timeout, kTick); }},
+      {"late", isOnWire, [](Rig& rig) { rig.answerLate(); }},
       counting("0", [](unsigned) { return 0U; }),
       counting("1", [](unsigned) { return 1U; }),
       counting("one less", [](unsigned count) { return count - 1; }),

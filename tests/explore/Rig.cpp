@@ -9,7 +9,6 @@
 #include "host/kex/base/Format.h"
 #include "host/kex/time/ActivityManager.h"
 #include "tests/explore/Inside.h"
-#include "tests/support/Fru.h"
 
 namespace explore {
 
@@ -25,22 +24,6 @@ constexpr double kBusTimeout = 4 * kTick;
 /// With its grace that is when the bus gives up, in milliseconds.
 constexpr Hardware::SmbusTimeout kAddressTimeout{950};
 
-struct Known {
-  busTest::Fru fru;
-  Agent::SimulatedSupply answers;
-  explicit Known(busTest::Fru const& what) : fru(what), answers(what.supply()) {}
-  Kex::String8 fdl() const {
-    return Kex::format("model %s, serial number %s", fru.part.c_str(), fru.serial.c_str());
-  }
-};
-
-Known const& known(Supply supply) {
-  static Known const all[] = {Known({.part = "E", .serial = "Z"}),
-                              Known({.part = "S", .serial = "Z"}),
-                              Known({.part = "S", .serial = ""})};
-  return all[supply];
-}
-
 Kex::ActivityManager& loop() { return Kex::activityManager(); }
 
 }  // namespace
@@ -54,6 +37,17 @@ class Rig::Watched final : public Emerson::PmbusIdentifier::Identifier {
 
   void doInitialize() override {
     Identifier::doInitialize();
+    setTimeouts();
+  }
+
+  void doResetIdentifier() override {
+    rig_.reset();
+    setTimeouts();
+    Identifier::doResetIdentifier();
+  }
+
+ private:
+  void setTimeouts() {
     auto address = vornAddr();
     address.busTimeoutIs(kAddressTimeout);
     vornAddrIs(address);
@@ -62,12 +56,6 @@ class Rig::Watched final : public Emerson::PmbusIdentifier::Identifier {
     mfrIdAddrIs(address);
   }
 
-  void doResetIdentifier() override {
-    rig_.reset();
-    Identifier::doResetIdentifier();
-  }
-
- private:
   Rig& rig_;
 };
 
@@ -80,8 +68,8 @@ class Rig::Model final : public Ipmi::SupportedPowerSupplyDescriptorBase {
     rig_ = rig;
     static bool const areThere = [] {
       auto const registry = Kex::Entity::singleton<Ipmi::SupportedPowerSupplyRegistry>();
-      registry->powerSupplyDescriptorIs(Kex::make<Model>("first", "E"));
-      registry->powerSupplyDescriptorIs(Kex::make<Model>("second", "S"));
+      registry->powerSupplyDescriptorIs(Kex::make<Model>("first", kFirstPart));
+      registry->powerSupplyDescriptorIs(Kex::make<Model>("second", kSecondPart));
       return true;
     }();
     static_cast<void>(areThere);
@@ -90,9 +78,7 @@ class Rig::Model final : public Ipmi::SupportedPowerSupplyDescriptorBase {
   void doGenerateFdl(Kex::Ptr<Ipmi::IdpromContents> const& idprom) override {
     auto const product = idprom->productInfo();
     managedIs(product->partNumber() == part_);
-    fdlIs(managed()
-              ? Kex::format("model %s, serial number %s", part_, product->serialNumber().charPtr())
-              : Kex::String8());
+    fdlIs(managed() ? fdlOf(part_, product->serialNumber().charPtr()) : Kex::String8());
     if (rig_->interfere_) {
       rig_->doubts_ = kConfirming;
       std::exchange(rig_->interfere_, {})(*rig_);
@@ -124,7 +110,7 @@ Rig::Rig()
   // So late that a second more does not change how times are rounded.
   constexpr double kStart = 0x1p33;
   run(std::max(kStart, std::floor(now()) + 1));
-  identifier_ = newIdentifier(0x58);
+  identifier_ = newIdentifier(Agent::SimulatedSupply::kDevice);
   identifier_->pollIntervalIs(kPollInterval);
   identifier_->pollDelayIs(kPollDelay);
   identifier_->reviewIntervalIs(kReviewInterval);
@@ -142,7 +128,7 @@ Kex::Ptr<Emerson::PmbusIdentifier::Identifier> Rig::newIdentifier(Kex::U8 device
       *this, loop().config().clock(),
       Kex::make<Hardware::PowerSupplySlot::SlotConfig>("S", Kex::make<SmbusVorn::VornDesc>(vorn_)),
       status_, vorn_->newRequest(), vorn_->newRequest(), vorn_->newRequest(), nullptr, nullptr,
-      nullptr, deviceId, Kex::U8{0xB0});
+      nullptr, deviceId, kFruCommand);
   identifier->hasNotificationActiveIs(true);
   return identifier;
 }
@@ -198,7 +184,7 @@ void Rig::seePublished() {
   }
   doubts_ = 0;
   for (unsigned supply = 0; supply < kSupplies; ++supply) {
-    if ((seen_ >> supply & 1U) != 0 && known(Supply{supply}).fdl() == told.fdl) {
+    if ((seen_ >> supply & 1U) != 0 && fdlOf(Supply{supply}) == told.fdl) {
       return;
     }
   }
@@ -226,6 +212,8 @@ void Rig::check() {
   }
 }
 
+bool Rig::isAsked() const { return isOnWire() && hasClient(*bus_); }
+
 bool Rig::covers(Flip const& flip) const {
   auto const& asked = wire_->pending->transaction;
   if (!flip.address) {
@@ -236,13 +224,12 @@ bool Rig::covers(Flip const& flip) const {
 }
 
 bool Rig::endsTheArea() const {
-  constexpr unsigned kAreaEnd = 24;
   auto const& asked = wire_->pending->transaction;
   return asked.write.length == 2 && asked.write.bytes[1] + asked.readLength - 1U == kAreaEnd;
 }
 
 Smbus::Reply Rig::replyOf(Supply supply) const {
-  return known(supply).answers.answer(wire_->pending->transaction);
+  return answersOf(supply).answer(wire_->pending->transaction);
 }
 
 void Rig::answerWith(Smbus::Reply const& reply) {
@@ -261,8 +248,14 @@ void Rig::answer(Supply supply, std::function<void(Smbus::Reply&)> const& spoil)
   if (spoil) {
     spoil(reply);
   }
-  seen_ |= 1U << supply;
+  auto const& area = identifier_->productInfoBuf();
+  if (isWaitingFor(PowerSupplyDetector::IdentifierBase::kIdentifySupply) && area) {
+    seen_ |= 1U << supply;
+  }
   answerWith(reply);
+  if (area) {
+    seen_ &= suppliesWith(area->bytes());
+  }
   interfere_ = {};
 }
 
@@ -355,11 +348,11 @@ void Rig::recover(std::optional<Supply> supply) {
   }
   auto const* const told = status_->supply();
   bool const isRight =
-      told && (supply ? told->verdict == Verdict::identified && told->fdl == known(*supply).fdl()
+      told && (supply ? told->verdict == Verdict::identified && told->fdl == fdlOf(*supply)
                       : told->verdict == Verdict::absent);
   if (!isRight) {
     wrong(Kex::format("%s was in the slot for %g s, and is not told: %s '%s'",
-                      supply ? known(*supply).fdl().charPtr() : "nothing", time,
+                      supply ? fdlOf(*supply).charPtr() : "nothing", time,
                       told ? verdictName(told->verdict) : "no verdict",
                       told ? told->fdl.charPtr() : ""));
   }

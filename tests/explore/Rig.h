@@ -1,43 +1,16 @@
 // A slot of which everything that happens to it is chosen: the bus's answers, outside acts, pauses.
 #pragma once
 
-#include <array>
 #include <cmath>
 #include <functional>
 #include <optional>
 #include <string>
 
-#include "agent/transport/SimulatedSupply.h"
 #include "host/detector/SlotDriver.h"
+#include "tests/explore/Supplies.h"
 #include "tests/support/OutsideActs.h"
 
 namespace explore {
-
-/// The supplies that may be in the slot: two models with the same serial number, and one of the
-/// second model that has none.
-enum Supply : unsigned { kA, kB, kBWithoutSerial, kSupplies };
-
-/// Of the area's bytes these decide something. The masks, and the letters of the supplies, are such
-/// that no mixture of what the supplies answer has a valid checksum: eight bits would let one of
-/// 256 through, which is no fault of who reads it.
-struct Flip {
-  char const* what;
-  /// Its address in the supply's FRU memory; none is the first byte of MFR_ID.
-  std::optional<unsigned> address;
-  Kex::U8 mask;
-};
-inline constexpr auto kFlips = std::to_array<Flip>({
-    {"MFR_ID", std::nullopt, 0x20},
-    {"the header's version", 0, 0x02},
-    {"the area's offset", 4, 0x02},
-    {"the header's checksum", 7, 0x10},
-    {"the area's version", 8, 0x02},
-    {"the area's length", 9, 0x03},
-    {"the part number", 14, 0x08},
-    {"the serial number's length", 16, 0x02},
-    {"the serial number", 17, 0x08},
-    {"the area's checksum", 23, 0x80},
-});
 
 /// Timings of the slot, in seconds, are multiples of one, the delay of a check's retry.
 inline constexpr double kTick = 0.25;
@@ -45,7 +18,7 @@ inline constexpr double kPollDelay = kTick;
 inline constexpr double kPollInterval = 2 * kTick;
 inline constexpr double kReviewInterval = 5 * kTick;
 inline constexpr double kLeastRepetition = 2 * kTick;
-inline constexpr double kMostRepetition = 5 * kTick;
+inline constexpr double kMostRepetition = 4 * kTick;
 /// Detections that it takes to take an identified supply's description away.
 inline constexpr unsigned kConfirming = 2;
 /// What a slot may take to tell that it is empty, and which supply has been in it all the while.
@@ -63,6 +36,8 @@ class Rig {
 
   /// Whether a transaction is on the wire, as the transport sees it.
   bool isOnWire() const { return wire_->pending.has_value(); }
+  /// Whether somebody waits for its answer, too.
+  bool isAsked() const;
   /// Whether the answer to it would cover what `flip` spoils.
   bool covers(Flip const& flip) const;
   /// Whether the transaction on the wire reads up to the end of supply A's area.
@@ -73,7 +48,8 @@ class Rig {
   double wait() const { return identifier_->timeMin() - now(); }
   /// What tells this state from others: all that decides what follows, but for `seen`.
   std::uint64_t digest() const;
-  /// Which supplies answered since the detection began, a bit each: their FDL may be told.
+  /// The supplies that answered since the detection began and have all that was read of an area, a
+  /// bit each: what is read may be told as theirs.
   unsigned seen() const { return isReading() ? seen_ : 0; }
 
   /// `supply` answers, at once; `spoil` has a hand in it.

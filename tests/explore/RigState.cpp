@@ -49,92 +49,112 @@ unsigned Rig::attemptsLeft() const {
   }
 }
 
-std::uint64_t Rig::digest() const {
-  auto const& identifier = *identifier_;
-  auto const& detection = detectionOf(identifier);
-  double const at = now();
-  Digest digest;
-  auto const addText = [&digest](Kex::String8 const& text) {
-    digest.add(std::span(reinterpret_cast<Kex::U8 const*>(text.charPtr()), text.len()));
-  };
-  auto const addOutcome = [&digest](PowerSupplyDetector::Outcome const& outcome) {
-    digest.add(static_cast<std::uint64_t>(outcome.verdict)).add(outcome.texts);
-  };
-  auto const addRequest = [&](VornRequest const& request) {
-    digest.add(request.isUnderWay()).add(request.status());
-    Smbus::Transaction const& transaction = request.transaction();
-    digest.add(static_cast<std::uint64_t>(request.loaded())).add(transaction.address.encoded());
-    digest.add(transaction.write.view()).add(transaction.readLength);
-  };
+namespace {
 
-  // What is always alive.
-  digest.add(identifier.state())
-      .add(static_cast<std::uint64_t>(nextOf(identifier)))
-      .addTime(wait())
-      .addTime(std::min(kPollInterval, at - detection.memory.lastReset))
-      .add(detection.memory.mismatches)
-      .add(doubts_);
-  digest.addTime(detection.memory.backOff.interval());
-  for (auto const& outcome : {detection.memory.told, detection.memory.unconfirmed}) {
-    digest.add(outcome.has_value());
-    if (outcome) {
-      addOutcome(*outcome);
-    }
-  }
-  // Of what is told only the supply, or that there is none, makes a difference.
-  if (auto const* told = status_->supply()) {
-    digest.add(told->verdict == Verdict::absent);
-    addText(told->fdl);
-  } else {
-    digest.add(false);
-    addText({});
-  }
-  digest.add(isOnWire()).add(hasClient(*bus_));
-  if (isOnWire()) {
-    digest.addTime(at - wire_->pending->begun);
-  }
+using Emerson::PmbusIdentifier::Identifier;
 
-  // Whether the buffers serve; those that do not are put right at the next detection.
+/// What a remembered outcome may still decide. Those that only a poll comes to are alike: all that
+/// counts is whether the same comes again, and what is told and what is to be confirmed are never
+/// the same. That nothing is there makes a difference only where it is told.
+std::uint64_t kindOf(std::optional<PowerSupplyDetector::Outcome> const& outcome, bool isTold) {
+  if (!outcome) {
+    return ~std::uint64_t{0};
+  }
+  bool const isOfAPoll = outcome->verdict == Verdict::unreachable ||
+                         outcome->verdict == Verdict::unsupportedManufacturer ||
+                         outcome->verdict == Verdict::invalidHeader ||
+                         (outcome->verdict == Verdict::absent && !isTold);
+  return static_cast<std::uint64_t>(isOfAPoll ? Verdict::unreachable : outcome->verdict);
+}
+
+void addRequest(Digest& digest, VornRequest const& request) {
+  Smbus::Transaction const& transaction = request.transaction();
+  digest.add(request.isUnderWay()).add(request.status());
+  digest.add(static_cast<std::uint64_t>(request.loaded())).add(transaction.address.encoded());
+  digest.add(transaction.write.view()).add(transaction.readLength);
+}
+
+/// Whether buffers and records serve; those that do not are put right at the next detection.
+void addBuffers(Digest& digest, Identifier const& identifier) {
   for (auto const& buffer :
        {identifier.pollForInsertionWriteBuf(), identifier.identifySupplyWriteBuf(),
         identifier.checkSupplyWriteBuf(), identifier.pollForInsertionReadBuf(),
         identifier.identifySupplyReadBuf(), identifier.checkSupplyReadBuf()}) {
     digest.add(buffer ? std::min<Kex::U32>(buffer->size(), 2) : 0);
   }
+  digest.add(identifier.commonAreaBuf() && identifier.productInfoHeaderBuf() &&
+             identifier.idprom());
+}
+
+void addPoll(Digest& digest, Identifier const& identifier) {
+  digest.addText(identifier.mfrId());
+  addRequest(digest, *identifier.pollForInsertionRequest());
+}
+
+void addIdentification(Digest& digest, Identifier const& identifier) {
+  auto const& request = *identifier.identifySupplyRequest();
+  digest.add(request.isUnderWay()).add(request.status());
+  digest.add(identifier.idprom()->header()->productAreaOffset());
+  digest.add(identifier.failCount()).add(emptyChunksOf(identifier));
+  auto const& area = identifier.productInfoBuf();
+  digest.add(bool(area));
+  if (area) {
+    // Of bytes that no supply has all that counts is how many are left; between two answers that
+    // bring no byte some are as many as few.
+    constexpr unsigned kFew = 2;
+    unsigned const left = area->size() - area->len();
+    bool const isHalting = identifier.failCount() != 0 || emptyChunksOf(identifier) != 0;
+    digest.add(suppliesWith(area->bytes())).add(isHalting ? std::min(left, kFew) : left);
+  }
+}
+
+void addCheck(Digest& digest, Identifier const& identifier, double at) {
+  auto const& detection = detectionOf(identifier);
+  addRequest(digest, *identifier.checkSupplyRequest());
+  digest.add(identifier.failCount()).add(detection.hadFailures);
+  if (!detection.hadFailures) {
+    // After a failure detection starts over, whenever it was due.
+    double const sinceFirst = detection.memory.firstCheck ? at - *detection.memory.firstCheck : -1;
+    digest.addTime(std::max(0.0, detection.memory.backOff.due() - at))
+        .addTime(std::min(kReviewInterval, sinceFirst));
+  }
+  digest.addText(detection.serialNum);
+  digest.addText(detection.areaHeader);
+  digest.add(detection.found != nullptr);
+  if (detection.found) {
+    digest.add(static_cast<std::uint64_t>(detection.found->verdict));
+    digest.addText(detection.found->fdl);
+  }
+}
+
+}  // namespace
+
+std::uint64_t Rig::digest() const {
+  auto const& identifier = *identifier_;
+  auto const& memory = detectionOf(identifier).memory;
+  Digest digest;
+  digest.add(identifier.state()).add(static_cast<std::uint64_t>(nextOf(identifier)));
+  digest.addTime(wait()).addTime(std::min(kPollInterval, now() - memory.lastReset));
+  digest.add(memory.mismatches).addTime(memory.backOff.interval());
+  digest.add(doubts_);
+  digest.add(kindOf(memory.told, true)).add(kindOf(memory.unconfirmed, false));
+  // Of what is told only the supply, or that there is none, makes a difference.
+  auto const* const told = status_->supply();
+  digest.add(told != nullptr && told->verdict == Verdict::absent);
+  digest.addText(told != nullptr ? told->fdl : Kex::String8());
+  digest.add(isOnWire()).add(isAsked());
+  digest.addTime(isOnWire() ? now() - wire_->pending->begun : -1);
+  addBuffers(digest, identifier);
 
   // The rest only as long as somebody may still look at it.
   if (isWaitingFor(IdentifierBase::kPollForInsertion)) {
-    addText(identifier.mfrId());
-    addRequest(*identifier.pollForInsertionRequest());
+    addPoll(digest, identifier);
   }
   if (isWaitingFor(IdentifierBase::kIdentifySupply) || nextOf(identifier) == Next::identify) {
-    addRequest(*identifier.identifySupplyRequest());
-    digest.add(identifier.idprom()->header()->productAreaOffset());
-    digest.add(identifier.failCount())
-        .add(emptyChunksOf(identifier))
-        .add(bool(identifier.productInfoBuf()));
-    if (identifier.productInfoBuf()) {
-      digest.add(identifier.productInfoHeaderBuf()->bytes());
-      digest.add(identifier.productInfoBuf()->bytes());
-    }
+    addIdentification(digest, identifier);
   }
   if (isWaitingFor(IdentifierBase::kCheckSupply)) {
-    addRequest(*identifier.checkSupplyRequest());
-    digest.add(identifier.failCount())
-        .add(detection.hadFailures)
-        .addTime(std::max(0.0, detection.memory.backOff.due() - at))
-        .addTime(detection.memory.firstCheck ? at - *detection.memory.firstCheck : HUGE_VAL);
-    addText(detection.serialNum);
-    addText(detection.areaHeader);
-    digest.add(detection.found != nullptr);
-    if (detection.found) {
-      digest.add(static_cast<std::uint64_t>(detection.found->verdict));
-      addText(detection.found->fdl);
-      if (auto const& product = detection.found->product) {
-        addText(product->partNumber());
-        addText(product->serialNumber());
-      }
-    }
+    addCheck(digest, identifier, now());
   }
   return digest.value();
 }

@@ -11,7 +11,14 @@ int main(int argc, char** argv) {
       "Drives a slot's identifier, base, requests and bus through every state that can be "
       "reached,\n"
       "by every class of answer and every outside act, and checks in each that it is alive, tells\n"
-      "nothing false and recovers. Exit status 1 when something is wrong.");
+      "nothing false and recovers. Exit status 1 when something is wrong.\n"
+      "The supplies have the shortest product info area that holds a serial number, and the "
+      "longest\n"
+      "repetition is twice the first. States are one where they differ in no more than\n"
+      "- which of the verdicts that only a poll comes to is remembered,\n"
+      "- the bytes of an area that no supply has,\n"
+      "- how many bytes more than one are left to read, between two answers that bring none,\n"
+      "- records that were taken away or left by a poll before detection starts over.");
   bool isSmall = false;
   bool isVerbose = false;
   unsigned jobs = std::max(1U, std::thread::hardware_concurrency());

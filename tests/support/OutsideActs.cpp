@@ -28,14 +28,20 @@ Ptr<GenericIf> listOf(std::initializer_list<Ptr<GenericIf>> elements) {
   return list;
 }
 
-/// A request by name to attribute `id`; one that is refused does nothing.
-void request(ActedOn const& on, AttributeId id, Kex::U8 code, Ptr<GenericIf> const& value) {
-  auto const adapter = Kex::KexType::genericIf(Ptr<Kex::PtrInterface>(on.identifier), false);
+/// Does what may be refused.
+template <class Work>
+void attempt(Work work) {
   try {
-    adapter->access({.id = id, .code = code, .value = value.ptr()});
+    work();
   } catch (Kex::Exception const&) {
     // The slot's state is what counts.
   }
+}
+
+/// A request by name to attribute `id`; one that is refused does nothing.
+void request(ActedOn const& on, AttributeId id, Kex::U8 code, Ptr<GenericIf> const& value) {
+  auto const adapter = Kex::KexType::genericIf(Ptr<Kex::PtrInterface>(on.identifier), false);
+  attempt([&] { adapter->access({.id = id, .code = code, .value = value.ptr()}); });
 }
 
 auto calling(AttributeId id, std::initializer_list<Ptr<GenericIf>> arguments = {}) {
@@ -225,6 +231,11 @@ std::vector<Act> outsideActs() {
                  be(on, true);
                }};
   });
+  for (Act& act : acts) {
+    act.happen = [happen = std::move(act.happen)](ActedOn const& on) {
+      attempt([&] { happen(on); });
+    };
+  }
   return acts;
 }
 

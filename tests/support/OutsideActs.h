@@ -15,7 +15,8 @@ struct ActedOn {
   Kex::Ptr<Hardware::Vorn> vorn;
 };
 
-/// Something that is done to an identifier; afterwards it is set up as it was before.
+/// Something that is done to an identifier, unless it refuses; afterwards it is set up as it was
+/// before.
 struct Act {
   std::string what;
   std::function<void(ActedOn const&)> happen;
