@@ -37,7 +37,8 @@ void check(std::filesystem::path const& file, std::error_code const& error) {
 
 }  // namespace
 
-OutputFolder::OutputFolder(std::filesystem::path folder, std::vector<Source> const& sources) {
+OutputFolder::OutputFolder(std::filesystem::path const& folder,
+                           std::vector<Source> const& sources) {
   for (Source const& source : sources) {
     std::filesystem::path const file = folder / (nameOf(source.text()) + ".fdl");
     if (auto const same = std::ranges::find(files_, file); same != files_.end()) {

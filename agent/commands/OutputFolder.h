@@ -16,7 +16,7 @@ class OutputFolder {
   /// Makes `folder` where it is not there. Throws a `UsageError` when two of `sources` have the
   /// same file, or one of them would be overwritten, and a `Failure` when there is no such folder
   /// and it cannot be made.
-  OutputFolder(std::filesystem::path folder, std::vector<Source> const& sources);
+  OutputFolder(std::filesystem::path const& folder, std::vector<Source> const& sources);
 
   /// Writes the file of the source at this place; an empty FDL takes the file away, since what an
   /// earlier run may have left is not true any more. Throws a `Failure`.

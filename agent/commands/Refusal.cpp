@@ -99,7 +99,7 @@ std::string unknownCommand(CLI::App const& program, std::string const& name) {
 std::string refusalOf(CLI::App const& program, CLI::ParseError const& error,
                       std::span<char const* const> arguments) {
   CLI::App const* const command = commandOf(program);
-  std::string const text = error.what();
+  std::string text = error.what();
   std::string const left = leftOver(program, arguments);
   if (isOption(left)) {
     std::string const name = left.substr(0, left.find('='));
