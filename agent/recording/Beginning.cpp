@@ -13,6 +13,7 @@ namespace {
 
 using PowerSupplyDetector::BackOff;
 using PowerSupplyDetector::Outcome;
+using PowerSupplyDetector::Timings;
 
 /// A hundred years.
 constexpr double kLongest = 3.2e9;
@@ -61,8 +62,8 @@ JsonObject& addBeginning(JsonObject& object, Beginning const& beginning) {
 Beginning beginningFrom(JsonValue const& start) {
   Beginning beginning;
   beginning.time = start.at("time").number(0, std::numeric_limits<double>::max());
-  beginning.timings.pollInterval = start.at("pollInterval").number(0.001, kLongest);
-  beginning.timings.reviewInterval = start.at("reviewInterval").number(0.001, kLongest);
+  beginning.timings.pollInterval = start.at("pollInterval").number(Timings::kLeast, kLongest);
+  beginning.timings.reviewInterval = start.at("reviewInterval").number(Timings::kLeast, kLongest);
   beginning.memory.told = outcomeFrom(start, kTold);
   beginning.memory.unconfirmed = outcomeFrom(start, kUnconfirmed);
   beginning.memory.mismatches = static_cast<Kex::U8>(start.at("mismatches").integer(0, 2));

@@ -123,9 +123,9 @@ void IdentifierBase::timeMinIs(double time) {
 }
 
 void IdentifierBase::intervalIs(double Timings::*interval, char const* name, double seconds) {
-  if (!std::isfinite(seconds) || seconds <= 0) {
-    Kex::throwRangeException(
-        Kex::format("%s of %g: not a finite, positive number of seconds", name, seconds));
+  if (!std::isfinite(seconds) || seconds < Timings::kLeast) {
+    Kex::throwRangeException(Kex::format("%s of %g: not a finite number of seconds from %g on",
+                                         name, seconds, Timings::kLeast));
   }
   timings_.*interval = seconds;
   if (next_ != Next::nothing && next_ != Next::retryCheck) {

@@ -86,7 +86,7 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   virtual void kexFwkActivityIs(bool active);
   virtual void identifierNameIs(Kex::String8 name) { identifierName_ = std::move(name); }
   /// Seconds between two polls or checks. This and the other intervals take effect at once, and
-  /// throw a range exception unless they are finite and positive.
+  /// throw a range exception unless they are finite and at least `Timings::kLeast`.
   virtual void pollIntervalIs(double seconds);
   /// Seconds from the first check of a supply to the next time that all of it is read; at most
   /// `Timings::kMostWithoutSerialNumber` of one that has no serial number.

@@ -13,8 +13,11 @@ namespace PowerSupplyDetector {
 
 using Hardware::PowerSupplySlot::Verdict;
 
-/// The timings of a slot, in seconds; each is finite and positive.
+/// The timings of a slot, in seconds; each is finite and at least `kLeast`.
 struct Timings {
+  /// A slot that asked more often would do nothing else.
+  static constexpr double kLeast = 0.001;
+
   /// Between two polls or checks.
   double pollInterval = 1.0;
   /// From a positive poll to identification: a freshly inserted supply settles.

@@ -72,7 +72,7 @@ auto notifications(bool on) {
 
 /// Writes the interval `id` by name: what is none, and then another one for a moment.
 void disturbInterval(ActedOn const& on, AttributeId id, double interval) {
-  for (double const seconds : {0.0, -1.0, double{NAN}, HUGE_VAL, interval / 4, interval}) {
+  for (double const seconds : {0.0, -1.0, 1e-300, double{NAN}, HUGE_VAL, interval / 4, interval}) {
     writeByName(on, id, holderOf(seconds));
   }
 }

@@ -21,7 +21,7 @@ std::vector<Act> acts() {
                     busTest::writeByName(on, 0x113, Kex::holderOf(9.0));
                   }});
   acts.push_back({"intervals that are none", [](busTest::ActedOn const& on) {
-                    for (double const none : {0.0, -1.0, double{NAN}, HUGE_VAL}) {
+                    for (double const none : {0.0, -1.0, 1e-300, 0.0009, double{NAN}, HUGE_VAL}) {
                       EXPECT_THROW(on.identifier->pollIntervalIs(none), Kex::RangeException);
                       EXPECT_THROW(on.identifier->pollDelayIs(none), Kex::RangeException);
                       EXPECT_THROW(on.identifier->reviewIntervalIs(none), Kex::RangeException);
@@ -89,6 +89,7 @@ TEST(DetectorAlive, afterAnAnswerThatCameWhileItWasOff) {
     Slot slot("h*");
     Slot::descriptorIs("stub", "P");
     one.be({slot.run(0.5).identifier, slot.vorn}, false);
+    EXPECT_EQ(underWay(slot), 0);
     slot.run(1.5);
     EXPECT_EQ(underWay(slot) + int{std::isfinite(slot.identifier->timeMin())}, 0);
     one.be({slot.identifier, slot.vorn}, true);
@@ -159,27 +160,24 @@ TEST(DetectorAlive, afterAHandlerThatDoesNotDoItsPart) {
 }
 
 struct Mute final : Smbus::Transport {
-  explicit Mute(bool throws) : isThrowing(throws) {}
-  void start(Smbus::Transaction const&, Kex::U64, Smbus::AnswerSink&) override {
-    if (isThrowing) {
-      throw std::runtime_error("on strike");
-    }
-  }
-  bool isThrowing;
+  explicit Mute(std::function<void()> what) : instead(std::move(what)) {}
+  void start(Smbus::Transaction const&, Kex::U64, Smbus::AnswerSink&) override { instead(); }
+  std::function<void()> instead;
 };
 
 TEST(DetectorAlive, onABusThatDoesNotAnswer) {
   struct {
-    bool isThrowing;
+    std::function<void()> instead;
     char const* reason;
     double each;  ///< from one poll to the next, in seconds
   } const rows[] = {
-      {true, "reading MFR_ID failed: on strike", 1},
-      {false, "reading MFR_ID failed: the transport did not answer within the bus timeout", 2.05},
+      {[] { throw std::runtime_error("on strike"); }, "reading MFR_ID failed: on strike", 1},
+      {[] { throw 1; }, "reading MFR_ID failed: the transport threw an exception", 1},
+      {[] {}, "reading MFR_ID failed: the transport did not answer within the bus timeout", 2.05},
   };
   for (auto const& row : rows) {
     Slot slot("*");
-    auto const bus = Kex::make<Smbus::Bus>(std::make_unique<Mute>(row.isThrowing));
+    auto const bus = Kex::make<Smbus::Bus>(std::make_unique<Mute>(row.instead));
     slot.identifier->pollForInsertionRequestIs(Kex::make<Hardware::VornRequest>(bus));
     slot.run(10);
     EXPECT_EQ(slot.verdict(), "unreachable");
@@ -189,19 +187,40 @@ TEST(DetectorAlive, onABusThatDoesNotAnswer) {
   }
 }
 
-/// Switches the identifier off in the midst of the walk.
-struct SwitchingOff final : Ipmi::SupportedPowerSupplyDescriptorBase {
-  explicit SwitchingOff(Slot& slot) : SupportedPowerSupplyDescriptorBase("off"), slot_(slot) {}
-  void doGenerateFdl(Ptr<Ipmi::IdpromContents> const&) override {
-    slot_.identifier->hasNotificationActiveIs(false);
-  }
-  Slot& slot_;
+/// Interferes in the midst of the walk.
+struct Interfering final : Ipmi::SupportedPowerSupplyDescriptorBase {
+  explicit Interfering(std::function<void()> what)
+      : SupportedPowerSupplyDescriptorBase("interfering"), interfere(std::move(what)) {}
+  void doGenerateFdl(Ptr<Ipmi::IdpromContents> const&) override { interfere(); }
+  std::function<void()> interfere;
 };
 
 TEST(DetectorAlive, startsNothingWhileItIsOff) {
-  Slot slot("....");
-  Slot::registry().powerSupplyDescriptorIs(Kex::make<SwitchingOff>(slot));
-  EXPECT_EQ(slot.run(5).timeline, "P0 P0 I0.2 I0.2");
+  for (auto const& one : busTest::switches()) {
+    SCOPED_TRACE(one.what);
+    Slot slot("....");
+    Slot::registry().powerSupplyDescriptorIs(Kex::make<Interfering>([&] {
+      one.be({slot.identifier, slot.vorn}, false);
+    }));
+    EXPECT_EQ(slot.run(5).timeline, "P0 P0 I0.2 I0.2");
+    // Nor do completions that somebody else reports.
+    slot.identifier->doIdentifySupplyRequestComplete(true);
+    slot.identifier->doPollForInsertionRequestComplete(false);
+    EXPECT_EQ(slot.run(9).timeline, "P0 P0 I0.2 I0.2");
+  }
+}
+
+TEST(DetectorAlive, tellsNothingThatSomebodyElseReports) {
+  for (double const at : {0.1, 0.7}) {
+    Slot slot("*");
+    Slot::descriptorIs("stub", "P");
+    auto const before = slot.run(at).timeline;
+    slot.identifier->doIdentifySupplyRequestComplete(true);
+    slot.identifier->doCheckSupplyRequestComplete(false);
+    slot.identifier->doPollForInsertionRequestComplete(false);
+    EXPECT_EQ(slot.run(at).timeline, before) << at;
+    EXPECT_EQ(slot.run(at + 2).verdict(), "identified") << at;
+  }
 }
 
 TEST(DetectorAlive, standsStillWhileTheFrameworkIsOff) {

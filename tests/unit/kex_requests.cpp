@@ -54,6 +54,7 @@ struct Scene : VornRequest::Handler {
   void load(VornRequest& loaded) const {
     loaded.doMakeOp(VornOp::kRead, 0x58, buffer->data(), 8, 1, 8, 1);
   }
+  bool isOwnDoing(VornRequest&) override { return isOwn; }
   void handleStatus(VornRequest& from) override {
     log += '!' + std::to_string(from.status());
     if (restarts > 0) {
@@ -69,13 +70,15 @@ struct Scene : VornRequest::Handler {
   Ptr<Hal::Buf> buffer = Kex::make<Hal::Buf>(17U);
   std::string log;
   unsigned restarts = 0;  ///< from within the handler
+  bool isOwn = true;      ///< what is done to the request is the handler's doing
 };
 struct HardwareVornRequest : testing::Test, Scene {};
 
 TEST(HardwareVornRequests, deliverEachTerminalStatusExactlyOnce) {
   // s start, w withdraw, S and F the next transaction succeeds or fails, o the first one answers
   // once more, t the loop's turn, a start again at each of the next two deliveries, n nobody is
-  // told, d destroy. The log has the status after each step, and those delivered behind a !.
+  // told, d destroy, l load, e what follows is somebody else's doing. The log has the status after
+  // each step, and those delivered behind a !.
   struct {
     char const* steps;
     char const* log;
@@ -87,10 +90,12 @@ TEST(HardwareVornRequests, deliverEachTerminalStatusExactlyOnce) {
       {"sSsFt", "1312!20"}, {"swsFSt", "10113!30"},
       {"nsSt", "0130"},     {"sdSt", "1---"},
       {"sSdt", "13--"},     {"asFtFtFtt", "012!212!212!200"},
+      {"seSt", "113!30"},   {"selSt", "11000"},
+      {"sesSt", "11000"},   {"senSt", "11000"},
   };
   for (auto const& row : rows) {
     Scene scene;
-    auto& [asked, bus, vorn, request, buffer, log, restarts] = scene;
+    auto& [asked, bus, vorn, request, buffer, log, restarts, isOwn] = scene;
     std::size_t answered = 0;
     for (char const* step = row.steps; *step != 0; ++step) {
       switch (*step) {
@@ -102,6 +107,8 @@ TEST(HardwareVornRequests, deliverEachTerminalStatusExactlyOnce) {
         case 't': runPending(); break;
         case 'a': restarts = 2; break;
         case 'n': request->handlerIs(nullptr); break;
+        case 'l': scene.load(*request); break;
+        case 'e': isOwn = false; break;
         default: request = nullptr;
       }
       log += request ? std::to_string(request->status()) : "-";
@@ -142,6 +149,20 @@ TEST_F(HardwareVornRequest, writesTheWholeReadLengthAndNoMore) {
   asked.back().answer(false);
   EXPECT_EQ(request->error(), Smbus::ErrorKind::noAcknowledge);
   EXPECT_EQ(seen.records().back().error, Smbus::ErrorKind::noAcknowledge);
+}
+
+TEST_F(HardwareVornRequest, failsWhenNothingIsAnsweredThoughTheOneBeforeWas) {
+  // Without a timeout of its own a transaction has what the bus grants any.
+  double const begin = Kex::activityManager().config().clock()->time();
+  request->activeIs(true);
+  asked.back().answer(true);
+  Kex::activityManager().runUntil(begin + 0.03);
+  request->activeIs(true);
+  Kex::activityManager().runUntil(begin + 0.07);
+  EXPECT_EQ(log, "!3");
+  Kex::activityManager().runUntil(begin + 0.09);
+  EXPECT_EQ(log, "!3!2");
+  EXPECT_EQ(request->error(), Smbus::ErrorKind::timeout);
 }
 
 TEST_F(HardwareVornRequest, operationsAreReplacedOnlyAfterItWasWithdrawn) {
