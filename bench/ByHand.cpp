@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-#include "ipmi/Trim.h"
+#include "host/descriptors/Trim.h"
 #include "ipmi/families/All.h"
 
 namespace ByHand {
@@ -56,7 +56,7 @@ bool knows(Key const& key, Fields const& fields) {
   std::string_view text =
       key.field == KeyField::partNumber ? fields.partNumber : fields.productName;
   if (key.rule == MatchRule::trimmedEquality) {
-    text = trimmed(text);
+    text = Descriptors::trimmed(text);
   }
   return isAccepted(text, key.accepted[0], key.rule) || isAccepted(text, key.accepted[1], key.rule);
 }

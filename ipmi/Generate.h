@@ -7,10 +7,7 @@
 
 namespace Emerson::IpmiIdentifier {
 
-/// Decides whether the supply that `idpromContents` describes is one of `model`'s units and sets
-/// both outputs of `descriptor`: the filled FDL, then managed; or not managed, then the empty FDL.
-/// `idpromContents` must be there and have product info, else the range exception "null ValidPtr"
-/// is thrown.
+/// Runs the procedure for `model`'s row: see `Descriptors::doGenerateFdl`.
 void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Model const& model,
                    Kex::Ptr<Ipmi::IdpromContents> const& idpromContents);
 

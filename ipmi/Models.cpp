@@ -5,11 +5,13 @@
 #include <array>
 #include <cstddef>
 
-#include "ipmi/Trim.h"
+#include "host/descriptors/Trim.h"
 #include "ipmi/families/All.h"
 
 namespace Emerson::IpmiIdentifier {
 namespace {
+
+using Descriptors::trimmed;
 
 template <std::size_t... kSizes>
 consteval auto joined(Model const (&... parts)[kSizes]) {

@@ -3,19 +3,19 @@
 
 #include <algorithm>
 #include <array>
+#include <concepts>
 #include <cstddef>
-#include <span>
 #include <string_view>
 #include <type_traits>
 
+#include "host/descriptors/Filling.h"
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
 #include "ipmi/model/Model.h"
 
 namespace Emerson::IpmiIdentifier {
 
-/// A text field of the product info area, as its accessor.
-using Field = Kex::String8 const& (Ipmi::ProductInfoArea::*)() const;
+using Descriptors::Field;
 
 /// What is put in a placeholder's stead.
 class Argument {
@@ -35,10 +35,6 @@ class Argument {
   std::array<char, 12> digits_;
   std::string_view text_;
 };
-
-/// `pattern` with each placeholder, a percent sign and a letter, replaced by an argument: there are
-/// as many of the ones as of the others.
-Kex::String8 filled(std::string_view pattern, std::span<Argument const> arguments);
 
 /// An argument that is a column which a row may leave empty.
 template <char const* Model::*kColumn>
@@ -81,11 +77,16 @@ class Filling {
   /// `kTemplate` with its placeholders filled.
   template <auto const& kTemplate>
   static Kex::String8 fill(Model const& model, Ipmi::ProductInfoArea const& fields) {
-    Argument const arguments[] = {Argument(value(kArguments, model, fields))...};
-    return filled(textOf(kTemplate), arguments);
+    return filled(textOf(kTemplate), Argument(value(kArguments, model, fields))...);
   }
 
  private:
+  static Kex::String8 filled(std::string_view pattern,
+                             std::same_as<Argument> auto const&... arguments) {
+    std::string_view const texts[] = {arguments.text()...};
+    return Descriptors::filled(pattern, texts);
+  }
+
   static std::string_view textOf(char const* constant) { return constant; }
   static std::string_view textOf(Kex::String8 const& constant) { return constant.view(); }
 

@@ -5,24 +5,16 @@
 #include <cstdint>
 #include <string_view>
 
+#include "host/descriptors/Recognition.h"
 #include "host/ipmi/ProductInfoArea.h"
 #include "host/kex/base/String8.h"
 #include "ipmi/model/DescriptorTypes.h"
 
 namespace Emerson::IpmiIdentifier {
 
-/// The field of the product info area that tells the model.
-enum class KeyField : std::uint8_t { partNumber, productName };
-
-/// How the key field is compared with an accepted key; always byte by byte.
-enum class MatchRule : std::uint8_t {
-  prefix,           ///< the field begins with the accepted key
-  exactLength,      ///< the field as stored is the accepted key, blanks included
-  trimmedEquality,  ///< the field without its outer blanks and tabs is the accepted key
-};
-
-/// What is traced of the key at level 1.
-enum class KeyTrace : std::uint8_t { none, key, keyAndLength };
+using Descriptors::KeyField;
+using Descriptors::KeyTrace;
+using Descriptors::MatchRule;
 
 enum class Airflow : std::uint8_t { frontToBack, backToFront };
 
@@ -55,7 +47,7 @@ struct Model {
   KeyTrace keyTrace = KeyTrace::none;
   Family const* family = nullptr;  ///< never null in the table
   AcceptedKeys keys;
-  char const* message = "";  ///< traced at level 0; empty: no trace
+  std::string_view message{};  ///< traced at level 0; empty: no trace
 
   char const* api = "";
   char const* modelName = "";
