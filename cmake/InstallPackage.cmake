@@ -21,9 +21,14 @@ install(FILES packaging/completion/psu-agent.fish
         DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
 install(FILES packaging/completion/psu-agent.zsh RENAME _psu-agent
         DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions")
+install(DIRECTORY samples/models DESTINATION "${CMAKE_INSTALL_DATADIR}/psu-agent"
+        FILES_MATCHING PATTERN "*.json")
+install(FILES agent/models/model-file.schema.json
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/psu-agent")
 configure_file(packaging/psu-agent.service.in psu-agent.service @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/psu-agent.service" DESTINATION lib/systemd/system)
 install(FILES packaging/psu-agent.conf DESTINATION "${CMAKE_INSTALL_SYSCONFDIR}")
+install(DIRECTORY DESTINATION "${CMAKE_INSTALL_SYSCONFDIR}/psu-agent/models.d")
 install(FILES packaging/psu-agent.sysusers RENAME psu-agent.conf DESTINATION lib/sysusers.d)
 install(FILES packaging/60-psu-agent.rules DESTINATION lib/udev/rules.d)
 

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <array>
 
+#include "host/descriptors/Generate.h"
 #include "host/tables/Access.h"
 #include "host/tables/TypeTable.h"
 #include "ipmi/Descriptors.h"
-#include "ipmi/Trace.h"
 #include "ipmi/families/All.h"
 #include "registration/Module.h"
 
@@ -79,7 +79,7 @@ constexpr auto kFetchOrder = [] {
 constinit Registration::Module module("IpmiIdentifier", kTypes, kFetchOrder);
 
 /// Runs when the library is loaded. The trace handle is made as well, for a host to list.
-[[maybe_unused]] bool const isLoaded = (module.load(), traceHandle(), true);
+[[maybe_unused]] bool const isLoaded = (module.load(), Descriptors::traceHandle(), true);
 
 }  // namespace
 

@@ -30,7 +30,8 @@ inline constexpr std::array kStatuses = {
     StatusRow{Status::ok, "all supplies are identified, or the run ended as it was asked to"},
     StatusRow{Status::failed,
               "something could not be opened, loaded or written, or a call was refused"},
-    StatusRow{Status::usage, "the command line, a scenario or a configuration makes no sense"},
+    StatusRow{Status::usage,
+              "the command line, a scenario, a configuration or a model file makes no sense"},
     StatusRow{Status::absent, "a source has no supply"},
     StatusRow{Status::notIdentified,
               "a supply answered but is not identified, a bus is in trouble, or an adapter cannot "

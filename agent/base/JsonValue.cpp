@@ -31,10 +31,14 @@ std::string range(double least, double most) {
 
 void JsonValue::refuse(std::string const& why) const { throw UsageError(name() + ": " + why); }
 
-void JsonValue::checkKeys(std::span<std::string_view const> allowed) const {
+void JsonValue::checkObject() const {
   if (!value_->is_object()) {
     refuse(shown(*value_) + " is no object");
   }
+}
+
+void JsonValue::checkKeys(std::span<std::string_view const> allowed) const {
+  checkObject();
   for (auto const& [key, value] : value_->items()) {
     if (std::ranges::find(allowed, key) == allowed.end()) {
       refuse("unknown key " + inQuotes(key));
@@ -58,6 +62,15 @@ std::vector<JsonValue> JsonValue::elements() const {
     elements.emplace_back(element, path_ + "[" + std::to_string(elements.size()) + "]");
   }
   return elements;
+}
+
+std::vector<std::pair<std::string, JsonValue>> JsonValue::members() const {
+  checkObject();
+  std::vector<std::pair<std::string, JsonValue>> members;
+  for (auto const& [key, member] : value_->items()) {
+    members.emplace_back(key, JsonValue(member, path_ + "." + oneLine(key)));
+  }
+  return members;
 }
 
 std::string JsonValue::string() const {

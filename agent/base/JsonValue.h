@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "agent/base/Error.h"
@@ -21,7 +22,11 @@ class JsonValue {
   /// `value` must outlive this one; `path` is what it is called, empty for the whole document.
   JsonValue(Json const& value, std::string path) : value_(&value), path_(std::move(path)) {}
 
+  /// What the value is called.
+  std::string const& path() const { return path_; }
   bool isNull() const { return value_->is_null(); }
+  bool isArray() const { return value_->is_array(); }
+  bool isNumber() const { return value_->is_number(); }
   /// Throws unless the value is an object whose keys are among `allowed`.
   void checkKeys(std::initializer_list<std::string_view> allowed) const {
     checkKeys(std::span(allowed));
@@ -32,6 +37,8 @@ class JsonValue {
   JsonValue at(char const* key) const;
   /// The elements; the value must be an array.
   std::vector<JsonValue> elements() const;
+  /// The members by their keys, in the document's order; the value must be an object.
+  std::vector<std::pair<std::string, JsonValue>> members() const;
   std::string string() const;
   /// A text whose code points stand for bytes (Latin-1).
   std::string bytes() const;
@@ -44,6 +51,8 @@ class JsonValue {
   std::string name() const { return path_.empty() ? "the document" : path_; }
 
  private:
+  void checkObject() const;
+
   Json const* value_;
   std::string path_;
 };

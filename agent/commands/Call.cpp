@@ -125,6 +125,7 @@ Status call(Options const& options, Globals const& globals) {
   }
   Source const source(options.source);
   Plugin const plugin(globals.library);
+  ModelSet const models(globals.models);
   Loop loop(source.isLive() ? ClockKind::steadyClock : ClockKind::virtualClock);
   Candidates candidates;
   candidates.push_back(std::make_unique<Candidate>(

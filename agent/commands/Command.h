@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "agent/base/ExitStatus.h"
+#include "agent/models/ModelSet.h"
 
 namespace Agent {
 
@@ -14,6 +15,7 @@ namespace Agent {
 struct Globals {
   /// The plug-in's file.
   std::string library;
+  ModelOptions models{};
 };
 
 /// A command's work. It may throw a `Failure` or a `UsageError`.
@@ -31,6 +33,7 @@ Prepare prepareReport;
 Prepare prepareDoctor;
 Prepare prepareCall;
 Prepare prepareTypes;
+Prepare prepareModels;
 Prepare prepareComplete;
 
 /// What prepares the command of this name; null when there is none.

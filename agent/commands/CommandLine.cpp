@@ -77,6 +77,10 @@ std::vector<Command> const& commands() {
        "Print the types that the plug-in brings, and the trace handles",
        &prepareTypes,
        {"psu-agent types", "psu-agent types --json"}},
+      {"models",
+       "Check model files and print what they add",
+       &prepareModels,
+       {"psu-agent models mine.json", "psu-agent models --new i2c:7 >mine.json"}},
       {"complete", "", &prepareComplete, {}},
       {"help", "Print what a command takes", &prepareHelp, {"psu-agent help identify"}},
   };
@@ -141,10 +145,17 @@ Status runCommandLine(int argc, char const* const* argv) {
     return footer({"psu-agent identify supply.fru", "psu-agent identify --explain i2c:7",
                    "psu-agent monitor --slot Left=i2c:7", "psu-agent help identify"});
   });
-  Globals globals{.library = Plugin::defaultFile()};
+  Globals globals{.library = Plugin::defaultFile(), .models = {}};
   std::vector<std::string> traces;
   Action action;
   aPath(*program.add_option("--library", globals.library, "The plug-in's file"), "FILE");
+  repeatable(notEmpty(*program.add_option(
+                          "--models", globals.models.paths,
+                          "Model files, or folders of them, whose models are known as well"),
+                      "--models"),
+             "PATH");
+  program.add_flag("--strict", globals.models.isStrict,
+                   "End where a model file is refused, which else is told of only");
   repeatable(
       *program.add_option("--trace", traces,
                           "Show trace messages on stderr; psu-agent types lists the handles"),

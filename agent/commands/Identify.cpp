@@ -157,6 +157,7 @@ Status identify(Options const& options, Globals const& globals) {
     output.emplace(options.output, sources);
   }
   Plugin const plugin(globals.library);
+  ModelSet const models(globals.models);
   Loop loop(anyLive(sources) ? ClockKind::steadyClock : ClockKind::virtualClock);
   Ledger ledger;
   Candidates candidates;

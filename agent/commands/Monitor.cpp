@@ -37,8 +37,13 @@ using Read = std::function<MonitorOptions()>;
 class Monitor {
  public:
   /// All that is given must outlive it.
-  Monitor(MonitorOptions const& options, Plugin const& plugin, Loop& loop, Reporting& reporting)
-      : options_(options), loop_(loop), reporting_(reporting), slots_(plugin, loop, reporting) {
+  Monitor(MonitorOptions const& options, Plugin const& plugin, ModelSet& models, Loop& loop,
+          Reporting& reporting)
+      : options_(options),
+        models_(models),
+        loop_(loop),
+        reporting_(reporting),
+        slots_(plugin, loop, reporting) {
     if (auto const publishing = publishingOf(options_)) {
       reporting_.publisher = &publisher_.emplace(*publishing, reporting_.ledger);
     }
@@ -79,9 +84,10 @@ class Monitor {
     }
   }
 
-  /// Takes over what `read` gives, or tells why not.
+  /// Takes over what `read` gives, or tells why not; and the model files, as far as they fit.
   void reload(Read const& read) {
     service_.reloadBegins();
+    models_.reload();
     try {
       optionsAre(read());
       complain("configuration read again: " + slots_.text(), Priority::info);
@@ -90,6 +96,7 @@ class Monitor {
     } catch (Failure const& failure) {
       complain(std::string(failure.what()) + "; the configuration of before stays");
     }
+    slots_.detectUnrecognised();
     tellService();
     service_.reloadEnds();
   }
@@ -129,6 +136,7 @@ class Monitor {
   void tellService() { service_.stateIs(slots_.text(), slots_.isComplete()); }
 
   MonitorOptions options_;
+  ModelSet& models_;
   Loop& loop_;
   Reporting& reporting_;
   Service service_;
@@ -148,10 +156,11 @@ Status monitor(Read const& read, bool isReloadable, Globals const& globals) {
   }
   ignoreWriteSignals();
   Plugin const plugin(globals.library);
+  ModelSet models(globals.models);
   Loop loop(isLive(plansOf(options)) ? ClockKind::steadyClock : ClockKind::virtualClock);
   Reporting reporting{.isJson = options.isJson, .isLive = true};
   {
-    Monitor monitor(options, plugin, loop, reporting);
+    Monitor monitor(options, plugin, models, loop, reporting);
     if (isReloadable) {
       loop.onHangUpIs([&] { monitor.reload(read); });
     } else if (std::signal(SIGHUP, SIG_IGN) != SIG_IGN) {
@@ -162,7 +171,11 @@ Status monitor(Read const& read, bool isReloadable, Globals const& globals) {
   return reporting.ledger.status();
 }
 
-Status check(MonitorOptions const& options) {
+Status check(MonitorOptions const& options, Globals const& globals) {
+  if (!globals.models.paths.empty()) {
+    Plugin const plugin(globals.library);
+    ModelSet const models(globals.models);
+  }
   std::cout << "the configuration is sound:";
   for (SlotPlan const& plan : plansOf(options)) {
     std::cout << ' ' << plan.name;
@@ -187,7 +200,8 @@ Action prepareMonitor(CLI::App& command) {
       checkTogether(options);
       return options;
     };
-    return line->isCheck ? check(read()) : monitor(read, !line->config.empty(), globals);
+    bool const isReloadable = !line->config.empty() || !globals.models.paths.empty();
+    return line->isCheck ? check(read(), globals) : monitor(read, isReloadable, globals);
   };
 }
 

@@ -146,6 +146,7 @@ Status simulate(Options const& options, Globals const& globals) {
   }
   ignoreWriteSignals();
   Plugin const plugin(globals.library);
+  ModelSet const models(globals.models);
   Loop loop(ClockKind::virtualClock);
   Reporting reporting{.isJson = options.isJson, .isTranscript = options.isTranscript};
   {

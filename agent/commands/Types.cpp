@@ -122,9 +122,14 @@ void print(KexType const& type) {
 
 Status types(bool isJson, Globals const& globals) {
   Plugin const plugin(globals.library);
+  ModelSet const models(globals.models);
+  std::vector<KexType const*> listed = plugin.types();
+  for (auto const& descriptor : models.descriptors()) {
+    listed.push_back(&descriptor->fwkType());
+  }
   if (isJson) {
     Json all = Json::array();
-    for (KexType const* const type : plugin.types()) {
+    for (KexType const* const type : listed) {
       all.push_back(json(*type));
     }
     std::cout << all.dump(2) << '\n';
@@ -132,7 +137,7 @@ Status types(bool isJson, Globals const& globals) {
   }
   std::cout << "Trace handles: " << traceHandles() << "\nTrace levels: " << kTraceLevels
             << "\nAttributes: ^ inherited, identifier, kind, declaration\n";
-  for (KexType const* const type : plugin.types()) {
+  for (KexType const* const type : listed) {
     print(*type);
   }
   return Status::ok;

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "agent/base/Text.h"
+#include "agent/models/ModelDescriptor.h"
+#include "agent/models/NearMiss.h"
 #include "agent/report/OtherRecords.h"
 #include "agent/report/Page.h"
 #include "host/ipmi/SupportedPowerSupplyRegistry.h"
@@ -118,15 +120,38 @@ void writeArea(Page& page, FruBytes const& fru, U8 start, Supply const& supply) 
   }
 }
 
+/// From which file the descriptor came, where it came from one.
+std::string origin(Ipmi::SupportedPowerSupplyDescriptorBase const& descriptor) {
+  auto const* const added = dynamic_cast<ModelDescriptor const*>(&descriptor);
+  return added == nullptr ? "" : ": " + oneLine(added->model()->file);
+}
+
+/// What the descriptor would have known in the supply's stead, where that is near.
+std::string nearest(NearMisses const& misses,
+                    Ipmi::SupportedPowerSupplyDescriptorBase& descriptor) {
+  auto const miss = misses.of(descriptor);
+  return !miss
+             ? ""
+             : "; it would: " +
+                   std::string(miss->field == Descriptors::KeyField::partNumber
+                                   ? ProductInfoArea::kFieldNames[ProductInfoArea::kPartNumber]
+                                   : ProductInfoArea::kFieldNames[ProductInfoArea::kProductName]) +
+                   ' ' + inQuotes(miss->text) + " (" + miss->difference + ')';
+}
+
 void writeDescriptors(Page& page, Supply const& supply) {
+  constexpr std::size_t kAnswerColumn = 40;
   page.heading("Descriptors, in the order asked");
   auto const registry = Kex::Entity::singleton<Ipmi::SupportedPowerSupplyRegistry>();
+  NearMisses const misses(*supply.product);
   unsigned number = 0;
   for (auto one = registry->powerSupplyDescriptorIterator(); one; ++one) {
     bool const manages =
         supply.descriptor && one->fwkType().name() == Kex::Name(*supply.descriptor);
     page.line(str(format("%2u  %-36s", ++number, one->fwkType().name().charPtr())) +
-              (manages ? "manages it" : "does not know it"));
+                  (manages ? "manages it" : "does not know it" + nearest(misses, **one)) +
+                  origin(**one),
+              false, kAnswerColumn);
     if (manages) {
       return;
     }

@@ -11,8 +11,9 @@ namespace Agent {
 
 /// How `supply` was recognised, or why it was not: its transactions with their bytes, MFR_ID, FRU
 /// common header and areas field by field as far as `fru` has them, the descriptors in the order in
-/// which they were asked, and what `hint` tells. Lines have at most 80 columns (`source` aside);
-/// the line that made identification fail begins with `>>`.
+/// which they were asked, with the file that each came from and how close the supply came to its
+/// keys, and what `hint` tells. Lines have at most 80 columns (`source` aside); the line that made
+/// identification fail begins with `>>`.
 std::string explain(std::string const& source, TransactionLog const& log, Supply const& supply,
                     FruBytes const& fru, std::optional<Hint> const& hint);
 

@@ -120,6 +120,10 @@ void Slot::stop() {
   forEachIdentifier([](auto& identifier) { identifier.hasNotificationActiveIs(false); });
 }
 
+void Slot::detectAgain() {
+  forEachIdentifier([](auto& identifier) { identifier.doResetIdentifier(); });
+}
+
 template <class Operation>
 void Slot::forEachIdentifier(Operation operation) const {
   for (Kex::Name const& name : driver_->memberNames()) {

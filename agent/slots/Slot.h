@@ -46,6 +46,8 @@ class Slot {
   Beginning beginning() const;
   /// Ends detection; what was found stays. It may be called from `onSupply`.
   void stop();
+  /// Begins detection anew. What is published stays until it has ended.
+  void detectAgain();
 
  private:
   class Watcher;

@@ -58,6 +58,14 @@ void WatchedSlots::start(SlotPlan const& plan) {
   slot.reviewIntervalIs(plan.reviewInterval);
 }
 
+void WatchedSlots::detectUnrecognised() {
+  for (auto const& [name, slot] : slots_) {
+    if (slot->verdict() == Verdict::unrecognised) {
+      slot->slot().detectAgain();
+    }
+  }
+}
+
 bool WatchedSlots::isComplete() const {
   return std::ranges::all_of(slots_,
                              [](auto const& entry) { return entry.second->verdict().has_value(); });

@@ -31,6 +31,8 @@ class WatchedSlots {
   /// touched but for its intervals; others stop, and the new ones start. One that cannot be opened
   /// is told of and left out.
   void plansAre(std::vector<SlotPlan> const& plans);
+  /// Begins detection anew where a supply is unrecognised; what is told stays until that has ended.
+  void detectUnrecognised();
   bool isEmpty() const { return slots_.empty(); }
   /// Whether there is a verdict for every slot.
   bool isComplete() const;

@@ -17,6 +17,9 @@ inline Kex::TraceHandle& traceHandle() {
   return handle;
 }
 
+/// What traces call the procedure; the name that the compiler gives a template has its arguments.
+inline constexpr char const* kProcedure = "doGenerateFdl";
+
 /// Decides whether the supply that `idpromContents` describes is one that `model` recognises and
 /// sets both outputs of `descriptor`: the FDL that `fill` makes of the supply's fields, then
 /// managed; or not managed, then the empty FDL. `idpromContents` must be there and have product
@@ -26,7 +29,9 @@ void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Recogni
                    Kex::Ptr<Ipmi::IdpromContents> const& idpromContents, Fill const& fill) {
   Ipmi::IdpromContents const& idprom = *idpromContents;
   if (!model.message.empty()) {
-    Kex::trace(traceHandle(), 0, [&](std::ostream& out) { out << model.message; });
+    Kex::trace(
+        traceHandle(), 0, [&](std::ostream& out) { out << model.message; }, __builtin_LINE(),
+        kProcedure);
   }
 
   Ipmi::ProductInfoArea const& fields = *idprom.productInfo();
@@ -34,12 +39,15 @@ void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Recogni
   switch (model.keyTrace) {
     case KeyTrace::none: break;
     case KeyTrace::key:
-      Kex::trace(traceHandle(), 1, [&](std::ostream& out) { out << "pName=" << key; });
+      Kex::trace(
+          traceHandle(), 1, [&](std::ostream& out) { out << "pName=" << key; }, __builtin_LINE(),
+          kProcedure);
       break;
     case KeyTrace::keyAndLength:
-      Kex::trace(traceHandle(), 1, [&](std::ostream& out) {
-        out << "pName=" << key << "; strlen pName=" << key.size();
-      });
+      Kex::trace(
+          traceHandle(), 1,
+          [&](std::ostream& out) { out << "pName=" << key << "; strlen pName=" << key.size(); },
+          __builtin_LINE(), kProcedure);
       break;
   }
 

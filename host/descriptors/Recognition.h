@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -13,6 +14,7 @@ namespace Descriptors {
 
 /// The field of the product info area that tells the model.
 enum class KeyField : std::uint8_t { partNumber, productName };
+inline constexpr std::array<std::string_view, 2> kKeyFieldNames = {"partNumber", "productName"};
 
 /// How the key field is compared with an accepted key; always byte by byte.
 enum class MatchRule : std::uint8_t {
@@ -20,9 +22,12 @@ enum class MatchRule : std::uint8_t {
   exactLength,      ///< the field as stored is the accepted key, blanks included
   trimmedEquality,  ///< the field without its outer blanks and tabs is the accepted key
 };
+inline constexpr std::array<std::string_view, 3> kMatchRuleNames = {"prefix", "exactLength",
+                                                                    "trimmedEquality"};
 
 /// What is traced of the key at level 1.
 enum class KeyTrace : std::uint8_t { none, key, keyAndLength };
+inline constexpr std::array<std::string_view, 3> kKeyTraceNames = {"none", "key", "keyAndLength"};
 
 /// How one model's supplies are recognised. What it refers to outlives it.
 struct Recognition {

@@ -32,33 +32,51 @@ Kex::KexType& SupportedPowerSupplyRegistry::_fwkType() {
 Kex::KexType& SupportedPowerSupplyRegistry::fwkType() const { return _fwkType(); }
 
 SupportedPowerSupplyRegistry::~SupportedPowerSupplyRegistry() {
-  for (auto walk = descriptors_.begin(); walk; ++walk) {
-    walk->parentIs(nullptr);
+  for (Descriptors const* const place : {&descriptors_, &supplements_}) {
+    for (auto walk = place->begin(); walk; ++walk) {
+      walk->parentIs(nullptr);
+    }
   }
 }
 
 Ptr<Kex::PtrInterface> SupportedPowerSupplyRegistry::member(Kex::Name const& name) const {
-  return descriptors_.member(name.str());
+  auto const descriptor = descriptors_.member(name.str());
+  return descriptor ? descriptor : supplements_.member(name.str());
 }
 
 std::vector<Kex::Name> SupportedPowerSupplyRegistry::memberNames() const {
   std::vector<Kex::Name> names;
-  for (auto walk = descriptors_.begin(); walk; ++walk) {
-    names.push_back(walk->name());
+  for (Descriptors const* const place : {&descriptors_, &supplements_}) {
+    for (auto walk = place->begin(); walk; ++walk) {
+      names.push_back(walk->name());
+    }
   }
   return names;
 }
 
 void SupportedPowerSupplyRegistry::powerSupplyDescriptorIs(
     Ptr<SupportedPowerSupplyDescriptorBase> const& descriptor) {
+  take(descriptors_, descriptor);
+}
+
+void SupportedPowerSupplyRegistry::supplementIs(
+    Ptr<SupportedPowerSupplyDescriptorBase> const& descriptor) {
+  take(supplements_, descriptor);
+}
+
+void SupportedPowerSupplyRegistry::take(Descriptors& place,
+                                        Ptr<SupportedPowerSupplyDescriptorBase> const& descriptor) {
   powerSupplyDescriptorDel(descriptor->name());
-  descriptors_.memberIs(descriptor);
+  place.memberIs(descriptor);
   descriptor->parentIs(this);
 }
 
 Ptr<SupportedPowerSupplyDescriptorBase> SupportedPowerSupplyRegistry::powerSupplyDescriptorDel(
     Kex::Name const& name) {
   Ptr<SupportedPowerSupplyDescriptorBase> removed = descriptors_.memberDel(name.str());
+  if (!removed) {
+    removed = supplements_.memberDel(name.str());
+  }
   if (removed) {
     removed->parentIs(nullptr);
   }

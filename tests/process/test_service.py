@@ -1,11 +1,13 @@
 """`monitor` as a service: its configuration file, SIGHUP, the service manager, the journal."""
 
+import json
 import os
 import signal
 import socket
 import subprocess
 
-from agent import DS2900, SAMPLES, Case, run
+from agent import DS2900, SAMPLES, Case, faulty, run
+from test_model_files import FAMILY
 
 DS3000 = SAMPLES / "ds3000.fru"
 # Makes the run a live one; nobody has such a bus.
@@ -138,6 +140,28 @@ class Service(Case):
         self.told("STOPPING=1")
         self.assertEqual(agent.wait(timeout=60), 0)
         self.assertEqual(list(published.iterdir()), [])
+
+    def test_model_files_are_read_again(self):
+        """A supply that was unrecognised is known at once; of a file that is refused the models
+        stay."""
+        models = self.folder / "models"
+        models.mkdir()
+        agent = self.start(60_000_000, "--review-interval", 3600, "--models", models, "--slot",
+                           f"A={faulty('unrecognised')}", "--slot", f"Z={NO_BUS}")
+        self.told("READY=1")
+        self.assertEqual({agent.stdout.readline().split()[2] for _ in range(2)},
+                         {"unrecognised", "unreachable"})
+        file = models / "new.json"
+        file.write_text(json.dumps(FAMILY))
+        agent.send_signal(signal.SIGHUP)
+        self.assertEqual(agent.stdout.readline().split()[1:3], ["A", "identified"])
+        self.assertIn("configuration read again: ", agent.stderr.readline())
+        file.write_text("{}")
+        agent.send_signal(signal.SIGHUP)
+        self.assertIn(f"{file}: the document: the key \"keyField\" is missing; its models stay as they were",
+                      agent.stderr.readline())
+        agent.send_signal(signal.SIGTERM)
+        self.assertEqual(agent.wait(timeout=60), 0)
 
     def test_the_watchdog_is_fed(self):
         agent = self.start(20_000, "--slot", f"Z={NO_BUS}")

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
@@ -112,7 +113,9 @@ TEST(IpmiTraces, tellTypeAndKey) {
     EXPECT_STREQ(record.context, "<unknown>");
     told.push_back(std::to_string(record.level) + " " + record.text.charPtr());
   });
-  for (auto const& descriptor : ipmiTest::oneOfEach()) {
+  auto all = ipmiTest::oneOfEach();
+  std::ranges::copy(ipmiTest::oneOfEachFile(), std::back_inserter(all));
+  for (auto const& descriptor : all) {
     std::string const type = descriptor->name().charPtr();
     auto const* const row = std::ranges::find_if(
         kTraced, [&](auto const& traced) { return traced.types.contains(type); });

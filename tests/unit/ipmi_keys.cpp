@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -58,18 +59,30 @@ struct {
     {"DS1600_Reversed", kName, Rule::trimmed, {"DS1600SPE-3-402"}},
 };
 
-/// The types that declare a supply with `key` in `field` managed.
+/// The types that declare a supply with `key` in `field` managed, built in and from files.
 Names accepting(std::string ipmiTest::Fields::*field, std::string const& key) {
+  static auto const builtIn = ipmiTest::oneOfEach();
+  static auto const fromFiles = ipmiTest::oneOfEachFile();
   ipmiTest::Fields fields;
   fields.*field = key;
   auto const idprom = ipmiTest::idpromOf(fields);
-  Names names;
-  for (auto const& descriptor : ipmiTest::oneOfEach()) {
-    descriptor->doGenerateFdl(idprom);
-    EXPECT_EQ(descriptor->managed(), !descriptor->fdl().empty());
-    if (descriptor->managed()) {
-      names.emplace_back(descriptor->name().charPtr());
+  // The FDL of each that knows it.
+  auto const known = [&](ipmiTest::Descriptors const& all) {
+    std::map<std::string, Kex::String8> texts;
+    for (auto const& descriptor : all) {
+      descriptor->doGenerateFdl(idprom);
+      EXPECT_EQ(descriptor->managed(), !descriptor->fdl().empty());
+      if (descriptor->managed()) {
+        texts[descriptor->name().charPtr()] = descriptor->fdl();
+      }
     }
+    return texts;
+  };
+  auto const accepted = known(builtIn);
+  EXPECT_EQ(known(fromFiles), accepted) << key;
+  Names names;
+  for (auto const& [name, fdl] : accepted) {
+    names.push_back(name);
   }
   return names;
 }

@@ -4,6 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "agent/base/JsonDocument.h"
+#include "agent/models/ModelDescriptor.h"
+#include "agent/models/ModelFile.h"
+#include "agent/models/ModelFolder.h"
 #include "host/hal/Buf.h"
 #include "host/ipmi/IdpromContents.h"
 #include "host/ipmi/ProductInfoArea.h"
@@ -43,6 +47,18 @@ inline Descriptors oneOfEach() {
 #define EMERSON_MAKE(type, stem) all.emplace_back(stem##Factory(Kex::Name(#type)));
   EMERSON_DESCRIPTOR_TYPES(EMERSON_MAKE)
 #undef EMERSON_MAKE
+  return all;
+}
+
+/// The same, made from the model files of `samples/models/`, in another order.
+inline Descriptors oneOfEachFile() {
+  Descriptors all;
+  for (std::string const& file : Agent::modelFilesIn(PSU_SAMPLES "/models")) {
+    for (auto const& model :
+         Agent::parseModels(Agent::parseJson(Agent::readModelText(file)), file)) {
+      all.emplace_back(Agent::newDescriptor(model));
+    }
+  }
   return all;
 }
 
