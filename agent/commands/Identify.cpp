@@ -128,16 +128,26 @@ void print(Entry const& entry, Candidate const& candidate, Supply const& supply,
   }
 }
 
+/// What `candidate` found; null where that is nothing, or where there is no candidate.
+Supply const* outcomeOf(Candidate const* candidate) {
+  if (candidate == nullptr) {
+    return nullptr;
+  }
+  std::optional<Supply> const& outcome = candidate->outcome();
+  return outcome ? &*outcome : nullptr;
+}
+
 /// Recognises anew those whose product info area is right but for its length, with that length.
 void repair(Candidates& candidates, Plugin const& plugin, Loop& loop) {
   for (auto& candidate : candidates) {
+    Supply const* const found = outcomeOf(candidate.get());
     std::optional<Hint> hint = candidate->hint();
-    if (!hint || !hint->length) {
+    if (found == nullptr || !hint || !hint->length) {
       continue;
     }
     hint->isRepaired = true;
     SimulatedSupply const supply(repaired(candidate->memory(), *hint->length),
-                                 candidate->outcome()->mfrId.value_or("").view());
+                                 found->mfrId.value_or("").view());
     std::string const source = candidate->source();
     std::string const slot = candidate->slot().name();
     candidate.reset();
@@ -174,8 +184,7 @@ Status identify(Options const& options, Globals const& globals) {
   for (Entry& entry : entries) {
     Candidate const* const candidate =
         entry.candidate ? candidates[*entry.candidate].get() : nullptr;
-    Supply const* const supply =
-        candidate != nullptr && candidate->outcome() ? &*candidate->outcome() : nullptr;
+    Supply const* const supply = outcomeOf(candidate);
     if (output) {
       ledger.attempt([&] { output->fdlIs(rows.size(), supply ? supply->fdl.view() : ""); });
     }
