@@ -152,7 +152,7 @@ Status runCommandLine(int argc, char const* const* argv) {
   repeatable(notEmpty(*program.add_option(
                           "--models", globals.models.paths,
                           "Model files, or folders of them, whose models are known as well"),
-                      "--models"),
+                      "PATH"),
              "PATH");
   program.add_flag("--strict", globals.models.isStrict,
                    "End where a model file is refused, which else is told of only");

@@ -122,7 +122,8 @@ Status check(Options const& options, Globals const& globals) {
 Action prepareModels(CLI::App& command) {
   auto const options = std::make_shared<Options>();
   command.add_flag("--json", options->isJson, "Print one JSON object a line instead");
-  command.add_option("FILE", options->files, "A model file, or a folder of them");
+  notEmpty(*command.add_option("FILE", options->files, "A model file, or a folder of them"),
+           "FILE");
   addMfrIdOption(command, options->mfrId);
   command
       .add_option("--new", options->unknown,

@@ -38,6 +38,8 @@ class Refusals(Case):
                 (["identify", "--json=maybe", DS2900], "--json takes no value but true", "identify"),
                 (["simulate", ""], "a SCENARIO must not be empty", "simulate"),
                 (["report", "x", "-o", ""], "a FILE must not be empty", "report"),
+                (["--models", "", "types"], "--models: the name of a PATH must not be", "types"),
+                (["models", ""], "FILE: the name of a FILE must not be empty", "models"),
                 (["report", ""], "a RECORDING must not be empty", "report"),
                 (["monitor", "--config", ""], "a FILE must not be empty", "monitor"),
                 (["monitor", "--slot"], "--slot needs a value", "monitor"),
