@@ -85,11 +85,31 @@ Move waitingWhileOff(busTest::Switch const& one) {
 }
 
 /// The moves of the small alphabet, by what they are.
-constexpr auto kSmall = std::to_array<std::string_view>(
-    {"A", "B", "A with count 0", "no acknowledge", "timeout",
-     "A with a flipped bit in the area's checksum", "the wait is over", "doResetIdentifier",
-     "notifier off and on", "requests started", "A without derivedConstructed",
-     "check request gone and back"});
+constexpr auto kSmall =
+    std::to_array<std::string_view>({"A",
+                                     "B",
+                                     "A with count 0",
+                                     "no acknowledge",
+                                     "timeout",
+                                     "A with a flipped bit in MFR_ID",
+                                     "A with a flipped bit in the header's version",
+                                     "A with a flipped bit in the header's checksum",
+                                     "A with a flipped bit in the area's checksum",
+                                     "A, and a descriptor takes notifications",
+                                     "the wait is over",
+                                     "doResetIdentifier",
+                                     "notifier off and on",
+                                     "framework activity off and on",
+                                     "living reactors off and on",
+                                     "initialized off and on",
+                                     "no deadline",
+                                     "completions",
+                                     "requests started",
+                                     "requests loaded",
+                                     "requests without a handler",
+                                     "records gone",
+                                     "A without derivedConstructed",
+                                     "check request gone and back"});
 
 }  // namespace
 

@@ -16,7 +16,7 @@ struct Move {
   std::function<void(Rig&)> happen;
 };
 
-/// Every class of answer, every outside act and every pause; of the `small` alphabet one of a kind.
+/// Every class of answer, every outside act and every pause; of the `small` alphabet few of a kind.
 std::vector<Move> alphabet(bool small);
 
 }  // namespace explore

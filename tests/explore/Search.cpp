@@ -98,14 +98,19 @@ class Search {
   void warmUp() {
     for (Move const& move : moves_) {
       Rig rig;
+      tryOut(move, rig);
       rig.recover(kA);
-      for (int times = 0; times < 3; ++times) {
-        if (move.isPossible(rig)) {
-          move.happen(rig);
-        }
-        if (rig.isOnWire()) {
-          rig.answer(kA);
-        }
+      tryOut(move, rig);
+    }
+  }
+
+  static void tryOut(Move const& move, Rig& rig) {
+    for (int times = 0; times < 3; ++times) {
+      if (move.isPossible(rig)) {
+        move.happen(rig);
+      }
+      if (rig.isOnWire()) {
+        rig.answer(kA);
       }
     }
   }

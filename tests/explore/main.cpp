@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
   bool isSmall = false;
   bool isVerbose = false;
   unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
-  app.add_flag("--small", isSmall, "one answer and one act of a kind");
+  app.add_flag("--small", isSmall, "few answers and acts of a kind");
   app.add_flag("--verbose", isVerbose, "a line a round");
   app.add_option("--jobs", jobs, "processes at a time")->check(CLI::Range(1, 64));
   CLI11_PARSE(app, argc, argv);
