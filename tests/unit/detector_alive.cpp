@@ -84,7 +84,11 @@ TEST(DetectorAlive, whateverIsDoneToIt) {
 }
 
 TEST(DetectorAlive, afterAnAnswerThatCameWhileItWasOff) {
-  for (auto const& one : busTest::switches()) {
+  auto switches = busTest::switches();
+  switches.push_back({"derivedConstructed, not by name", [](busTest::ActedOn const& on, bool is) {
+                        on.identifier->derivedConstructedIs(is);
+                      }});
+  for (auto const& one : switches) {
     SCOPED_TRACE(one.what);
     Slot slot("h*");
     Slot::descriptorIs("stub", "P");
@@ -208,6 +212,17 @@ TEST(DetectorAlive, startsNothingWhileItIsOff) {
     slot.identifier->doPollForInsertionRequestComplete(false);
     EXPECT_EQ(slot.run(9).timeline, "P0 P0 I0.2 I0.2");
   }
+}
+
+TEST(DetectorAlive, handlesNothingBeforeItIsSwitchedOn) {
+  Slot slot(".");
+  auto const idle = Kex::make<Emerson::PmbusIdentifier::Identifier>(
+      Slot::clock(), slot.config, slot.status, slot.vorn->newRequest(), slot.vorn->newRequest(),
+      slot.vorn->newRequest(), nullptr, nullptr, nullptr, Kex::U8{0x58}, Kex::U8{0xB0});
+  idle->doInitialize();
+  idle->pollForInsertionRequest()->activeIs(true);
+  Kex::activityManager().runUntil(Slot::clock()->time() + 1);
+  EXPECT_EQ(idle->mfrId(), "");
 }
 
 TEST(DetectorAlive, tellsNothingThatSomebodyElseReports) {
