@@ -16,6 +16,9 @@ namespace Agent {
 
 namespace {
 
+/// What matters less is told to nobody.
+Priority leastTold = Priority::info;
+
 /// What a framework exception says whose text is only the name of what was wrong.
 struct Meaning {
   Kex::U32 id;
@@ -72,9 +75,17 @@ std::string exceptionText(std::exception_ptr const& thrown) {
 }
 
 void complain(std::string const& text, Priority priority) {
+  if (priority > leastTold) {
+    return;
+  }
   eraseProgress();
   std::cerr << priorityPrefix(STDERR_FILENO, priority)
             << "psu-agent: " << withShortWords(escaped(text)) << '\n';
+}
+
+void tellErrorsOnly() {
+  leastTold = Priority::error;
+  noProgress();
 }
 
 }  // namespace Agent

@@ -32,5 +32,7 @@ std::string exceptionText(std::exception_ptr const& thrown);
 
 /// Tells a person of `text`, as one line on stderr in which very long words are cut.
 void complain(std::string const& text, Priority priority = Priority::error);
+/// From now on `complain` tells of errors only, and nobody of progress.
+void tellErrorsOnly();
 
 }  // namespace Agent

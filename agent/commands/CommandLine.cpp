@@ -156,6 +156,8 @@ Status runCommandLine(int argc, char const* const* argv) {
              "PATH");
   program.add_flag("--strict", globals.models.isStrict,
                    "End where a model file is refused, which else is told of only");
+  bool isQuiet = false;
+  program.add_flag("--quiet", isQuiet, "Tell of errors only, neither of warnings nor of progress");
   repeatable(
       *program.add_option("--trace", traces,
                           "Show trace messages on stderr; psu-agent types lists the handles"),
@@ -177,6 +179,9 @@ Status runCommandLine(int argc, char const* const* argv) {
     }
     if (!action) {
       throw UsageError("a command is needed");
+    }
+    if (isQuiet) {
+      tellErrorsOnly();
     }
     if (!traces.empty()) {
       Plugin::load(globals.library);

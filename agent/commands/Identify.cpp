@@ -120,11 +120,13 @@ void print(Entry const& entry, Candidate const& candidate, Supply const& supply,
   if (Status const status = statusOf(supply); status != Status::ok) {
     ledger.tell(status, entry.source + ": " + explanation(supply, hint));
   } else if (hint) {
-    complain(entry.source + ": warning: " + (hint->isRepaired ? "repaired: " : "") + hint->text);
+    complain(entry.source + ": warning: " + (hint->isRepaired ? "repaired: " : "") + hint->text,
+             Priority::warning);
   }
   for (Suspect const& suspect : suspects(supply)) {
     complain(entry.source + ": warning: " + suspect.field + ' ' + inQuotes(suspect.text) +
-             " changes the meaning of the FDL that it is written into, or of a terminal");
+                 " changes the meaning of the FDL that it is written into, or of a terminal",
+             Priority::warning);
   }
 }
 

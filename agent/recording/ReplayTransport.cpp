@@ -39,7 +39,7 @@ std::string described(Smbus::Transaction const& transaction) {
 Recording opened(ReplayTarget const& target) {
   Recording recording(target.file);
   for (std::string const& doubt : recording.doubts(target.slot)) {
-    complain(doubt);
+    complain(doubt, Priority::warning);
   }
   return recording;
 }

@@ -37,6 +37,8 @@ class Output(Case):
                 status, out, err = run("identify", "--json", faulty(name))
                 self.assertEqual((status, json.loads(out)["suspect"], len(err)), (0, [field], 1))
                 self.assertIn(f"{name}.fru: warning: {field}", err[0])
+                self.assertEqual(run("identify", "--json", "--quiet", faulty(name)), (0, out, []))
+        self.assertEqual(len(run("--quiet", "identify", faulty("nul"), "none.fru")[2]), 1)
 
     def test_explain_marks_the_line_that_failed(self):
         # A start and a length that one byte wide wrap to 0.
