@@ -3,8 +3,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -48,15 +50,16 @@ constexpr Named<char const* (Model::*)() const noexcept> kDerived[] = {
     {&Model::fanSuffix, "fanSuffix"},
 };
 
-/// The name of `member` in `table`; one that has none does not compile.
+/// The name of `member` in `table`; one that has none ends the build. Sanitizers keep compilers
+/// from comparing members' addresses in constants.
 template <class Pointer, std::size_t kSize>
-consteval char const* nameIn(Named<Pointer> const (&table)[kSize], Pointer member) {
+char const* nameIn(Named<Pointer> const (&table)[kSize], Pointer member) {
   for (auto const& row : table) {
     if (row.member == member) {
       return row.name;
     }
   }
-  throw "the member has no name in model files";
+  throw std::logic_error("a member has no name in model files");
 }
 
 /// `text` cut at its line feeds; it ends with one.
@@ -73,37 +76,37 @@ Json linesOf(std::string_view text) {
 /// One argument of a template: what stands in its place, and the model's own value of it.
 struct Argument {
   std::string place;
-  /// Null for a field of the supply.
-  void (*addTo)(Json& columns, Model const& model);
+  /// Empty for a field of the supply.
+  std::function<void(Json& columns, Model const& model)> addTo;
 };
 
 template <auto kArgument>
 Argument argumentOf() {
   using Type = std::remove_const_t<decltype(kArgument)>;
-  auto const placeOf = [](char const* name) { return "${" + std::string(name) + "}"; };
+  auto const placeOf = [](std::string const& name) { return "${" + name + "}"; };
   if constexpr (std::is_same_v<Type, Field>) {
     return {placeOf(nameIn(kFields, kArgument)), nullptr};
   } else if constexpr (std::is_same_v<Type, char const * Model::*>) {
-    constexpr char const* kName = nameIn(kTexts, kArgument);
-    return {placeOf(kName),
-            [](Json& columns, Model const& model) { columns[kName] = model.*kArgument; }};
+    std::string const name = nameIn(kTexts, kArgument);
+    return {placeOf(name),
+            [name](Json& columns, Model const& model) { columns[name] = model.*kArgument; }};
   } else if constexpr (std::is_same_v<Type, int Model::*>) {
-    constexpr char const* kName = nameIn(kNumbers, kArgument);
-    return {placeOf(kName),
-            [](Json& columns, Model const& model) { columns[kName] = model.*kArgument; }};
+    std::string const name = nameIn(kNumbers, kArgument);
+    return {placeOf(name),
+            [name](Json& columns, Model const& model) { columns[name] = model.*kArgument; }};
   } else {
-    constexpr char const* kName = nameIn(kDerived, kArgument);
-    return {placeOf(kName),
-            [](Json& columns, Model const& model) { columns[kName] = (model.*kArgument)(); }};
+    std::string const name = nameIn(kDerived, kArgument);
+    return {placeOf(name),
+            [name](Json& columns, Model const& model) { columns[name] = (model.*kArgument)(); }};
   }
 }
 
 /// A column that may be empty holds whole lines, whose place is a line of its own.
 template <char const* Model::*kColumn>
 Argument argumentOf(MayBeEmpty<kColumn>) {
-  constexpr char const* kName = nameIn(kTexts, kColumn);
-  return {"${" + std::string(kName) + "}\n",
-          [](Json& columns, Model const& model) { columns[kName] = linesOf(model.*kColumn); }};
+  std::string const name = nameIn(kTexts, kColumn);
+  return {"${" + name + "}\n",
+          [name](Json& columns, Model const& model) { columns[name] = linesOf(model.*kColumn); }};
 }
 
 template <auto kArgument>
