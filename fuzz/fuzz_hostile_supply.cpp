@@ -90,8 +90,12 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   // What is made once a process is made before objects are counted.
   [[maybe_unused]] static bool const isReady = [] {
     Fuzz::registerDescriptors();
-    Fuzz::Input nothing(nullptr, 0);
-    live(nothing);
+    // The makers that are accepted are read by name when the first other one is told.
+    constexpr std::uint8_t kForeign[] = {0x47, 7, 'F', 'O', 'R', 'E', 'I', 'G', 'N'};
+    for (std::size_t const size : {std::size_t{0}, sizeof kForeign}) {
+      Fuzz::Input input(kForeign, size);
+      live(input);
+    }
     return true;
   }();
   std::size_t const before = Kex::VFPtrInterface::liveObjects();

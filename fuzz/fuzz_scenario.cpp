@@ -5,6 +5,14 @@
 #include "agent/slots/Scenario.h"
 #include "fuzz/FuzzInput.h"
 
+namespace {
+
+void checkMessage(std::string_view message) {
+  Fuzz::require(!message.empty() && message.find('\n') == std::string_view::npos);
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   std::string const text(data, data + size);
   try {
@@ -18,8 +26,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
       }
     }
   } catch (Agent::UsageError const& error) {
-    std::string_view const message = error.what();
-    Fuzz::require(!message.empty() && message.find('\n') == std::string_view::npos);
+    checkMessage(error.what());
+  } catch (Agent::Failure const& error) {
+    // An image that is not there.
+    checkMessage(error.what());
   }
   return 0;
 }

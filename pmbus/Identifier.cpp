@@ -106,6 +106,7 @@ void Identifier::doInitialize() {
   mfrIdAddr_.deviceIs(Smbus::U7(deviceId_.value()));
   mfrIdAddr_.offsetIs(kMfrIdCommand);
   mfrIdAddr_.busTimeoutIs(kBusTimeout);
+  repairBuffers();
   armMfrIdRead();
   initializedIs(true);
 }
