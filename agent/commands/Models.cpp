@@ -84,7 +84,8 @@ Status draft(Options const& options, Globals const& globals) {
     throw Failure(source.text() + ": no outcome");
   }
   if (supply->verdict == Verdict::identified) {
-    throw Failure(source.text() + ": is identified as " + std::string(supply->descriptor->view()) +
+    Kex::String8 const descriptor = supply->descriptor.value_or(Kex::String8());
+    throw Failure(source.text() + ": is identified as " + std::string(descriptor.view()) +
                   " already");
   }
   if (supply->verdict != Verdict::unrecognised) {

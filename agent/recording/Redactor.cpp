@@ -211,7 +211,7 @@ void Redactor::redactLine(std::string& line) const {
   } else if (json.at("event") == "supply") {
     bool const isAll = json.at("verdict") == "invalidChecksum";
     for (char const* const key : kTexts) {
-      if (json.at(key).is_null() || !(isAll || key == kSerialNumber)) {
+      if (json.at(key).is_null() || (!isAll && key != kSerialNumber)) {
         continue;
       }
       std::string const text = JsonValue(json, "").at(key).bytes();
