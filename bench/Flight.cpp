@@ -16,7 +16,6 @@ class FollowedSlot final : Smbus::TransactionObserver {
  public:
   explicit FollowedSlot(Agent::Plugin const& plugin)
       : slot_(plugin, "PowerSupply1", supplies().data()) {
-    slot_.slot().reviewIntervalIs(1e9);
     slot_.slot().observerIs(this);
     run(kRecognition + kInterval);
   }

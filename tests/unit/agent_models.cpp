@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -217,12 +218,9 @@ TEST_F(ModelSets, areReadAgain) {
   write("b.json", model("B", "trimmedEquality", "B-1"));
   ModelSet all = set();
   auto const isKnown = [&](std::string const& key) {
-    for (auto const& descriptor : all.descriptors()) {
-      if (Question(Descriptors::KeyField::partNumber, key).isKnownTo(*descriptor)) {
-        return true;
-      }
-    }
-    return false;
+    Question const question(Descriptors::KeyField::partNumber, key);
+    return std::ranges::any_of(
+        all.descriptors(), [&](auto const& descriptor) { return question.isKnownTo(*descriptor); });
   };
   write("a.json", "{");
   write("b.json", model("B", "trimmedEquality", "B-2"));
