@@ -58,8 +58,11 @@ Kex::Ptr<Hal::Buf> areaOf(Fuzz::Input& input) {
   std::string area("\x01\x00\x00", 3);
   for (unsigned field = 0; field < 5; ++field) {
     std::uint8_t const choice = input.byte();
-    std::string text = choice < 128 ? std::string(kKeys[choice % std::size(kKeys)]) : "";
-    text = input.text(4) + text + input.text(30);
+    std::string text = input.text(4);
+    if (choice < 128) {
+      text += kKeys[choice % std::size(kKeys)];
+    }
+    text += input.text(30);
     std::uint8_t const encoding = input.byte() & 0xC0U;
     area += static_cast<char>(encoding | text.size());
     area += text;
@@ -67,7 +70,7 @@ Kex::Ptr<Hal::Buf> areaOf(Fuzz::Input& input) {
   area += '\xC1';
   auto const rest = input.rest();
   area.append(rest.begin(), rest.end());
-  auto const buffer = Kex::make<Hal::Buf>(0U);
+  auto buffer = Kex::make<Hal::Buf>(0U);
   buffer->strIs(Kex::String8(std::string_view(area)));
   return buffer;
 }
