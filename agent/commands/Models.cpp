@@ -79,6 +79,9 @@ Status draft(Options const& options, Globals const& globals) {
       source, SourceContext{.mfrId = options.mfrId, .post = loop.post()}, "PowerSupply1", plugin,
       0));
   detect(candidates, loop, 0);
+  if (loop.isStopped()) {
+    return loop.status();
+  }
   auto const& supply = candidates.front()->outcome();
   if (!supply) {
     throw Failure(source.text() + ": no outcome");

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <ctime>
 #include <filesystem>
-#include <tuple>
 #include <vector>
 
 #include "agent/publish/SlotName.h"
@@ -46,13 +45,17 @@ bool isIncident(std::string_view name) {
 /// The incidents in the folder, the oldest first.
 std::vector<KeptFile> incidents(std::string const& path) {
   std::vector<KeptFile> files;
-  std::error_code ignored;
-  for (fs::directory_entry const& entry : fs::directory_iterator(path, ignored)) {
-    std::string const name = entry.path().filename().string();
-    if (isIncident(name) && entry.symlink_status(ignored).type() == fs::file_type::regular) {
-      files.push_back({.changed = entry.last_write_time(ignored),
-                       .name = name,
-                       .bytes = entry.file_size(ignored)});
+  std::error_code error;
+  // Others may take files away meanwhile.
+  for (fs::directory_iterator at(path, error); !error && at != fs::directory_iterator();
+       at.increment(error)) {
+    std::string const name = at->path().filename().string();
+    std::error_code gone;
+    bool const isFile = at->symlink_status(gone).type() == fs::file_type::regular;
+    fs::file_time_type const changed = at->last_write_time(gone);
+    std::uintmax_t const bytes = at->file_size(gone);
+    if (isIncident(name) && isFile && !gone) {
+      files.push_back({.changed = changed, .name = name, .bytes = bytes});
     }
   }
   std::ranges::sort(files);
