@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "agent/base/Text.h"
@@ -11,30 +13,55 @@ namespace Agent {
 
 namespace {
 
-/// How each byte stands in a JSON text.
-constexpr auto kIsPlain = [] {
-  std::array<bool, 256> isPlain{};
-  for (unsigned byte = 0x20; byte < 0x80; ++byte) {
-    isPlain[byte] = byte != '"' && byte != '\\';
+/// What follows the backslash of a byte that is escaped in a JSON text; 0 for one that stands as it
+/// is, and for one that is no ASCII.
+constexpr auto kEscapes = [] {
+  std::array<char, 256> escapes{};
+  std::fill_n(escapes.begin(), 0x20, 'u');
+  constexpr std::string_view kNamed = "\"\\\b\f\n\r\t";
+  constexpr std::string_view kNames = "\"\\bfnrt";
+  for (std::size_t i = 0; i < kNamed.size(); ++i) {
+    escapes[static_cast<unsigned char>(kNamed[i])] = kNames[i];
   }
-  return isPlain;
+  return escapes;
 }();
 
-bool isPlain(char byte) { return kIsPlain[static_cast<unsigned char>(byte)]; }
+char escapeOf(char byte) { return kEscapes[static_cast<unsigned char>(byte)]; }
 
 bool isAscii(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
 
-void appendEscaped(std::string& out, char byte) {
-  constexpr std::string_view kNamed = "\"\\\b\f\n\r\t";
-  constexpr std::string_view kNames = "\"\\bfnrt";
-  if (std::size_t const named = kNamed.find(byte); named != std::string_view::npos) {
-    (out += '\\') += kNames[named];
-  } else if (isAscii(byte)) {
+bool isPlain(char byte) { return isAscii(byte) && escapeOf(byte) == 0; }
+
+/// Whether eight bytes stand as they are, asked of all at once.
+bool arePlain(char const* text) {
+  static constexpr std::uint64_t kOnes = ~std::uint64_t{0} / 0xFF;
+  std::uint64_t eight = 0;
+  std::memcpy(&eight, text, sizeof eight);
+  // Where no byte has its top bit, taking n from each sets that of those below n.
+  auto const areBelow = [](std::uint64_t bytes, unsigned n) { return bytes - kOnes * n; };
+  std::uint64_t const others = eight | areBelow(eight, 0x20) | areBelow(eight ^ kOnes * '"', 1) |
+                               areBelow(eight ^ kOnes * '\\', 1);
+  return (others & kOnes << 7) == 0;
+}
+
+/// The first byte that is not plain, or `end`.
+char const* firstOther(char const* at, char const* end) {
+  while (end - at >= 8 && arePlain(at)) {
+    at += 8;
+  }
+  return std::find_if_not(at, end, isPlain);
+}
+
+void appendOther(std::string& out, char byte) {
+  if (!isAscii(byte)) {
+    out += latin1ToUtf8({&byte, 1});
+    return;
+  }
+  (out += '\\') += escapeOf(byte);
+  if (escapeOf(byte) == 'u') {
     constexpr std::string_view kDigits = "0123456789abcdef";
     auto const value = static_cast<unsigned char>(byte);
-    ((out += "\\u00") += kDigits[value >> 4]) += kDigits[value & 0xFU];
-  } else {
-    out += latin1ToUtf8({&byte, 1});
+    ((out += "00") += kDigits[value >> 4]) += kDigits[value & 0xFU];
   }
 }
 
@@ -43,11 +70,11 @@ void appendEscaped(std::string& out, char byte) {
 void JsonObject::write(Latin1 text) {
   text_ += '"';
   for (char const *at = text.bytes.begin(), *const end = text.bytes.end(); at != end;) {
-    char const* const plain = std::find_if_not(at, end, isPlain);
+    char const* const plain = firstOther(at, end);
     text_.append(at, plain);
     at = plain;
     if (at != end) {
-      appendEscaped(text_, *at++);
+      appendOther(text_, *at++);
     }
   }
   text_ += '"';

@@ -100,13 +100,13 @@ void printFailure(Entry const& entry, Options const& options) {
 
 /// What is printed of the supply at once.
 std::string textOf(Entry const& entry, Candidate const& candidate, Supply const& supply,
-                   Options const& options) {
+                   std::optional<Hint> const& hint, Options const& options) {
   if (options.isExplained) {
-    return explain(entry.source, candidate.log(), supply, candidate.memory(), candidate.hint());
+    return explain(entry.source, candidate.log(), supply, candidate.memory(), hint);
   }
   if (options.isJson) {
     JsonObject object = objectOf(entry);
-    return addSupply(object, supply, candidate.hint()).text() + '\n';
+    return addSupply(object, supply, hint).text() + '\n';
   }
   return options.output.empty() && !options.isTable ? std::string(supply.fdl.view()) : "";
 }
@@ -115,7 +115,7 @@ void print(Entry const& entry, Candidate const& candidate, Supply const& supply,
            Options const& options, Ledger& ledger) {
   std::optional<Hint> const hint = candidate.hint();
   if (options.isPrinted()) {
-    std::cout << textOf(entry, candidate, supply, options);
+    std::cout << textOf(entry, candidate, supply, hint, options);
   }
   if (Status const status = statusOf(supply); status != Status::ok) {
     ledger.tell(status, entry.source + ": " + explanation(supply, hint));

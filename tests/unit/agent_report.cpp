@@ -71,10 +71,14 @@ TEST(Json, Texts) {
     return R"({"key":)" + nlohmann::json(text).dump(-1, ' ', false, kReplace) + '}';
   };
   for (unsigned byte = 0; byte < 256; ++byte) {
-    std::string const text{'a', static_cast<char>(byte), 'b', static_cast<char>(byte)};
-    EXPECT_EQ(Agent::JsonObject().add("key", Agent::Latin1{text}).text(),
-              inObject(Agent::latin1ToUtf8(text)));
-    EXPECT_EQ(Agent::JsonObject().add("key", text).text(), inObject(text));
+    // At each place of the groups that are looked at together, and behind them.
+    for (std::size_t place = 0; place < 18; ++place) {
+      std::string text(20, byte % 2 == 0 ? ' ' : '\x7F');
+      text[place] = text[19] = static_cast<char>(byte);
+      EXPECT_EQ(Agent::JsonObject().add("key", Agent::Latin1{text}).text(),
+                inObject(Agent::latin1ToUtf8(text)));
+      EXPECT_EQ(Agent::JsonObject().add("key", text).text(), inObject(text));
+    }
   }
 }
 
