@@ -2,7 +2,6 @@
 #include <memory>
 
 #include "agent/recording/FlightRing.h"
-#include "agent/transport/Timer.h"
 #include "bench/SimulatedSlot.h"
 #include "bench/Subject.h"
 #include "bench/support/Heap.h"
@@ -26,12 +25,13 @@ class FollowedSlot final : Smbus::TransactionObserver {
  private:
   void handleTransaction(Smbus::Client const& client, Smbus::Transaction const& transaction,
                          Smbus::Reply const& reply) override {
-    double const now = Agent::Timer::now();
+    double const now = clock_->time();
     if (!ring_.isRepeated(client, transaction, reply, now)) {
       ring_.transactionIs(client, transaction, reply, now, nullptr);
     }
   }
 
+  Kex::Ptr<Kex::Clock> clock_ = Kex::activityManager().config().clock();
   Agent::FlightRing ring_;
   SimulatedSlot slot_;
 };

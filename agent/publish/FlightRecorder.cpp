@@ -7,6 +7,7 @@
 #include "agent/recording/Recording.h"
 #include "agent/recording/Redactor.h"
 #include "agent/recording/Transcript.h"
+#include "host/kex/time/ActivityManager.h"
 
 namespace Agent {
 
@@ -81,6 +82,7 @@ FlightRecorder::FlightRecorder(std::string slot, IncidentFolder& folder,
       pseudonyms_(pseudonyms),
       ledger_(ledger),
       makeStart_(std::move(makeStart)),
+      clock_(Kex::activityManager().config().clock()),
       timer_([this] { end(); }) {}
 
 FlightRecorder::~FlightRecorder() { end(); }
@@ -88,7 +90,7 @@ FlightRecorder::~FlightRecorder() { end(); }
 void FlightRecorder::supplyIs(Verdict verdict, std::string const& line, bool isUnsteady) {
   keep(line, true);
   char const* const cause = causeOf(std::exchange(verdict_, verdict), verdict, isUnsteady);
-  if (cause != nullptr && Timer::now() - lastIncident_ >= kApart) {
+  if (cause != nullptr && clock_->time() - lastIncident_ >= kApart) {
     begin(verdict, cause);
   }
 }
@@ -110,7 +112,7 @@ void FlightRecorder::follow(Smbus::Client const& client, Smbus::Transaction cons
 }
 
 void FlightRecorder::begin(Verdict verdict, char const* cause) {
-  lastIncident_ = Timer::now();
+  lastIncident_ = clock_->time();
   incident_ =
       std::make_unique<Incident>(folder_.fileOf(slot_, lastIncident_, verdict), slot_, pseudonyms_);
   ring_.tell(incident_->sink(), makeStart_);

@@ -39,12 +39,12 @@ class FlightRecorder {
   template <class MakeBeginning>
   void transactionIs(Smbus::Client const& client, Smbus::Transaction const& transaction,
                      Smbus::Reply const& reply, MakeBeginning makeBeginning) {
-    if (!ring_.isRepeated(client, transaction, reply, Timer::now())) {
+    double const now = clock_->time();
+    if (!ring_.isRepeated(client, transaction, reply, now)) {
       bool const isBeginning = beginsDetection(client.name(), transaction);
       std::optional<Beginning> const beginning =
           isBeginning ? std::optional<Beginning>(makeBeginning()) : std::nullopt;
-      ring_.transactionIs(client, transaction, reply, Timer::now(),
-                          beginning ? &*beginning : nullptr);
+      ring_.transactionIs(client, transaction, reply, now, beginning ? &*beginning : nullptr);
     }
     if (incident_) {
       follow(client, transaction, reply);
@@ -71,6 +71,7 @@ class FlightRecorder {
   Pseudonyms const* pseudonyms_;
   Ledger& ledger_;
   FlightRing::MakeStart makeStart_;
+  Kex::Ptr<Kex::Clock> clock_;
   FlightRing ring_;
   std::optional<Verdict> verdict_;
   std::unique_ptr<Incident> incident_;

@@ -5,11 +5,20 @@
 
 namespace Agent {
 
-void ByteQueue::enqueue(std::string_view piece) {
-  char const length[kPrefix] = {static_cast<char>(piece.size() >> 8),
-                                static_cast<char>(piece.size())};
-  append({length, kPrefix});
-  append(piece);
+bool ByteQueue::enqueue(Parts parts) {
+  std::size_t length = 0;
+  for (std::string_view const part : parts) {
+    length += part.size();
+  }
+  if (length > kLongest || used_ + kPrefix + length > bytes_.size()) {
+    return false;
+  }
+  char const prefix[kPrefix] = {static_cast<char>(length >> 8), static_cast<char>(length)};
+  append({prefix, kPrefix});
+  for (std::string_view const part : parts) {
+    append(part);
+  }
+  return true;
 }
 
 std::string_view ByteQueue::dequeue() {
@@ -29,9 +38,13 @@ void ByteQueue::forEach(std::function<void(std::string_view)> const& visit) cons
 }
 
 void ByteQueue::append(std::string_view bytes) {
-  for (char const byte : bytes) {
-    bytes_[(first_ + used_++) % bytes_.size()] = byte;
+  std::size_t const begin = (first_ + used_) % bytes_.size();
+  std::size_t const upToEnd = std::min(bytes.size(), bytes_.size() - begin);
+  std::copy_n(bytes.begin(), upToEnd, &bytes_[begin]);
+  if (upToEnd != bytes.size()) {
+    std::copy(bytes.begin() + upToEnd, bytes.end(), bytes_.begin());
   }
+  used_ += bytes.size();
 }
 
 void ByteQueue::copy(std::size_t at, std::string& piece) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,9 @@ namespace Agent {
 /// A queue of pieces of bytes in memory that is allocated once.
 class ByteQueue {
  public:
+  /// What a piece is made of.
+  using Parts = std::initializer_list<std::string_view>;
+
   /// Longest piece in bytes.
   static constexpr std::size_t kLongest = 0xFFFF;
 
@@ -18,11 +22,8 @@ class ByteQueue {
   explicit ByteQueue(std::size_t capacity) : bytes_(capacity) {}
 
   bool isEmpty() const { return used_ == 0; }
-  bool hasRoomFor(std::size_t length) const {
-    return length <= kLongest && used_ + kPrefix + length <= bytes_.size();
-  }
-  /// Appends a piece for which there is room.
-  void enqueue(std::string_view piece);
+  /// Appends a piece of `parts`, unless there is no room for it; whether there was.
+  bool enqueue(Parts parts);
   /// Takes the oldest piece away; there is one. It stands until something else is done here.
   std::string_view dequeue();
   /// Calls back with each piece, the oldest first.

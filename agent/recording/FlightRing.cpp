@@ -20,19 +20,17 @@ std::string_view bytesOf(Smbus::Block const& block) {
   return {reinterpret_cast<char const*>(block.bytes.data()), block.length};
 }
 
-/// Takes a value off the beginning of `bytes`.
+/// The value that `bytes` begin with.
 template <class Value>
-Value taken(std::string_view& bytes) {
+Value valueOf(std::string_view bytes) {
   Value value;
   std::memcpy(&value, bytes.data(), sizeof(Value));
-  bytes.remove_prefix(sizeof(Value));
   return value;
 }
 
-Smbus::Block takenBlock(std::string_view& bytes, Kex::U8 length) {
-  Smbus::Block block{.length = length};
-  std::memcpy(block.bytes.data(), bytes.data(), length);
-  bytes.remove_prefix(length);
+Smbus::Block blockOf(std::string_view bytes) {
+  Smbus::Block block{.length = static_cast<Kex::U8>(bytes.size())};
+  std::ranges::copy(bytes, block.bytes.begin());
   return block;
 }
 
@@ -48,19 +46,12 @@ void FlightRing::transactionIs(Smbus::Client const& client, Smbus::Transaction c
         drop();
       }
     }
-    enqueue(Piece::beginning, {bytesOf(*beginning)});
+    enqueue({bytesOf(Piece::beginning), bytesOf(*beginning)});
   }
   client_ = &client;
   asked_ = transaction;
   reply_ = reply;
-  newest_ = {.first = now,
-             .last = now,
-             .address = transaction.address.encoded(),
-             .request = requestOf(client.name()),
-             .readLength = transaction.readLength,
-             .isOk = reply.isOk,
-             .error = reply.error,
-             .written = transaction.write.length};
+  newest_ = {.first = now, .last = now, .request = client.name()};
 }
 
 void FlightRing::lineIs(std::string const& line, bool isSupply) {
@@ -68,42 +59,31 @@ void FlightRing::lineIs(std::string const& line, bool isSupply) {
     return;
   }
   settle();
-  enqueue(isSupply ? Piece::supply : Piece::other, {line});
-}
-
-Kex::U8 FlightRing::requestOf(Kex::Name const& name) {
-  auto found = std::ranges::find(requests_, name);
-  if (found == requests_.end()) {
-    found = requests_.insert(found, name);
-  }
-  return static_cast<Kex::U8>(found - requests_.begin());
+  enqueue({bytesOf(isSupply ? Piece::supply : Piece::other), line});
 }
 
 void FlightRing::settle() {
   if (std::exchange(client_, nullptr) == nullptr) {
     return;
   }
-  Smbus::Block const read = reply_.isOk ? reply_.readOf(newest_.readLength) : Smbus::Block{};
-  std::string_view failure = reply_.isOk ? "" : reply_.failure.view();
-  failure = failure.substr(0, 0xFF);
-  newest_.read = read.length;
-  newest_.failure = static_cast<Kex::U8>(failure.size());
-  enqueue(Piece::transactions, {bytesOf(newest_), bytesOf(asked_.write), bytesOf(read), failure});
+  newest_.address = asked_.address.encoded();
+  newest_.readLength = asked_.readLength;
+  newest_.isOk = reply_.isOk;
+  newest_.error = reply_.error;
+  newest_.written = asked_.write.length;
+  std::string_view const answered =
+      reply_.isOk ? bytesOf(reply_.read).substr(0, asked_.readLength) : reply_.failure.view();
+  enqueue({bytesOf(newest_), bytesOf(asked_.write), answered.substr(0, kLongestFailure)});
   ++runs_;
   while (runs_ > kMost) {
     drop();
   }
 }
 
-void FlightRing::enqueue(Piece kind, std::initializer_list<std::string_view> parts) {
-  piece_.assign(1, static_cast<char>(kind));
-  for (std::string_view const part : parts) {
-    piece_ += part;
-  }
-  while (!queue_.hasRoomFor(piece_.size())) {
+void FlightRing::enqueue(ByteQueue::Parts parts) {
+  while (!queue_.enqueue(parts)) {
     drop();
   }
-  queue_.enqueue(piece_);
 }
 
 void FlightRing::drop() {
@@ -115,18 +95,23 @@ void FlightRing::drop() {
   runs_ -= std::size_t{kind == Piece::transactions};
 }
 
-RecordedTransaction FlightRing::decoded(std::string_view piece) const {
-  Run const run = taken<Run>(piece);
+RecordedTransaction FlightRing::decoded(std::string_view piece) {
+  auto const run = valueOf<Run>(piece);
   TransactionRecord record;
   record.time = run.first;
-  record.request = std::string(requests_[run.request].str().view());
+  record.request = run.request;
   record.transaction.address = Smbus::VornAddress(run.address);
   record.transaction.readLength = run.readLength;
-  record.transaction.write = takenBlock(piece, run.written);
-  record.read = takenBlock(piece, run.read);
+  record.transaction.write = blockOf(piece.substr(sizeof(Run), run.written));
+  piece.remove_prefix(sizeof(Run) + run.written);
   record.isOk = run.isOk;
   record.error = run.error;
-  record.failure = std::string(piece);
+  if (run.isOk) {
+    record.read = blockOf(piece);
+    record.read.length = run.readLength;
+  } else {
+    record.failure = piece;
+  }
   return {.record = std::move(record),
           .line = 0,
           .unknown = "",
@@ -143,19 +128,19 @@ void FlightRing::tell(RecordingSink& sink, MakeStart const& makeStart) {
   std::string before = before_;
   queue_.forEach([&](std::string_view piece) {
     auto const kind = static_cast<Piece>(piece.front());
-    piece.remove_prefix(1);
+    std::string_view const rest = piece.substr(1);
     if (kind == Piece::beginning) {
       if (std::exchange(isBeforeStart, false)) {
         if (!before.empty()) {
           sink.lineIs(before);
         }
-        sink.lineIs(makeStart(taken<Beginning>(piece)));
+        sink.lineIs(makeStart(valueOf<Beginning>(rest)));
       }
     } else if (!isBeforeStart) {
       kind == Piece::transactions ? sink.transactionIs(decoded(piece))
-                                  : sink.lineIs(std::string(piece));
+                                  : sink.lineIs(std::string(rest));
     } else if (kind == Piece::supply) {
-      before = piece;
+      before = rest;
     }
   });
 }

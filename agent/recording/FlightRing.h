@@ -1,7 +1,7 @@
 // The last of what happened in a slot, in a bounded memory.
 #pragma once
 
-#include <vector>
+#include <cstring>
 
 #include "agent/recording/ByteQueue.h"
 #include "agent/recording/RecordingSink.h"
@@ -25,7 +25,7 @@ class FlightRing {
   bool isRepeated(Smbus::Client const& client, Smbus::Transaction const& transaction,
                   Smbus::Reply const& reply, double now) {
     bool const isSame = &client == client_ && transaction.readLength == asked_.readLength &&
-                        transaction.address.encoded() == asked_.address.encoded() &&
+                        transaction.address == asked_.address &&
                         isEqual(transaction.write, asked_.write) && isEqual(reply, reply_);
     if (isSame) {
       ++newest_.repeats;
@@ -47,37 +47,40 @@ class FlightRing {
   /// What each piece begins with.
   enum class Piece : char { transactions, beginning, supply, other };
 
-  /// Transactions that are alike; behind it stand what was written, read, and why it failed.
+  /// Transactions that are alike; behind it stand what was written, and what was read or why not.
   struct Run {
-    double first = 0;
-    double last = 0;
-    Kex::U64 address = 0;
-    Kex::U32 repeats = 0;
-    Kex::U8 request = 0;
-    Kex::U8 readLength = 0;
+    Piece kind = Piece::transactions;
     bool isOk = false;
     Smbus::ErrorKind error = Smbus::ErrorKind::other;
+    Kex::U8 readLength = 0;
     Kex::U8 written = 0;
-    Kex::U8 read = 0;
-    Kex::U8 failure = 0;
+    Kex::U32 repeats = 0;
+    double first = 0;
+    double last = 0;
+    char const* request = "";
+    Kex::U64 address = 0;
   };
 
   static constexpr std::size_t kBytes = std::size_t{20} << 10;
+  /// Longest text of a failure that is kept.
+  static constexpr std::size_t kLongestFailure = 0xFF;
 
   static bool isEqual(Smbus::Block const& one, Smbus::Block const& other) {
-    return one.length == other.length &&
-           std::equal(one.bytes.begin(), one.bytes.begin() + one.length, other.bytes.begin());
+    // All bytes, whatever the length: that is quicker, and unlikeness behind it costs but memory.
+    // The last one by itself, since compilers compare 32 bytes in place.
+    constexpr std::size_t kLast = Smbus::kMaxBlock - 1;
+    return one.length == other.length && one.bytes[kLast] == other.bytes[kLast] &&
+           std::memcmp(one.bytes.data(), other.bytes.data(), kLast) == 0;
   }
   static bool isEqual(Smbus::Reply const& one, Smbus::Reply const& other) {
     return one.isOk == other.isOk && isEqual(one.read, other.read) &&
            (one.isOk || (one.error == other.error && one.failure == other.failure));
   }
 
-  Kex::U8 requestOf(Kex::Name const& name);
-  RecordedTransaction decoded(std::string_view piece) const;
+  static RecordedTransaction decoded(std::string_view piece);
   /// Puts the newest transactions, if there are any, to the others.
   void settle();
-  void enqueue(Piece kind, std::initializer_list<std::string_view> parts);
+  void enqueue(ByteQueue::Parts parts);
   /// Lets the oldest piece go.
   void drop();
 
@@ -85,7 +88,6 @@ class FlightRing {
   std::size_t runs_ = 0;
   /// The line of the supply that was there before the oldest piece; empty for none.
   std::string before_;
-  std::vector<Kex::Name> requests_;
   /// The newest transactions; no client: there are none.
   Smbus::Client const* client_ = nullptr;
   Smbus::Transaction asked_;
@@ -93,7 +95,6 @@ class FlightRing {
   Run newest_;
   /// Of the last beginning.
   PowerSupplyDetector::Timings timings_;
-  std::string piece_;
 };
 
 }  // namespace Agent

@@ -68,7 +68,7 @@ class KEX_API VornRequest final : public Kex::Owned, private Smbus::Client, priv
 
   /// What the request is for, as transcripts call it.
   char const* name() const override { return name_; }
-  /// `name` is kept, not copied.
+  /// `name` is kept, not copied, and must never go away.
   void nameIs(char const* name) { name_ = name; }
   /// Who is told of terminal statuses; null for nobody. Not owned.
   void handlerIs(Handler* handler);

@@ -8,7 +8,7 @@ namespace Smbus {
 /// What a bus serves. All calls come on the run loop's thread.
 class KEX_API Client {
  public:
-  /// What its transactions are for, as observers of the bus call it.
+  /// What its transactions are for, as observers of the bus call it: a text that never goes away.
   virtual char const* name() const = 0;
   /// What to carry out; asked when its turn has come.
   virtual Transaction const& transaction() const = 0;
