@@ -150,18 +150,16 @@ Status call(Options const& options, Globals const& globals) {
 
 }  // namespace
 
-Action prepareCall(CLI::App& command) {
+Action prepareCall(Parameters& command) {
   auto const options = std::make_shared<Options>();
   addMfrIdOption(command, options->mfrId);
-  command.add_option("--code", options->code, "0 reads or calls, 128 writes, 129 deletes")
-      ->option_text("N");
-  repeatable(
-      *command.add_option("--arg", options->arguments, "A value or argument, as text of its type"),
-      "VALUE");
-  command.add_option("SOURCE", options->source, "As of identify, which is done first")->required();
-  command.add_option("PATH", options->path, "Path of an object; without it, paths are listed");
-  command.add_option("ATTRIBUTE", options->attribute, "Name of an attribute of the object");
-  command.add_option("INDEX", options->index, "Key of a member of a collection");
+  command.add("--code", options->code, "0 reads or calls, 128 writes, 129 deletes").shownAs("N");
+  command.add("--arg", options->arguments, "A value or argument, as text of its type")
+      .repeatable("VALUE");
+  command.add("SOURCE", options->source, "As of identify, which is done first").required();
+  command.add("PATH", options->path, "Path of an object; without it, paths are listed");
+  command.add("ATTRIBUTE", options->attribute, "Name of an attribute of the object");
+  command.add("INDEX", options->index, "Key of a member of a collection");
   return [options](Globals const& globals) { return call(*options, globals); };
 }
 

@@ -1,6 +1,7 @@
 // The command line of psu-agent.
 #include "agent/commands/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <exception>
@@ -21,12 +22,12 @@ namespace Agent {
 namespace {
 
 /// Prints the help of the command that is named, or the program's.
-Action prepareHelp(CLI::App& command) {
+Action prepareHelp(Parameters& command) {
   auto const name = std::make_shared<std::string>();
-  command.add_option("COMMAND", *name, "The command; without it, the program's help");
-  return [name, &command](Globals const&) {
+  command.add("COMMAND", *name, "The command; without it, the program's help");
+  return [name, &program = *command.command().get_parent()](Globals const&) {
     if (!name->empty() && preparationOf(*name) == nullptr) {
-      throw UsageError(unknownCommand(*command.get_parent(), *name));
+      throw UsageError(unknownCommand(program, *name));
     }
     std::vector<char const*> words{"psu-agent", name->c_str(), "--help"};
     std::erase_if(words, [](std::string_view word) { return word.empty(); });
@@ -109,7 +110,8 @@ void setUp(CLI::App& command, Command const& row, Action& action) {
   }
   command.footer([&row] { return footer(row.examples); });
   command.preparse_callback([&action, &command, &row](std::size_t) {
-    command.callback([&action, work = row.prepare(command)] { action = work; });
+    Parameters parameters(command);
+    command.callback([&action, work = row.prepare(parameters)] { action = work; });
   });
 }
 
@@ -148,20 +150,21 @@ Status runCommandLine(int argc, char const* const* argv) {
   Globals globals{.library = Plugin::defaultFile(), .models = {}};
   std::vector<std::string> traces;
   Action action;
-  aPath(*program.add_option("--library", globals.library, "The plug-in's file"), "FILE");
-  repeatable(notEmpty(*program.add_option(
-                          "--models", globals.models.paths,
-                          "Model files, or folders of them, whose models are known as well"),
-                      "PATH"),
-             "PATH");
-  program.add_flag("--strict", globals.models.isStrict,
-                   "End where a model file is refused, which else is told of only");
   bool isQuiet = false;
-  program.add_flag("--quiet", isQuiet, "Tell of errors only, neither of warnings nor of progress");
-  repeatable(
-      *program.add_option("--trace", traces,
-                          "Show trace messages on stderr; psu-agent types lists the handles"),
-      "HANDLE=LEVELS");
+  Parameters parameters(program);
+  parameters.add("--library", globals.library, "The plug-in's file").aPath("FILE");
+  parameters
+      .add("--models", globals.models.paths,
+           "Model files, or folders of them, whose models are known as well")
+      .notEmpty("PATH")
+      .repeatable("PATH");
+  parameters.addFlag("--strict", globals.models.isStrict,
+                     "End where a model file is refused, which else is told of only");
+  parameters.addFlag("--quiet", isQuiet,
+                     "Tell of errors only, neither of warnings nor of progress");
+  parameters
+      .add("--trace", traces, "Show trace messages on stderr; psu-agent types lists the handles")
+      .repeatable("HANDLE=LEVELS");
   for (Command const& row : commands()) {
     setUp(*program.add_subcommand(row.name, row.purpose), row, action);
   }

@@ -1,4 +1,5 @@
 // psu-agent complete: what may stand at the end of a command line, for a shell's completion.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -161,7 +162,8 @@ CommandLine parse(CLI::App& program, std::vector<std::string> const& words) {
       line.positionals.push_back(word);
     } else if (Prepare* const prepare = preparationOf(word)) {
       CLI::App& command = *program.get_subcommand(word);
-      prepare(command);
+      Parameters parameters(command);
+      prepare(parameters);
       line.command = &command;
     }
   }
@@ -188,11 +190,12 @@ Status complete(CLI::App& program, std::vector<std::string> const& words) {
 
 }  // namespace
 
-Action prepareComplete(CLI::App& command) {
+Action prepareComplete(Parameters& command) {
   auto const words = std::make_shared<std::vector<std::string>>();
-  command.add_option("WORD", *words, "The command line behind the program, up to the cursor")
-      ->required();
-  return [words, &command](Globals const&) { return complete(*command.get_parent(), *words); };
+  command.add("WORD", *words, "The command line behind the program, up to the cursor").required();
+  return [words, &program = *command.command().get_parent()](Globals const&) {
+    return complete(program, *words);
+  };
 }
 
 }  // namespace Agent

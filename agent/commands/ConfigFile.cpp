@@ -1,6 +1,7 @@
 // A configuration file, in the format of the command-line library.
 #include "agent/commands/ConfigFile.h"
 
+#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <fstream>
 #include <sstream>
@@ -92,16 +93,20 @@ std::string_view without(std::string_view prefix, std::string_view text) {
 
 }  // namespace
 
-void readConfigFile(std::string const& file, CLI::App& command,
+void readConfigFile(std::string const& file, std::function<void(Parameters&)> const& addTo,
                     std::function<bool(std::string const& option)> const& isGiven,
                     std::function<void()> const& check) {
+  CLI::App keys;
+  keys.set_help_flag();
+  Parameters parameters(keys);
+  addTo(parameters);
   for (Lines const& lines : linesOf(file)) {
     std::string const place = file + ':' + std::to_string(lines.number) + ": ";
     std::string key;
     try {
       Entry const entry = entryOf(lines.text);
       key = oneLine(entry.key) + ": ";
-      CLI::Option* const option = command.get_option_no_throw("--" + entry.key);
+      CLI::Option* const option = keys.get_option_no_throw("--" + entry.key);
       if (option == nullptr) {
         throw UsageError("there is no such key");
       }

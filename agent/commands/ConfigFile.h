@@ -1,19 +1,21 @@
 // A configuration file, in the format of the command-line library.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
 
+#include "agent/commands/Parameters.h"
+
 namespace Agent {
 
-/// Sets the options of `command` that `file` names, each by its long name without the dashes and
-/// `key = value`, `key = ["value", ...]` or a bare `key` for a switch; what follows a `#` is a
-/// comment. `isGiven` tells which options keep what they have; `check` is called after each key.
+/// Sets the options that `file` names, of those that `addTo` adds: each by its long name without
+/// the dashes and `key = value`, `key = ["value", ...]` or a bare `key` for a switch; what follows
+/// a `#` is a comment. `isGiven` tells which options keep what they have; `check` is called after
+/// each key.
 ///
 /// Throws a `Failure` when the file cannot be read, and a `UsageError` with file, line and key when
 /// it does not make sense, also where `check` throws one.
-void readConfigFile(std::string const& file, CLI::App& command,
+void readConfigFile(std::string const& file, std::function<void(Parameters&)> const& addTo,
                     std::function<bool(std::string const& option)> const& isGiven,
                     std::function<void()> const& check);
 

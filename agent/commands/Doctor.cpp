@@ -145,10 +145,10 @@ Status doctor(std::vector<std::string> const& sources) {
 
 }  // namespace
 
-Action prepareDoctor(CLI::App& command) {
+Action prepareDoctor(Parameters& command) {
   auto const sources = std::make_shared<std::vector<std::string>>();
-  command.add_option("SOURCE", *sources,
-                     "i2c:N, i2c:PATH or i2c:name=TEXT; all adapters when none is named");
+  command.add("SOURCE", *sources,
+              "i2c:N, i2c:PATH or i2c:name=TEXT; all adapters when none is named");
   return [sources](Globals const&) { return doctor(*sources); };
 }
 

@@ -211,36 +211,34 @@ Status identify(Options const& options, Globals const& globals) {
 
 }  // namespace
 
-Action prepareIdentify(CLI::App& command) {
+Action prepareIdentify(Parameters& command) {
   auto const options = std::make_shared<Options>();
   addMfrIdOption(command, options->mfrId);
-  inSeconds(*command.add_option("--wait", options->wait,
-                                "Poll for up to S seconds until a supply is identified"),
-            0);
-  auto* const isJson =
-      command.add_flag("--json", options->isJson, "Print one JSON object a line instead");
-  auto* const isExplained = command.add_flag("--explain", options->isExplained,
-                                             "Print how the supply was recognised instead");
-  isExplained->excludes(isJson);
+  command.add("--wait", options->wait, "Poll for up to S seconds until a supply is identified")
+      .inSeconds(0);
+  Parameter const isJson =
+      command.addFlag("--json", options->isJson, "Print one JSON object a line instead");
+  Parameter const isExplained = command.addFlag("--explain", options->isExplained,
+                                                "Print how the supply was recognised instead");
+  isExplained.excludes(isJson);
   command
-      .add_flag("--repair", options->isRepaired,
-                "Take the length of the product info area with which its checksum is right")
-      ->excludes(isExplained);
-  command.add_flag("--table", options->isTable, "Print a table, one line a SOURCE, instead")
-      ->excludes(isJson)
-      ->excludes(isExplained);
-  aPath(*command.add_option("--output", options->output,
-                            "Write each FDL into a file of its own in DIR instead"),
-        "DIR");
-  aPath(*command.add_option(
-            "--record", options->record,
-            "Write all bus transactions to FILE; - is standard output, and nothing else there"),
-        "FILE");
+      .addFlag("--repair", options->isRepaired,
+               "Take the length of the product info area with which its checksum is right")
+      .excludes(isExplained);
+  command.addFlag("--table", options->isTable, "Print a table, one line a SOURCE, instead")
+      .excludes(isJson)
+      .excludes(isExplained);
+  command.add("--output", options->output, "Write each FDL into a file of its own in DIR instead")
+      .aPath("DIR");
   command
-      .add_option("SOURCE", options->sources,
-                  "FRU image file, - for standard input, i2c:N, i2c:PATH, i2c:name=TEXT, or "
-                  "replay:FILE[#SLOT]")
-      ->required();
+      .add("--record", options->record,
+           "Write all bus transactions to FILE; - is standard output, and nothing else there")
+      .aPath("FILE");
+  command
+      .add("SOURCE", options->sources,
+           "FRU image file, - for standard input, i2c:N, i2c:PATH, i2c:name=TEXT, or "
+           "replay:FILE[#SLOT]")
+      .required();
   return [options](Globals const& globals) { return identify(*options, globals); };
 }
 

@@ -123,16 +123,15 @@ Status check(Options const& options, Globals const& globals) {
 
 }  // namespace
 
-Action prepareModels(CLI::App& command) {
+Action prepareModels(Parameters& command) {
   auto const options = std::make_shared<Options>();
-  command.add_flag("--json", options->isJson, "Print one JSON object a line instead");
-  notEmpty(*command.add_option("FILE", options->files, "A model file, or a folder of them"),
-           "FILE");
+  command.addFlag("--json", options->isJson, "Print one JSON object a line instead");
+  command.add("FILE", options->files, "A model file, or a folder of them").notEmpty("FILE");
   addMfrIdOption(command, options->mfrId);
   command
-      .add_option("--new", options->unknown,
-                  "Print a draft for SOURCE's supply, which is unrecognised, instead")
-      ->option_text("SOURCE");
+      .add("--new", options->unknown,
+           "Print a draft for SOURCE's supply, which is unrecognised, instead")
+      .shownAs("SOURCE");
   return [options](Globals const& globals) {
     return options->unknown.empty() ? check(*options, globals) : draft(*options, globals);
   };

@@ -186,14 +186,13 @@ Status check(MonitorOptions const& options, Globals const& globals) {
 
 }  // namespace
 
-Action prepareMonitor(CLI::App& command) {
+Action prepareMonitor(Parameters& command) {
   auto const line = std::make_shared<CommandLine>();
   addMonitorOptions(command, line->options);
-  aPath(*command.add_option("--config", line->config,
-                            "Further options, as KEY = VALUE; SIGHUP reads it again"),
-        "FILE");
-  command.add_flag("--check", line->isCheck, "Tell whether the configuration is sound, and end");
-  return [line, &command](Globals const& globals) {
+  command.add("--config", line->config, "Further options, as KEY = VALUE; SIGHUP reads it again")
+      .aPath("FILE");
+  command.addFlag("--check", line->isCheck, "Tell whether the configuration is sound, and end");
+  return [line, command](Globals const& globals) {
     Read const read = [&] {
       MonitorOptions options =
           line->config.empty() ? line->options : completed(line->options, command, line->config);

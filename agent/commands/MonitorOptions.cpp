@@ -13,49 +13,49 @@
 
 namespace Agent {
 
-void addMonitorOptions(CLI::App& command, MonitorOptions& options) {
-  repeatable(*command.add_option("--slot", options.slots, "A slot and its SOURCE (repeatable)"),
-             "NAME=SOURCE");
-  inSeconds(*command.add_option("--poll-interval", options.pollInterval,
-                                "Seconds between polls or checks"))
-      .option_text("S [1]");
-  inSeconds(*command.add_option("--review-interval", options.reviewInterval,
-                                "Seconds after which a supply is read whole again"))
-      .option_text("S [60]");
-  inSeconds(*command.add_option("--duration", options.duration, "Seconds after which to end"));
-  command.add_flag("--json", options.isJson, "Print JSON lines instead");
-  aPath(*command.add_option(
-            "--record", options.record,
-            "Record what happens, for replay:FILE; - is standard output, and nothing else there"),
-        "FILE");
-  aPath(*command.add_option("--incidents", options.incidents,
-                            "Record what happens around each incident, in files of DIR"),
-        "DIR");
-  command.add_flag("--redact", options.isRedacted, "Record pseudonyms in place of serial numbers");
-  command.add_option("--metrics", options.metrics, "Keep figures of the slots in FILE")
-      ->option_text("FILE")
-      ->check([](std::string const& text) {
+void addMonitorOptions(Parameters& command, MonitorOptions& options) {
+  command.add("--slot", options.slots, "A slot and its SOURCE (repeatable)")
+      .repeatable("NAME=SOURCE");
+  command.add("--poll-interval", options.pollInterval, "Seconds between polls or checks")
+      .inSeconds()
+      .shownAs("S [1]");
+  command
+      .add("--review-interval", options.reviewInterval,
+           "Seconds after which a supply is read whole again")
+      .inSeconds()
+      .shownAs("S [60]");
+  command.add("--duration", options.duration, "Seconds after which to end").inSeconds();
+  command.addFlag("--json", options.isJson, "Print JSON lines instead");
+  command
+      .add("--record", options.record,
+           "Record what happens, for replay:FILE; - is standard output, and nothing else there")
+      .aPath("FILE");
+  command
+      .add("--incidents", options.incidents,
+           "Record what happens around each incident, in files of DIR")
+      .aPath("DIR");
+  command.addFlag("--redact", options.isRedacted, "Record pseudonyms in place of serial numbers");
+  command.add("--metrics", options.metrics, "Keep figures of the slots in FILE")
+      .shownAs("FILE")
+      .checkedBy([](std::string const& text) {
         bool const isFile = std::filesystem::path(text).has_filename();
         return isFile ? std::string() : inQuotes(text) + " names no file";
       });
-  aPath(*command.add_option("--publish", options.publish,
-                            "Keep DIR/NAME.fdl for each slot whose supply is identified"),
-        "DIR");
-  inSeconds(*command.add_option("--hold", options.hold,
-                                "Seconds for which a bus in trouble keeps what is published"),
-            0)
-      .option_text("S [60]");
-  command.add_flag("--keep", options.isKept, "Leave published files at the end, for the next run");
+  command
+      .add("--publish", options.publish,
+           "Keep DIR/NAME.fdl for each slot whose supply is identified")
+      .aPath("DIR");
+  command.add("--hold", options.hold, "Seconds for which a bus in trouble keeps what is published")
+      .inSeconds(0)
+      .shownAs("S [60]");
+  command.addFlag("--keep", options.isKept, "Leave published files at the end, for the next run");
 }
 
-MonitorOptions completed(MonitorOptions options, CLI::App const& command,
+MonitorOptions completed(MonitorOptions options, Parameters const& command,
                          std::string const& config) {
-  CLI::App keys;
-  keys.set_help_flag();
-  addMonitorOptions(keys, options);
   readConfigFile(
-      config, keys, [&](std::string const& option) { return command.count(option) != 0; },
-      [&] { plansOf(options); });
+      config, [&](Parameters& keys) { addMonitorOptions(keys, options); },
+      [&](std::string const& option) { return command.has(option); }, [&] { plansOf(options); });
   return options;
 }
 

@@ -1,11 +1,11 @@
 // What psu-agent monitor is told to do.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "agent/commands/Parameters.h"
 #include "agent/publish/Publisher.h"
 #include "agent/slots/WatchedSlots.h"
 
@@ -29,10 +29,10 @@ struct MonitorOptions {
 };
 
 /// Makes `command` take the options.
-void addMonitorOptions(CLI::App& command, MonitorOptions& options);
+void addMonitorOptions(Parameters& command, MonitorOptions& options);
 /// The options that `command` took, completed by those that are in the file `config` only. Throws
 /// as `readConfigFile`.
-MonitorOptions completed(MonitorOptions options, CLI::App const& command,
+MonitorOptions completed(MonitorOptions options, Parameters const& command,
                          std::string const& config);
 /// The slots to watch. Throws a `UsageError` for one that does not make sense, and for a name or a
 /// bus that is there twice.

@@ -1,6 +1,7 @@
 // What is said of a command line that makes no sense.
 #include "agent/commands/Refusal.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <string_view>
 #include <vector>

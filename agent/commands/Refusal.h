@@ -1,9 +1,13 @@
 // What is said of a command line that makes no sense.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <span>
 #include <string>
+
+namespace CLI {
+class App;
+class ParseError;
+}  // namespace CLI
 
 namespace Agent {
 

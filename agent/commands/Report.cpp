@@ -61,17 +61,15 @@ Status report(Options const& options, Globals const& globals) {
 
 }  // namespace
 
-Action prepareReport(CLI::App& command) {
+Action prepareReport(Parameters& command) {
   auto const options = std::make_shared<Options>();
-  aPath(*command.add_option("-o,--output", options->output,
-                            "Write the page to FILE [standard output]"),
-        "FILE");
-  command.add_flag("--redact", options->isRedacted, "Show pseudonyms in place of serial numbers");
-  notEmpty(*command
-                .add_option("RECORDING", options->recordings,
-                            "What --record has written, or a kernel trace as text")
-                ->required(),
-           "RECORDING");
+  command.add("-o,--output", options->output, "Write the page to FILE [standard output]")
+      .aPath("FILE");
+  command.addFlag("--redact", options->isRedacted, "Show pseudonyms in place of serial numbers");
+  command
+      .add("RECORDING", options->recordings, "What --record has written, or a kernel trace as text")
+      .required()
+      .notEmpty("RECORDING");
   return [options](Globals const& globals) { return report(*options, globals); };
 }
 

@@ -186,23 +186,26 @@ Status simulate(Options const& options, Globals const& globals) {
 
 }  // namespace
 
-Action prepareSimulate(CLI::App& command) {
+Action prepareSimulate(Parameters& command) {
   auto const options = std::make_shared<Options>();
-  command.add_flag("--transcript", options->isTranscript, "Print every bus transaction as well");
-  command.add_flag("--json", options->isJson, "Print JSON lines instead");
-  aPath(*command.add_option(
-            "--record", options->record,
-            "Record what happens, for replay:FILE; - is standard output, and nothing else there"),
-        "FILE");
-  aPath(*command.add_option("--incidents", options->incidents,
-                            "Record what happens around each incident, in files of DIR"),
-        "DIR");
-  command.add_flag("--redact", options->isRedacted, "Record pseudonyms in place of serial numbers");
-  aPath(*command.add_option("--publish", options->publish,
-                            "Keep DIR/NAME.fdl for each slot whose supply is identified"),
-        "DIR");
-  notEmpty(*command.add_option("SCENARIO", options->scenario, "Scenario file (JSON)")->required(),
-           "SCENARIO");
+  command.addFlag("--transcript", options->isTranscript, "Print every bus transaction as well");
+  command.addFlag("--json", options->isJson, "Print JSON lines instead");
+  command
+      .add("--record", options->record,
+           "Record what happens, for replay:FILE; - is standard output, and nothing else there")
+      .aPath("FILE");
+  command
+      .add("--incidents", options->incidents,
+           "Record what happens around each incident, in files of DIR")
+      .aPath("DIR");
+  command.addFlag("--redact", options->isRedacted, "Record pseudonyms in place of serial numbers");
+  command
+      .add("--publish", options->publish,
+           "Keep DIR/NAME.fdl for each slot whose supply is identified")
+      .aPath("DIR");
+  command.add("SCENARIO", options->scenario, "Scenario file (JSON)")
+      .required()
+      .notEmpty("SCENARIO");
   return [options](Globals const& globals) { return simulate(*options, globals); };
 }
 

@@ -145,9 +145,9 @@ Status types(bool isJson, Globals const& globals) {
 
 }  // namespace
 
-Action prepareTypes(CLI::App& command) {
+Action prepareTypes(Parameters& command) {
   auto const isJson = std::make_shared<bool>(false);
-  command.add_flag("--json", *isJson, "Print one JSON array instead");
+  command.addFlag("--json", *isJson, "Print one JSON array instead");
   return [isJson](Globals const& globals) { return types(*isJson, globals); };
 }
 
