@@ -111,6 +111,7 @@ void setUp(CLI::App& command, Command const& row, Action& action) {
   command.footer([&row] { return footer(row.examples); });
   command.preparse_callback([&action, &command, &row](std::size_t) {
     Parameters parameters(command);
+    parameters.addHelp();
     command.callback([&action, work = row.prepare(parameters)] { action = work; });
   });
 }
@@ -140,7 +141,8 @@ Prepare* preparationOf(std::string_view name) {
 Status runCommandLine(int argc, char const* const* argv) {
   CLI::App program("Recognises power supplies on SMBus and prints their FDL.", "psu-agent");
   program.set_version_flag("--version", "psu-agent " PSU_VERSION, "Print the version and end");
-  program.set_help_flag("-h,--help", "Print this help and end");
+  // Each command would take a copy of it, though one of them at most is looked into.
+  program.set_help_flag();
   program.require_subcommand(0, 1);
   program.fallthrough();
   program.footer([] {
@@ -151,7 +153,11 @@ Status runCommandLine(int argc, char const* const* argv) {
   std::vector<std::string> traces;
   Action action;
   bool isQuiet = false;
+  for (Command const& row : commands()) {
+    setUp(*program.add_subcommand(row.name, row.purpose), row, action);
+  }
   Parameters parameters(program);
+  parameters.addHelp();
   parameters.add("--library", globals.library, "The plug-in's file").aPath("FILE");
   parameters
       .add("--models", globals.models.paths,
@@ -165,9 +171,6 @@ Status runCommandLine(int argc, char const* const* argv) {
   parameters
       .add("--trace", traces, "Show trace messages on stderr; psu-agent types lists the handles")
       .repeatable("HANDLE=LEVELS");
-  for (Command const& row : commands()) {
-    setUp(*program.add_subcommand(row.name, row.purpose), row, action);
-  }
   Ledger ledger;
   guarded(ledger, program, [&] {
     std::span const arguments(argv + 1, static_cast<std::size_t>(argc < 1 ? 0 : argc - 1));

@@ -163,6 +163,7 @@ CommandLine parse(CLI::App& program, std::vector<std::string> const& words) {
     } else if (Prepare* const prepare = preparationOf(word)) {
       CLI::App& command = *program.get_subcommand(word);
       Parameters parameters(command);
+      parameters.addHelp();
       prepare(parameters);
       line.command = &command;
     }

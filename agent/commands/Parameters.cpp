@@ -80,6 +80,8 @@ Parameter Parameters::add(char const* name, std::optional<double>& value, char c
   return Parameter(*command_.add_option(name, value, purpose));
 }
 
+void Parameters::addHelp() { command_.set_help_flag("-h,--help", "Print this help and end"); }
+
 Parameter Parameters::addFlag(char const* name, bool& value, char const* purpose) {
   return Parameter(*command_.add_flag(name, value, purpose));
 }

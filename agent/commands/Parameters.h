@@ -52,6 +52,8 @@ class Parameters {
   Parameter add(char const* name, std::vector<std::string>& values, char const* purpose);
   Parameter add(char const* name, double& value, char const* purpose);
   Parameter add(char const* name, std::optional<double>& value, char const* purpose);
+  /// The switch that asks for help.
+  void addHelp();
   /// A switch.
   Parameter addFlag(char const* name, bool& value, char const* purpose);
 

@@ -61,6 +61,15 @@ Ptr<KexAttr> KexType::attrIs(Name const& name, KexType const& valueType, KexAttr
   return make<KexAttr>(*this, name, valueType, nullptr, flags, id);
 }
 
+void KexType::attributeQEnq(Ptr<KexAttr> const& attribute) {
+  if (attributes_.empty() && base_ != nullptr) {
+    // Most types have their base's and a few more.
+    constexpr std::size_t kMore = 4;
+    attributes_.reserve(base_->attributes_.size() + kMore);
+  }
+  attributes_.push_back(attribute);
+}
+
 std::vector<Ptr<KexAttr>> const& KexType::attributeQ() const {
   if (!areAttributesDeclared_) {
     // What is declared late was the type's from the start.

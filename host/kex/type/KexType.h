@@ -81,7 +81,7 @@ class KEX_API KexType : public PtrInterface {
   /// Makes an attribute; `attributeQEnq` puts it into the queue.
   Ptr<KexAttr> attrIs(Name const& name, KexType const& valueType, KexAttrLink const& first,
                       KexAttrLink const& second, KexAttrFlags flags, AttributeId id);
-  void attributeQEnq(Ptr<KexAttr> const& attribute) { attributes_.push_back(attribute); }
+  void attributeQEnq(Ptr<KexAttr> const& attribute);
   std::vector<Ptr<KexAttr>> const& attributeQ() const;
   /// The attribute of this name or identifier, null for none. Not owned by the caller.
   KexAttr* attr(Name const& name) const;
