@@ -30,7 +30,7 @@ void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Recogni
   Ipmi::IdpromContents const& idprom = *idpromContents;
   if (!model.message.empty()) {
     Kex::trace(
-        traceHandle(), 0, [&](std::ostream& out) { out << model.message; }, __builtin_LINE(),
+        traceHandle(), 0, [message = model.message](std::ostream& out) { out << message; }, __builtin_LINE(),
         kProcedure);
   }
 
@@ -40,13 +40,13 @@ void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Recogni
     case KeyTrace::none: break;
     case KeyTrace::key:
       Kex::trace(
-          traceHandle(), 1, [&](std::ostream& out) { out << "pName=" << key; }, __builtin_LINE(),
+          traceHandle(), 1, [key](std::ostream& out) { out << "pName=" << key; }, __builtin_LINE(),
           kProcedure);
       break;
     case KeyTrace::keyAndLength:
       Kex::trace(
           traceHandle(), 1,
-          [&](std::ostream& out) { out << "pName=" << key << "; strlen pName=" << key.size(); },
+          [key](std::ostream& out) { out << "pName=" << key << "; strlen pName=" << key.size(); },
           __builtin_LINE(), kProcedure);
       break;
   }
