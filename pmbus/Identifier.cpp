@@ -2,6 +2,7 @@
 #include "pmbus/Identifier.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "pmbus/Trace.h"
 
@@ -122,12 +123,14 @@ void Identifier::doResetIdentifier() {
 }
 
 void Identifier::repairBuffers() {
-  for (TransferBuf* const buffer : {&pollWriteBuf_, &identifyWriteBuf_, &checkWriteBuf_}) {
-    buffer->repair(TransferBuf::kWriteLength);
+  Kex::U32 const pollLength = 1 + std::max(longestMfrIdLength(), commonAreaBuf()->len());
+  std::pair<TransferBuf&, Kex::U32> const lengths[] = {
+      {pollWriteBuf_, TransferBuf::kWriteLength},     {pollReadBuf_, pollLength},
+      {identifyWriteBuf_, TransferBuf::kWriteLength}, {identifyReadBuf_, kReadBufSize},
+      {checkWriteBuf_, TransferBuf::kWriteLength},    {checkReadBuf_, kReadBufSize}};
+  for (auto const& [buffer, length] : lengths) {
+    buffer.repair(length);
   }
-  pollReadBuf_.repair(1 + std::max(longestMfrIdLength(), commonAreaBuf()->len()));
-  identifyReadBuf_.repair(kReadBufSize);
-  checkReadBuf_.repair(kReadBufSize);
 }
 
 bool Identifier::mfrIdSupported(Kex::String8 const& key) const {

@@ -30,8 +30,8 @@ void doGenerateFdl(Ipmi::SupportedPowerSupplyDescriptorBase& descriptor, Recogni
   Ipmi::IdpromContents const& idprom = *idpromContents;
   if (!model.message.empty()) {
     Kex::trace(
-        traceHandle(), 0, [message = model.message](std::ostream& out) { out << message; }, __builtin_LINE(),
-        kProcedure);
+        traceHandle(), 0, [message = model.message](std::ostream& out) { out << message; },
+        __builtin_LINE(), kProcedure);
   }
 
   Ipmi::ProductInfoArea const& fields = *idprom.productInfo();
