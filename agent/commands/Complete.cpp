@@ -15,6 +15,7 @@
 #include "agent/recording/Recording.h"
 #include "agent/slots/Plugin.h"
 #include "agent/slots/Source.h"
+#include "host/kex/trace/Trace.h"
 
 namespace Agent {
 
@@ -87,6 +88,13 @@ void offerObjects(CommandLine const& line, std::string const&) {
   }
 }
 
+void offerTraceHandles(CommandLine const& line, std::string const&) {
+  Plugin const plugin(line.globals.library);
+  for (Kex::String8 const& name : Kex::TraceHandle::names()) {
+    offer(std::string(name.view()) + '=');
+  }
+}
+
 /// A kind of value, by the name of what stands by itself, or by what help shows behind an option.
 struct Value {
   std::string_view name;
@@ -106,6 +114,7 @@ constexpr Value kValues[] = {
     {"RECORDING", [](CommandLine const&, std::string const&) { offerFiles(""); }},
     {"FILE", [](CommandLine const&, std::string const&) { offerFiles(""); }},
     {"--FILE", [](CommandLine const&, std::string const&) { offerFiles(""); }},
+    {"--HANDLE=LEVELS", &offerTraceHandles},
     {"--PATH", [](CommandLine const&, std::string const&) { offerFiles(""); }},
     {"--DIR", [](CommandLine const&, std::string const&) { offerFolders(""); }},
 };

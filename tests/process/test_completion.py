@@ -6,7 +6,7 @@ from agent import SAMPLES, SOURCE, Case, run
 
 COMPLETION = SOURCE / "packaging" / "completion"
 OFFER = SOURCE / "tests" / "process" / "completion"
-SHELLS = {"bash": ["bash"], "fish": ["fish", "--no-config"]}
+SHELLS = {"bash": ["bash"], "fish": ["fish", "--no-config"], "zsh": ["zsh", "-f"]}
 BUS = """P: /devices/virtual/i2c-dev/i2c-7
 N: i2c-7
 E: SUBSYSTEM=i2c-dev
@@ -17,6 +17,7 @@ OFFERED = {
     "psu-agent compl": set(),
     "psu-agent --lib": {"--library"},
     "psu-agent --library nowhere mon": {"monitor"},
+    "psu-agent --trace EmersonI": {"EmersonIpmiIdentifier="},
     "psu-agent identify --rec": {"--record"},
     "psu-agent identify --json two": {"two.jsonl"},
     "psu-agent identify --mfr-id two": set(),
