@@ -25,6 +25,11 @@ install(DIRECTORY samples/models DESTINATION "${CMAKE_INSTALL_DATADIR}/psu-agent
         FILES_MATCHING PATTERN "*.json")
 install(FILES agent/models/model-file.schema.json
         DESTINATION "${CMAKE_INSTALL_DATADIR}/psu-agent")
+string(JOIN " " EPS_SERVICE_COMMAND
+       "${CMAKE_INSTALL_FULL_BINDIR}/psu-agent" monitor
+       --models "${CMAKE_INSTALL_FULL_SYSCONFDIR}/psu-agent/models.d"
+       --config "${CMAKE_INSTALL_FULL_SYSCONFDIR}/psu-agent.conf"
+       --publish %t/psu-agent --keep --incidents %S/psu-agent)
 configure_file(packaging/psu-agent.service.in psu-agent.service @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/psu-agent.service" DESTINATION lib/systemd/system)
 install(FILES packaging/psu-agent.conf DESTINATION "${CMAKE_INSTALL_SYSCONFDIR}")
