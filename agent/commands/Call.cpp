@@ -127,11 +127,7 @@ Status call(Options const& options, Globals const& globals) {
   Plugin const plugin(globals.library);
   ModelSet const models(globals.models);
   Loop loop(source.isLive() ? ClockKind::steadyClock : ClockKind::virtualClock);
-  Candidates candidates;
-  candidates.push_back(std::make_unique<Candidate>(
-      source, SourceContext{.mfrId = options.mfrId, .post = loop.post()}, "PowerSupply1", plugin,
-      0));
-  detect(candidates, loop, 0);
+  auto const candidate = detected(source, options.mfrId, plugin, loop);
   if (loop.isStopped()) {
     return loop.status();
   }

@@ -74,15 +74,11 @@ Status draft(Options const& options, Globals const& globals) {
   Plugin const plugin(globals.library);
   ModelSet const set(globals.models);
   Loop loop(source.isLive() ? ClockKind::steadyClock : ClockKind::virtualClock);
-  Candidates candidates;
-  candidates.push_back(std::make_unique<Candidate>(
-      source, SourceContext{.mfrId = options.mfrId, .post = loop.post()}, "PowerSupply1", plugin,
-      0));
-  detect(candidates, loop, 0);
+  auto const candidate = detected(source, options.mfrId, plugin, loop);
   if (loop.isStopped()) {
     return loop.status();
   }
-  auto const& supply = candidates.front()->outcome();
+  auto const& supply = candidate->outcome();
   if (!supply) {
     throw Failure(source.text() + ": no outcome");
   }

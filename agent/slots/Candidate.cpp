@@ -88,4 +88,13 @@ void detect(Candidates const& candidates, Loop& loop, double waitUntil) {
   eraseProgress();
 }
 
+std::unique_ptr<Candidate> detected(Source const& source, std::string const& mfrId,
+                                    Plugin const& plugin, Loop& loop) {
+  Candidates one;
+  one.push_back(std::make_unique<Candidate>(
+      source, SourceContext{.mfrId = mfrId, .post = loop.post()}, "PowerSupply1", plugin, 0));
+  detect(one, loop, 0);
+  return std::move(one.front());
+}
+
 }  // namespace Agent

@@ -67,5 +67,9 @@ using Candidates = std::vector<std::unique_ptr<Candidate>>;
 /// Runs `loop` until the detection of all has ended or `waitUntil` (seconds) is over and all have
 /// an outcome or will have none.
 void detect(Candidates const& candidates, Loop& loop, double waitUntil);
+/// The candidate of one source, PowerSupply1, whose detection has ended; one that is simulated
+/// answers `mfrId`. Throws a `Failure` when `source` cannot be opened.
+std::unique_ptr<Candidate> detected(Source const& source, std::string const& mfrId,
+                                    Plugin const& plugin, Loop& loop);
 
 }  // namespace Agent

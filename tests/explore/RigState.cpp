@@ -82,8 +82,14 @@ void addBuffers(Digest& digest, Identifier const& identifier) {
         identifier.identifySupplyReadBuf(), identifier.checkSupplyReadBuf()}) {
     digest.add(buffer ? std::min<Kex::U32>(buffer->size(), 2) : 0);
   }
-  digest.add(identifier.commonAreaBuf() && identifier.productInfoHeaderBuf() &&
-             identifier.idprom());
+}
+
+/// Which of the records of an identification there are, also where nobody looks at them before
+/// detection starts over: what is done by name meets them.
+void addRecords(Digest& digest, Identifier const& identifier) {
+  auto const& idprom = identifier.idprom();
+  digest.add(bool(identifier.commonAreaBuf())).add(bool(identifier.productInfoHeaderBuf()));
+  digest.add(bool(identifier.productInfoBuf())).add(bool(idprom)).add(idprom && idprom->header());
 }
 
 void addPoll(Digest& digest, Identifier const& identifier) {
@@ -145,6 +151,7 @@ std::uint64_t Rig::digest() const {
   digest.add(isOnWire()).add(isAsked());
   digest.addTime(isOnWire() ? now() - wire_->pending->begun : -1);
   addBuffers(digest, identifier);
+  addRecords(digest, identifier);
 
   // The rest only as long as somebody may still look at it.
   if (isWaitingFor(IdentifierBase::kPollForInsertion)) {

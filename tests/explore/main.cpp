@@ -17,8 +17,7 @@ int main(int argc, char** argv) {
       "repetition is twice the first. States are one where they differ in no more than\n"
       "- which of the verdicts that only a poll comes to is remembered,\n"
       "- the bytes of an area that no supply has,\n"
-      "- how many bytes more than one are left to read, between two answers that bring none,\n"
-      "- records that were taken away or left by a poll before detection starts over.");
+      "- how many bytes more than one are left to read, between two answers that bring none.");
   bool isSmall = false;
   bool isVerbose = false;
   unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
