@@ -51,7 +51,7 @@ std::size_t unitsToNext(CommonAreaHeader const& header) {
 /// length that is stored in it.
 bool isArea(Bytes area, std::size_t units, std::size_t mark) {
   std::size_t const length = units * kUnit;
-  if (units == 0 || units * kUnit > 0xFF || length > area.size() || mark + 2 > length) {
+  if (units * kUnit > 0xFF || length > area.size() || mark + 2 > length) {
     return false;
   }
   Bytes const filling = area.subspan(mark + 1, length - mark - 2);
