@@ -69,7 +69,8 @@ class Monitor {
     tellService();
   }
 
-  /// Runs until the duration is over, a signal ends the loop, or nobody reads the lines any more.
+  /// Runs until the duration is over, a signal ends the loop, nobody reads the lines any more, or
+  /// the service manager is to start it anew.
   void run() {
     constexpr double kLongestUnseen = 0.5;
     Timer look([&look] { look.startIn(kLongestUnseen); });
@@ -79,8 +80,9 @@ class Monitor {
     // The journal may be restarted under its readers.
     bool const isRead = !isJournal(STDOUT_FILENO);
     if (!slots_.isEmpty()) {
-      loop_.run(options_.duration.value_or(Loop::kForever),
-                [isRead] { return isRead && !hasReader(STDOUT_FILENO); });
+      loop_.run(options_.duration.value_or(Loop::kForever), [this, isRead] {
+        return (isRead && !hasReader(STDOUT_FILENO)) || needsNewStart();
+      });
     }
   }
 
@@ -131,6 +133,11 @@ class Monitor {
     keep(&MonitorOptions::isRedacted, "redact");
     keep(&MonitorOptions::duration, "duration");
     keep(&MonitorOptions::isJson, "json");
+  }
+
+  /// A folder that the service manager made is beyond the rights of the service, once it has gone.
+  bool needsNewStart() const {
+    return service_.isListening() && publisher_ && publisher_->hasLostFolder();
   }
 
   void tellService() { service_.stateIs(slots_.text(), slots_.isComplete()); }

@@ -61,6 +61,7 @@ void Folder::open(int flags) {
 }
 
 void Folder::reopen() {
+  isLost_ = false;
   struct stat opened {};
   struct stat there {};
   if (::fstat(folder_.number(), &opened) == 0 && ::lstat(path_.c_str(), &there) == 0 &&
@@ -68,7 +69,8 @@ void Folder::reopen() {
     return;
   }
   constexpr mode_t kMode = 0755;
-  if (::mkdir(path_.c_str(), kMode) != 0 && errno != EEXIST) {
+  isLost_ = ::mkdir(path_.c_str(), kMode) != 0 && errno != EEXIST;
+  if (isLost_) {
     throw Failure(path_ + ": has gone and cannot be made: " + systemError(errno));
   }
   open(O_NOFOLLOW);

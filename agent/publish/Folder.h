@@ -40,6 +40,8 @@ class Folder {
   /// Opens the folder anew, and makes it where it is missing, when it is not the one at its path
   /// any more.
   void reopen();
+  /// Whether the folder has gone and could not be made.
+  bool isLost() const { return isLost_; }
   /// Writes a file in place of the one before, which stays when that fails.
   Stamp write(std::string const& name, std::string_view bytes);
   /// Takes a file, a link or an empty folder away, if there is one.
@@ -61,6 +63,7 @@ class Folder {
 
   std::string path_;
   Use use_;
+  bool isLost_ = false;
   Kex::U64 failures_ = 0;
   OwnedFile folder_;
 };

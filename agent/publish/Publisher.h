@@ -50,6 +50,8 @@ class Publisher {
   void supplyIs(std::string const& slot, Supply const& supply);
   /// How often a file could not be written or removed.
   Kex::U64 failures() const { return folder_.failures(); }
+  /// Whether the folder has gone and cannot be made; that is tried again, too.
+  bool hasLostFolder() const { return folder_.isLost(); }
   /// All but the folder, from now on; a hold that has begun goes on.
   void publishingIs(Publishing const& publishing);
 

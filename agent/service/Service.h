@@ -21,6 +21,8 @@ class Service {
   /// Tells that the program ends.
   ~Service();
 
+  /// Whether a manager listens: it starts a program that fails anew.
+  bool isListening() const { return isListening_; }
   /// How the program is, in a line for a person, and whether that is complete: once it is, the
   /// program is ready.
   void stateIs(std::string const& text, bool isComplete);

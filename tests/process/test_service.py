@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import signal
 import socket
 import subprocess
@@ -170,6 +171,17 @@ class Service(Case):
         agent.send_signal(signal.SIGHUP)
         self.told("STOPPING=1")
         self.assertEqual(agent.wait(timeout=60), 0)
+
+    def test_a_folder_that_cannot_be_made_is_left_to_the_service_manager(self):
+        published = self.folder / "made" / "fdl"
+        published.mkdir(parents=True)
+        agent = self.start(60_000_000, "--slot", f"Z={NO_BUS}", "--poll-interval", "0.01",
+                           "--publish", published)
+        self.told("READY=1")
+        shutil.rmtree(published.parent)
+        self.told("STOPPING=1")
+        self.assertEqual(agent.wait(timeout=60), 1)
+        self.assertIn(f"{published}: has gone and cannot be made: ", agent.stderr.read())
 
     def test_lines_of_the_journal_have_priorities(self):
         scenario = SAMPLES / "scenarios" / "insertion-and-removal.json"
