@@ -54,6 +54,17 @@ std::vector<unsigned> numbersIn(fs::path const& folder) {
   return numbers;
 }
 
+char const* const kDevices = "/sys/bus/i2c/devices";
+
+fs::path folderOf(unsigned number) { return fs::path(kDevices) / linuxBusName(number); }
+
+std::string adapterName(unsigned number) {
+  std::ifstream in(folderOf(number) / "name");
+  std::string name;
+  std::getline(in, name);
+  return name;
+}
+
 LinuxNode nodeOf(unsigned number) { return {number, "/dev/" + linuxBusName(number)}; }
 
 std::string inWords(std::vector<LinuxAdapterEntry> const& adapters) {
@@ -70,16 +81,13 @@ std::string inWords(std::vector<LinuxAdapterEntry> const& adapters) {
 std::string linuxBusName(unsigned number) { return "i2c-" + std::to_string(number); }
 
 std::vector<LinuxAdapterEntry> linuxAdapters() {
-  fs::path const devices = "/sys/bus/i2c/devices";
   std::vector<LinuxAdapterEntry> adapters;
-  for (unsigned const number : numbersIn(devices)) {
-    fs::path const folder = devices / linuxBusName(number);
+  for (unsigned const number : numbersIn(kDevices)) {
     LinuxAdapterEntry& adapter = adapters.emplace_back();
     adapter.number = number;
-    std::ifstream in(folder / "name");
-    std::getline(in, adapter.name);
+    adapter.name = adapterName(number);
     std::error_code error;
-    adapter.path = fs::canonical(folder, error);
+    adapter.path = fs::canonical(folderOf(number), error);
   }
   return adapters;
 }
@@ -150,13 +158,16 @@ LinuxNode LinuxBus::nodeAtPath() const {
 }
 
 LinuxNode LinuxBus::nodeOfName() const {
+  // Each transaction asks: of the adapters no more is read than it takes.
+  std::vector<unsigned> numbers = numbersIn(kDevices);
+  std::erase_if(numbers, [this](unsigned number) { return adapterName(number) != text_; });
+  if (numbers.size() == 1) {
+    return nodeOf(numbers.front());
+  }
   std::vector<LinuxAdapterEntry> adapters = linuxAdapters();
   std::erase_if(adapters, [this](auto const& adapter) { return adapter.name != text_; });
-  if (adapters.size() != 1) {
-    throw gone(adapters.empty() ? "no i2c adapter is called so; " + linuxAdaptersText()
-                                : "several are called so: " + inWords(adapters));
-  }
-  return nodeOf(adapters.front().number);
+  throw gone(numbers.empty() ? "no i2c adapter is called so; " + linuxAdaptersText()
+                             : "several are called so: " + inWords(adapters));
 }
 
 BusFailure LinuxBus::gone(std::string const& why) const {
