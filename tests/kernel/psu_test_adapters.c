@@ -3,12 +3,15 @@
  * i2c adapters with one simulated power supply each, for tests of psu-agent on a real kernel.
  *
  * The supply answers at 0x58: command 0x99 with its MFR_ID, a process call {1, offset} on 0xB0 with
- * 16 bytes of the FRU image, which the parameter "image" gives in hexadecimal digits.
+ * 16 bytes of the FRU image, which the parameter "image" gives in hexadecimal digits. Another image
+ * that is written to the parameter puts other supplies in place of those that are there. Of adapters
+ * of the first kind there are further ones, as many as the parameter "spares" says.
  */
 #include <linux/completion.h>
 #include <linux/i2c.h>
 #include <linux/kernel.h>
 #include <linux/module.h>
+#include <linux/slab.h>
 
 #define SUPPLY 0x58
 #define CMD_MFR_ID 0x99
@@ -17,11 +20,30 @@
 
 static const char mfr_id[] = "EMERSON";
 
-static char *image;
-module_param(image, charp, 0444);
+static u8 fru[256];
+
+static int image_set(const char *digits, const struct kernel_param *param)
+{
+	size_t length = strcspn(digits, "\n");
+	u8 bytes[sizeof(fru)];
+
+	memset(bytes, 0xFF, sizeof(bytes));
+	if (length == 0 || length % 2 || length > 2 * sizeof(bytes) ||
+	    hex2bin(bytes, digits, length / 2)) {
+		pr_err("psu_test_adapters: image is no FRU image in hexadecimal digits\n");
+		return -EINVAL;
+	}
+	memcpy(fru, bytes, sizeof(fru));
+	return 0;
+}
+
+static const struct kernel_param_ops image_ops = { .set = image_set };
+module_param_cb(image, &image_ops, NULL, 0200);
 MODULE_PARM_DESC(image, "FRU image in hexadecimal digits");
 
-static u8 fru[256];
+static unsigned int spares;
+module_param(spares, uint, 0444);
+MODULE_PARM_DESC(spares, "how many further adapters there are, named \"test spare N\"");
 
 /*
  * Fills block (count first) with what the supply answers; write, which may be the same memory, is
@@ -165,48 +187,70 @@ static struct i2c_adapter adapters[] = {
 };
 #define HELD 6
 
+static struct i2c_adapter *spare;
 static struct i2c_client *holder;
 
-static void remove_adapters(int count)
+static void remove_adapters(struct i2c_adapter *first, int count)
 {
-	i2c_unregister_device(holder);
 	while (count-- > 0)
-		i2c_del_adapter(&adapters[count]);
+		i2c_del_adapter(&first[count]);
+}
+
+/* Adds the adapters, all or none. */
+static int add_adapters(struct i2c_adapter *first, int count)
+{
+	int error, i;
+
+	for (i = 0; i < count; i++) {
+		error = i2c_add_numbered_adapter(&first[i]);
+		if (error) {
+			remove_adapters(first, i);
+			return error;
+		}
+	}
+	return 0;
 }
 
 static int __init psu_test_init(void)
 {
-	size_t digits = image ? strlen(image) : 0;
 	int error, i;
 
-	memset(fru, 0xFF, sizeof(fru));
-	if (digits == 0 || digits % 2 || digits > 2 * sizeof(fru) ||
-	    hex2bin(fru, image, digits / 2)) {
-		pr_err("psu_test_adapters: image is no FRU image in hexadecimal digits\n");
-		return -EINVAL;
-	}
-	for (i = 0; i < ARRAY_SIZE(adapters); i++) {
+	spare = kcalloc(spares, sizeof(*spare), GFP_KERNEL);
+	if (!spare)
+		return -ENOMEM;
+	for (i = 0; i < ARRAY_SIZE(adapters); i++)
 		adapters[i].nr = i;
-		error = i2c_add_numbered_adapter(&adapters[i]);
-		if (error) {
-			remove_adapters(i);
-			return error;
-		}
+	for (i = 0; i < spares; i++) {
+		spare[i].owner = THIS_MODULE;
+		spare[i].algo = &smbus;
+		spare[i].nr = ARRAY_SIZE(adapters) + i;
+		snprintf(spare[i].name, sizeof(spare[i].name), "test spare %d", i);
 	}
+	error = add_adapters(adapters, ARRAY_SIZE(adapters));
+	if (error)
+		goto without_adapters;
+	error = add_adapters(spare, spares);
+	if (error)
+		goto without_spares;
 	holder = i2c_new_dummy_device(&adapters[HELD], SUPPLY);
-	if (IS_ERR(holder)) {
-		error = PTR_ERR(holder);
-		holder = NULL;
-		remove_adapters(ARRAY_SIZE(adapters));
-		return error;
-	}
-	return 0;
+	if (!IS_ERR(holder))
+		return 0;
+	error = PTR_ERR(holder);
+	remove_adapters(spare, spares);
+without_spares:
+	remove_adapters(adapters, ARRAY_SIZE(adapters));
+without_adapters:
+	kfree(spare);
+	return error;
 }
 module_init(psu_test_init);
 
 static void __exit psu_test_exit(void)
 {
-	remove_adapters(ARRAY_SIZE(adapters));
+	i2c_unregister_device(holder);
+	remove_adapters(spare, spares);
+	remove_adapters(adapters, ARRAY_SIZE(adapters));
+	kfree(spare);
 }
 module_exit(psu_test_exit);
 
