@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "agent/base/Ledger.h"
+#include "agent/publish/MetricsFile.h"
 #include "agent/publish/Publisher.h"
 #include "agent/slots/Loop.h"
 
@@ -329,6 +330,27 @@ TEST_F(Published, SlotsComeAndGo) {
   EXPECT_THAT(files(), ElementsAre("B.fdl: two"));
   identified("A", "three");
   EXPECT_THAT(files(), ElementsAre("A.fdl: three", "B.fdl: two"));
+}
+
+TEST_F(Published, FiguresAtChangesAndFromTimeToTime) {
+  Agent::Meter meter;
+  meter.slotsAre({"A"});
+  fs::path const figures = base_ / "psu.prom";
+  {
+    Agent::MetricsFile const kept(figures, meter, nullptr, ledger_);
+    for (bool const isChanged : {false, true}) {
+      if (isChanged) {
+        pass(7);
+        meter.supplyIs("A", {});
+      }
+      ASSERT_TRUE(fs::remove(figures));
+      pass(14.9);
+      EXPECT_FALSE(fs::exists(figures));
+      pass(0.2);
+      EXPECT_TRUE(fs::exists(figures));
+    }
+  }
+  EXPECT_FALSE(fs::exists(figures));
 }
 
 }  // namespace
