@@ -107,7 +107,7 @@ void ModelSet::add(Models const& models, std::vector<DescriptorPtr>& asked) {
       refusals_.push_back({.file = model->file, .why = *fault});
       return;
     }
-    asked.push_back(added.back());
+    asked.emplace_back(added.back());
   }
   for (auto const& descriptor : added) {
     typeModelIs(descriptor->model());

@@ -18,7 +18,7 @@ Kex::Ptr<Hal::Buf> areaWith(Ipmi::ProductInfoArea::Field field, std::string_view
   area += static_cast<char>(text.size());
   area += text;
   area += '\0';  // the checksum's place
-  auto const buffer = Kex::make<Hal::Buf>(static_cast<Kex::U32>(area.size()));
+  auto buffer = Kex::make<Hal::Buf>(static_cast<Kex::U32>(area.size()));
   buffer->strIs(Kex::String8(std::string_view(area)));
   return buffer;
 }
