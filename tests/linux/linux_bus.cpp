@@ -51,6 +51,12 @@ class LinuxBusTest : public testing::Test {
     LinuxTransport transport(LinuxBus("7"), post());
     return answer(transport, transaction);
   }
+  /// Where the files stand that stand for the machine's.
+  std::filesystem::path root() const {
+    std::unique_ptr<gchar, decltype(&g_free)> const name(umockdev_testbed_get_root_dir(bed_.get()),
+                                                         &g_free);
+    return name.get();
+  }
   Agent::Post post() {
     return [this](std::function<void()> work) { asio::post(loop_, std::move(work)); };
   }
@@ -138,6 +144,13 @@ TEST_F(LinuxBusTest, RefusesAdaptersThatCannotServe) {
     ++bus;
   }
   EXPECT_THAT(answers_.errors, ElementsAre("unsupported", "unsupported", "busGone"));
+
+  // One that is there and cannot be opened has not gone.
+  std::filesystem::path const node = root() / "dev" / "i2c-7";
+  std::filesystem::remove(node);
+  std::filesystem::create_directory(node);
+  EXPECT_EQ(answer(mfrIdRead()), "1 i2c-7: cannot open /dev/i2c-7: Is a directory");
+  EXPECT_EQ(answers_.errors.back(), "other");
 }
 
 TEST_F(LinuxBusTest, AHangDelaysNobodyElse) {
@@ -200,9 +213,7 @@ TEST_F(LinuxBusTest, AnswersPostedBeforeTheEndAreDropped) {
 TEST_F(LinuxBusTest, AnAdapterThatReturnsIsFoundAgain) {
   FakeAdapter& fake = adapter();
   LinuxTransport transport(LinuxBus("7"), post());
-  std::unique_ptr<gchar, decltype(&g_free)> const root(umockdev_testbed_get_root_dir(bed_.get()),
-                                                       &g_free);
-  std::string const node = root.get() + std::string("/dev/i2c-7");
+  std::string const node = root() / "dev" / "i2c-7";
   std::string const away = node + "-away";
   EXPECT_EQ(answer(transport, mfrIdRead()), "1 07454D4552534F4E");
   // The adapter is unplugged under the open file, then its node is gone as well.
