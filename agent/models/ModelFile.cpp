@@ -263,7 +263,8 @@ class Reader {
       model->keyTrace =
           choice<Descriptors::KeyTrace>(value.at("keyTrace"), Descriptors::kKeyTraceNames);
     }
-    writeFdl(*model, value, fdl, lines);
+    writeFdl(*model, value, lines);
+    checkFdl(*model, fdl);
     return model;
   }
 
@@ -285,8 +286,7 @@ class Reader {
     return key;
   }
 
-  static void writeFdl(Model& model, JsonValue const& value, JsonValue const& fdl,
-                       std::vector<JsonValue> const& lines) {
+  static void writeFdl(Model& model, JsonValue const& value, std::vector<JsonValue> const& lines) {
     Columns columns = value.has("columns") ? Agent::columns(value.at("columns")) : Columns();
     FdlWriter writer(model.fdl, columns);
     for (JsonValue const& line : lines) {
@@ -297,6 +297,9 @@ class Reader {
         value.at("columns").at(name.c_str()).refuse("no line of the FDL has a place for it");
       }
     }
+  }
+
+  static void checkFdl(Model const& model, JsonValue const& fdl) {
     if (auto const fault = fdlFault(model.fdl.filled(ProductInfoArea(Hal::Buf(0))).view())) {
       fdl.refuse("with the columns of " + model.path + ", it " + *fault);
     }
