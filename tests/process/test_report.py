@@ -100,6 +100,13 @@ class Report(Case):
         self.assertEqual(len(lane["at"]), len(lines) - 2)
         self.assertIn(f"the replay ends early: {self.file}:4: ", lane["notes"][0])
 
+    def test_a_source_that_ended(self):
+        first = self.folder / "first.jsonl"
+        run("identify", "--record", first, DS2900)
+        run("monitor", "--record", self.file, "--duration", 100, "--slot", f"A=replay:{first}")
+        lane, = data(self.page())["lanes"]
+        self.assertEqual(lane["notes"], [f"its source ended: {first}:10: the recording ends here"])
+
     def test_the_policy_names_the_script_and_the_style(self):
         run("identify", "--record", self.file, DS2900)
         page = self.page().decode()

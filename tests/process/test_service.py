@@ -107,18 +107,22 @@ class Service(Case):
     def test_readiness_reload_and_end(self):
         config = self.folder / "psu.conf"
         other = f'slot = "Z={NO_BUS}"\n'
-        config.write_text(f'slot = "A={DS2900}"\nslot = "B={DS3000}"\n' + other)
         published = self.folder / "fdl"
         published.mkdir()
-        agent = self.start(60_000_000, "--config", config, "--publish", published)
+        config.write_text(f'slot = "A={DS2900}"\nslot = "B={DS3000}"\n{other}'
+                          f'publish = "{published}"\n')
+        agent = self.start(60_000_000, "--config", config)
         self.assertEqual(self.told("READY=1")[-2],
                          "STATUS=3 slots: 2 identified, 1 unreachable")
         self.assertEqual(sorted(agent.stdout.readline().split()[1] for _ in range(3)),
                          ["A", "B", "Z"])
         before = (published / "A.fdl").stat()
 
-        # B has gone, C has come, A is not touched; the lines are text still.
-        config.write_text(f'slot = "A={DS2900}"\nslot = "C={DS3000}"\njson = true\n' + other)
+        # B has gone, C has come, A is not touched; what is settled at the start stays.
+        settled = {"publish": '"/other"', "metrics": '"/other/a.prom"', "record": '"/other/r"',
+                   "incidents": '"/other"', "redact": "true", "duration": "9", "json": "true"}
+        config.write_text(f'slot = "A={DS2900}"\nslot = "C={DS3000}"\n' + other + "".join(
+            f"{key} = {value}\n" for key, value in settled.items()))
         agent.send_signal(signal.SIGHUP)
         told = self.told("STATUS=3 slots: 2 identified, 1 unreachable")
         self.assertEqual([line for line in told if not line.startswith("STATUS=")],
@@ -127,7 +131,8 @@ class Service(Case):
         self.assertEqual(sorted(file.name for file in published.glob("*.fdl")),
                          ["A.fdl", "C.fdl"])
         self.assertEqual((published / "A.fdl").stat(), before)
-        self.assertIn("json: changes at the next start only", agent.stderr.readline())
+        for key in settled:
+            self.assertIn(f"{key}: changes at the next start only", agent.stderr.readline())
         self.assertIn("configuration read again: 3 slots: ", agent.stderr.readline())
 
         # What does not make sense changes nothing.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <string>
 #include <string_view>
@@ -9,6 +10,8 @@
 #include <vector>
 
 #include "ipmi/Trim.h"
+#include "ipmi/model/Filling.h"
+#include "ipmi/model/RowChecks.h"
 #include "tests/unit/ipmi_support.h"
 
 namespace {
@@ -136,5 +139,84 @@ TEST(IpmiKeys, noTypeAcceptsTheKeysBetween) {
   }
   EXPECT_EQ(trim(" \t "), "");
 }
+
+// What the table of models would be refused for.
+namespace refused {
+
+using namespace Emerson::IpmiIdentifier;
+using namespace RowChecks;
+
+constexpr Family kFamily{
+    .keyField = KeyField::partNumber,
+    .rule = MatchRule::trimmedEquality,
+    .keyLengths = {2, 3},
+    .fill = nullptr,
+    .isComplete =
+        Filling<&Model::api, MayBeEmpty<&Model::modelName>{}, &Model::fanSpeed>::isComplete};
+constexpr Family kByName{.keyField = KeyField::productName,
+                         .rule = MatchRule::trimmedEquality,
+                         .fill = nullptr,
+                         .isComplete = nullptr};
+
+/// A row without fault, once `change` has been made.
+consteval Model row(auto change) {
+  Model model{.family = &kFamily, .keys = {"AB", "ABC"}, .api = "x", .fanSpeed = 1};
+  change(model);
+  return model;
+}
+constexpr Model kGood = row([](Model&) {});
+constexpr Model kReversed = row([](Model& model) {
+  model.id = ModelId::DS3000_Reversed;
+  model.airflow = Airflow::backToFront;
+  model.keys = {"XY"};
+});
+
+static_assert(inDeclaredOrder(std::array{kGood, kReversed}));
+static_assert(!inDeclaredOrder(std::array{kReversed, kGood}));
+static_assert(keysReachable(std::array{kGood, kReversed}));
+static_assert(!keysReachable(std::array{kGood, row([](Model& model) { model.keys = {}; })}));
+static_assert(!keysReachable(std::array{row([](Model& model) { model.keys = {"AB "}; })}));
+static_assert(!keysReachable(std::array{row([](Model& model) { model.keys = {"AB", "\tX"}; })}));
+static_assert(overlap(MatchRule::prefix, "AB", MatchRule::exactLength, "ABC"));
+static_assert(overlap(MatchRule::exactLength, "ABC", MatchRule::prefix, "AB"));
+static_assert(!overlap(MatchRule::prefix, "ABC", MatchRule::exactLength, "AB"));
+static_assert(!overlap(MatchRule::exactLength, "AB", MatchRule::prefix, "ABC"));
+static_assert(overlap(MatchRule::exactLength, "AB ", MatchRule::trimmedEquality, "AB"));
+static_assert(overlap(MatchRule::exactLength, "AB ", MatchRule::exactLength, "AB "));
+static_assert(!overlap(MatchRule::exactLength, "AB ", MatchRule::exactLength, "AB"));
+static_assert(!overlap(MatchRule::prefix, "", MatchRule::prefix, "AB"), "no key");
+static_assert(!overlap(MatchRule::prefix, "AB", MatchRule::prefix, ""), "no key");
+static_assert(keysUnique(std::array{kGood, kReversed}));
+static_assert(!keysUnique(std::array{kGood, kReversed, kReversed}));
+static_assert(!keysUnique(std::array{row([](Model& model) { model.keys = {"AB", "AB"}; })}));
+static_assert(keysUnique(std::array{kGood, row([](Model& model) { model.family = &kByName; })}),
+              "the same text in another field");
+static_assert(keysHaveTheirFamilysLength(std::array{kGood, kReversed}));
+static_assert(!keysHaveTheirFamilysLength(std::array{kGood, row([](Model& model) {
+                                                       model.keys = {"AB", "ABCD"};
+                                                     })}));
+static_assert(keysHaveTheirFamilysLength(std::array{row([](Model& model) {
+                model.family = &kByName;
+                model.keys = {"ABCD"};
+              })}),
+              "a family of keys of any length");
+static_assert(columnsAreThoseOfTheTemplates(std::array{kGood, kReversed}));
+static_assert(columnsAreThoseOfTheTemplates(std::array{
+    row([](Model& model) { model.modelName = "x"; })}));
+static_assert(!columnsAreThoseOfTheTemplates(std::array{
+    kGood, row([](Model& model) { model.api = ""; })}));
+static_assert(!columnsAreThoseOfTheTemplates(std::array{
+    row([](Model& model) { model.fanSpeed = 0; })}));
+static_assert(!columnsAreThoseOfTheTemplates(std::array{
+    row([](Model& model) { model.extraSensorBlock = "x"; })}));
+static_assert(!columnsAreThoseOfTheTemplates(std::array{
+    row([](Model& model) { model.sensor2Target = 1; })}));
+static_assert(reversedNamesBlowBackToFront(std::array{kGood, kReversed}));
+static_assert(!reversedNamesBlowBackToFront(std::array{
+    kGood, row([](Model& model) { model.airflow = Airflow::backToFront; })}));
+static_assert(isStemOf("dS460X", "DS460X") && !isStemOf("DS460X", "DS460X"));
+static_assert(!isStemOf("dS460", "DS460X") && !isStemOf("dS460Y", "DS460X"));
+
+}  // namespace refused
 
 }  // namespace

@@ -191,6 +191,9 @@ TEST_F(HardwareVornRequest, operationsAreReplacedOnlyAfterItWasWithdrawn) {
   EXPECT_EQ(asked.size(), 1U);
   EXPECT_EQ(request->failure(), "the request holds no transaction");
   EXPECT_EQ(request->error(), Smbus::ErrorKind::other);
+  request->activeIs(false);
+  make(VornOp::kRead, 33);  // as long as a block can be
+  EXPECT_EQ(request->loaded(), Loaded::read);
 }
 
 TEST_F(HardwareVornRequest, requestsOfOneBusTakeTurns) {
