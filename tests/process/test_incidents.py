@@ -46,10 +46,10 @@ class Incidents(Case):
         self.incidents = self.folder / "incidents"
         self.incidents.mkdir()
 
-    def simulate(self, slots, duration):
+    def simulate(self, slots, duration, *options):
         scenario = self.folder / "scenario.json"
         scenario.write_text(json.dumps({"duration": duration, "slots": slots}))
-        status, _, err = run("simulate", "--incidents", self.incidents, scenario)
+        status, _, err = run("simulate", *options, "--incidents", self.incidents, scenario)
         self.assertEqual((status, err), (0, []))
 
     def replay_all(self):
@@ -121,6 +121,12 @@ class Incidents(Case):
             text = (self.incidents / name).read_text()
             self.assertLess(len(text.splitlines()), 256 + 150)
         self.replay_all()
+
+    def test_a_redacted_night(self):
+        """What was told before a recording begins is known by its pseudonym."""
+        self.simulate([{"name": "A", "supply": {"image": str(faulty("unrecognised"))}, "events": [
+            {"at": 30000, "action": "hang", "transactions": 20}]}], 30040, "--redact")
+        self.assertEqual(self.replay_all(), 2)
 
     def test_one_a_minute(self):
         self.simulate([{"name": "A", "supply": {"image": str(DS2900)}, "events": [
