@@ -20,6 +20,9 @@ set(EPS_PLUGINDIR_FROM_BINDIR "${EPS_LIBDIR_FROM_BINDIR}/${plugin_folder}")
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${EPS_LIBDIR_FROM_BINDIR}")
 
+# Files of more than 2 GB and inodes above 32 bits, on 32-bit machines too.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")

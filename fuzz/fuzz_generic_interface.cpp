@@ -139,6 +139,7 @@ class Slot {
 
   /// Another supply takes the place of whatever there is, and must be told.
   void recover() {
+    Fuzz::require(isAlive() || !isLeftAtWork());
     configure();
     bus_.supplyIs(supply(true));
     double const end = clock()->time() + kHealingTime;
@@ -146,10 +147,7 @@ class Slot {
       Kex::activityManager().runUntil(std::min(end, clock()->nextDeadline()));
     }
     Fuzz::require(isTold());
-    int const underWay = int{identifier_->pollForInsertionRequest()->isUnderWay()} +
-                         int{identifier_->identifySupplyRequest()->isUnderWay()} +
-                         int{identifier_->checkSupplyRequest()->isUnderWay()};
-    Fuzz::require(underWay + int{std::isfinite(identifier_->timeMin())} == 1);
+    Fuzz::require(isAlive());
   }
 
  private:
@@ -179,6 +177,28 @@ class Slot {
     identifier_->mfrIdSupportedDelAll();
     identifier_->mfrIdSupportedIs("EMERSON", true);
     identifier_->hasNotificationActiveIs(true);
+  }
+
+  /// Whether nothing was taken from it that it needs to go on.
+  bool isLeftAtWork() const {
+    return parts_.driver->identifier("EmersonPmbus").ptr() == identifier_.ptr() &&
+           identifier_->constructed() && identifier_->initialized() && identifier_->status() &&
+           identifier_->notifier() && identifier_->isRegisteredNotifiee() &&
+           identifier_->hasNotificationActive() && !identifier_->isMarkedForDeletion() &&
+           identifier_->pollForInsertionRequest() && identifier_->identifySupplyRequest() &&
+           identifier_->checkSupplyRequest();
+  }
+
+  /// Whether one request is under way, or else a deadline is set.
+  bool isAlive() const {
+    auto const isUnderWay = [](auto const& request) {
+      return int{request && request->isUnderWay()};
+    };
+    return isUnderWay(identifier_->pollForInsertionRequest()) +
+               isUnderWay(identifier_->identifySupplyRequest()) +
+               isUnderWay(identifier_->checkSupplyRequest()) +
+               int{std::isfinite(identifier_->timeMin())} ==
+           1;
   }
 
   bool isTold() const {

@@ -1,4 +1,4 @@
-// Whether anybody reads what the program writes.
+// Whether what the program writes arrives.
 #pragma once
 
 namespace Agent {
@@ -8,5 +8,8 @@ namespace Agent {
 void ignoreWriteSignals();
 /// False when `file` is a pipe or a connection that nobody reads any more.
 bool hasReader(int file);
+/// Writes what standard output has gathered. Throws a `Failure` with the system's cause when that
+/// cannot be done; what is written later is tried again.
+void flushOut();
 
 }  // namespace Agent

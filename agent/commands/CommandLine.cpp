@@ -3,7 +3,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "agent/base/Ledger.h"
+#include "agent/base/OutputReader.h"
 #include "agent/commands/Command.h"
 #include "agent/commands/Refusal.h"
 #include "agent/commands/TraceOption.h"
@@ -195,11 +195,7 @@ Status runCommandLine(int argc, char const* const* argv) {
     }
     return action(globals);
   });
-  errno = 0;
-  if (!std::cout.flush()) {
-    ledger.tell(Status::failed,
-                "standard output: cannot write" + (errno == 0 ? "" : ": " + systemError(errno)));
-  }
+  ledger.attempt([] { flushOut(); });
   return ledger.status();
 }
 

@@ -10,8 +10,8 @@ namespace Agent {
 
 /// Sets the options that `file` names, of those that `addTo` adds: each by its long name without
 /// the dashes and `key = value`, `key = ["value", ...]` or a bare `key` for a switch; what follows
-/// a `#` is a comment. `isGiven` tells which options keep what they have; `check` is called after
-/// each key.
+/// a `#` that is not in quotes is a comment. `isGiven` tells which options keep what they have;
+/// `check` is called after each key.
 ///
 /// Throws a `Failure` when the file cannot be read, and a `UsageError` with file, line and key when
 /// it does not make sense, also where `check` throws one.

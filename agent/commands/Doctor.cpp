@@ -60,38 +60,58 @@ class Probe final : Smbus::AnswerSink {
 /// A bus that is looked at.
 class Examination {
  public:
-  /// Throws a `Failure` when the bus cannot be opened.
+  /// Throws a `Failure` when there is no such bus.
   Examination(LinuxBus const& bus, Post const& post)
-      : node_(bus.node()), adapter_(node_), isHeld_(adapter_.isHeld(kDevice)) {
+      : node_(bus.node()), entry_(linuxAdapter(node_.number)) {
+    try {
+      adapter_.emplace(node_);
+    } catch (Failure const& failure) {
+      if (!entry_) {
+        throw;
+      }
+      refusal_ = failure.what();
+      return;
+    }
+    isHeld_ = adapter_->isHeld(kDevice);
     if (canServe()) {
       probe_.emplace(bus, post);
     }
   }
 
   bool isDone() const { return !probe_ || probe_->answer(); }
-  bool canServe() const { return !isHeld_ && adapter_.way() != LinuxWay::none; }
+  Status status() const {
+    return canServe() ? Status::ok : adapter_ ? Status::notIdentified : Status::failed;
+  }
   /// One line, when all is known.
   std::string text() const;
 
  private:
+  bool canServe() const { return adapter_ && !isHeld_ && adapter_->way() != LinuxWay::none; }
+
   LinuxNode node_;
-  LinuxAdapter adapter_;
-  bool isHeld_;
+  std::optional<LinuxAdapterEntry> entry_;
+  /// None where it cannot be opened, for which the text gives the reason.
+  std::optional<LinuxAdapter> adapter_;
+  std::string refusal_;
+  bool isHeld_ = false;
   std::optional<Probe> probe_;
 };
 
 std::string Examination::text() const {
-  auto const adapters = linuxAdapters();
-  auto const entry = std::ranges::find(adapters, node_.number, &LinuxAdapterEntry::number);
-  bool const isListed = entry != adapters.end();
-  LinuxWay const way = adapter_.way();
-  std::string const can = usefulFunctions(adapter_.functions(), true);
-  std::string text = linuxBusName(node_.number) + ": " + (isListed ? inQuotes(entry->name) : "-") +
-                     "; " + (isListed ? oneLine(entry->path) : "-");
-  text += Kex::format("; functions 0x%08lx, of use: ", adapter_.functions()).view();
+  std::string const bus = linuxBusName(node_.number) + ": ";
+  std::string text =
+      bus + (entry_ ? inQuotes(entry_->name) : "-") + "; " + (entry_ ? oneLine(entry_->path) : "-");
+  if (!adapter_) {
+    std::string_view const why = refusal_;
+    return text.append("; ").append(why.substr(why.starts_with(bus) ? bus.size() : 0)) +
+           "; recognition cannot work";
+  }
+  LinuxWay const way = adapter_->way();
+  std::string const can = usefulFunctions(adapter_->functions(), true);
+  text += Kex::format("; functions 0x%08lx, of use: ", adapter_->functions()).view();
   text += (can.empty() ? "none" : can) + "; way: " + std::string(nameOf(way));
   if (way == LinuxWay::none) {
-    text += ", it lacks " + usefulFunctions(adapter_.functions(), false);
+    text += ", it lacks " + usefulFunctions(adapter_->functions(), false);
   }
   text += Kex::format("; address 0x%02x: ", kDevice).view();
   text += isHeld_ ? "held by the kernel driver" + driverName(node_.number) : "free";
@@ -138,7 +158,7 @@ Status doctor(std::vector<std::string> const& sources) {
   });
   for (auto const& one : examinations) {
     std::cout << one->text() << '\n';
-    ledger.add(one->canServe() ? Status::ok : Status::notIdentified);
+    ledger.add(one->status());
   }
   return ledger.status();
 }

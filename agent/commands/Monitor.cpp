@@ -201,10 +201,11 @@ Action prepareMonitor(Parameters& command) {
   command.addFlag("--check", line->isCheck, "Tell whether the configuration is sound, and end");
   return [line, command](Globals const& globals) {
     Read const read = [&] {
-      MonitorOptions options =
-          line->config.empty() ? line->options : completed(line->options, command, line->config);
-      checkTogether(options);
-      return options;
+      if (!line->config.empty()) {
+        return completed(line->options, command, line->config);
+      }
+      checkTogether(line->options);
+      return line->options;
     };
     bool const isReloadable = !line->config.empty() || !globals.models.paths.empty();
     return line->isCheck ? check(read(), globals) : monitor(read, isReloadable, globals);

@@ -53,9 +53,20 @@ void addMonitorOptions(Parameters& command, MonitorOptions& options) {
 
 MonitorOptions completed(MonitorOptions options, Parameters const& command,
                          std::string const& config) {
-  readConfigFile(
-      config, [&](Parameters& keys) { addMonitorOptions(keys, options); },
-      [&](std::string const& option) { return command.has(option); }, [&] { plansOf(options); });
+  auto const read = [&config](MonitorOptions& into, auto const& isGiven) {
+    readConfigFile(
+        config, [&](Parameters& keys) { addMonitorOptions(keys, into); }, isGiven,
+        [&] { plansOf(into); });
+  };
+  // What is given on the command line too must make sense all the same.
+  MonitorOptions alone;
+  read(alone, [](std::string const&) { return false; });
+  read(options, [&](std::string const& option) { return command.has(option); });
+  try {
+    checkTogether(options);
+  } catch (UsageError const& error) {
+    throw UsageError(config + ": " + error.what());
+  }
   return options;
 }
 
@@ -69,6 +80,9 @@ std::vector<SlotPlan> plansOf(MonitorOptions const& options) {
     if (equals == std::string::npos || !isSlotName(name)) {
       throw UsageError("--slot: " + oneLine(text) +
                        " is not NAME=SOURCE with a NAME of letters, digits, '.', '_' and '-'");
+    }
+    if (isTakenName(name)) {
+      throw UsageError("--slot: a slot cannot be called " + name + ": the name is taken");
     }
     if (!taken.insert(name).second) {
       throw UsageError("--slot: the slot " + name + " is named twice");

@@ -31,7 +31,7 @@ struct MonitorOptions {
 /// Makes `command` take the options.
 void addMonitorOptions(Parameters& command, MonitorOptions& options);
 /// The options that `command` took, completed by those that are in the file `config` only. Throws
-/// as `readConfigFile`.
+/// as `readConfigFile` and `checkTogether`.
 MonitorOptions completed(MonitorOptions options, Parameters const& command,
                          std::string const& config);
 /// The slots to watch. Throws a `UsageError` for one that does not make sense, and for a name or a

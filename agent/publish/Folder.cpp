@@ -15,7 +15,8 @@ namespace Agent {
 namespace {
 
 /// Where a file is written before it takes its place.
-std::string unfinished(std::string const& name) { return '.' + name + ".new"; }
+constexpr std::string_view kUnfinished = ".new";
+std::string unfinished(std::string const& name) { return '.' + name + std::string(kUnfinished); }
 
 Folder::Stamp stampOf(struct stat const& status) {
   return {.device = status.st_dev,
@@ -38,6 +39,11 @@ int writeAll(int file, std::string_view bytes) {
 }
 
 }  // namespace
+
+std::string_view Folder::nameOfUnfinished(std::string_view name) {
+  bool const isUnfinished = name.starts_with('.') && name.ends_with(kUnfinished);
+  return isUnfinished ? name.substr(1, name.size() - 1 - kUnfinished.size()) : std::string_view();
+}
 
 Folder::Folder(std::string const& path, Use use) : use_(use) {
   std::error_code error;
@@ -79,7 +85,9 @@ void Folder::reopen() {
 Folder::Stamp Folder::write(std::string const& name, std::string_view bytes) {
   constexpr char const* kWhat = "cannot be written";
   std::string const newName = unfinished(name);
-  unlink(newName);
+  if (int const error = unlink(newName); error != 0 && error != ENOENT) {
+    fail(newName, "is in the way and cannot be removed", error);
+  }
   constexpr mode_t kMode = 0644;
   OwnedFile const file(::openat(folder_.number(), newName.c_str(),
                                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kMode));

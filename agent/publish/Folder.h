@@ -44,6 +44,9 @@ class Folder {
   bool isLost() const { return isLost_; }
   /// Writes a file in place of the one before, which stays when that fails.
   Stamp write(std::string const& name, std::string_view bytes);
+  /// What a file was to be called that a program was killed at while it wrote it as `name`; empty
+  /// where `name` is none of such a file.
+  static std::string_view nameOfUnfinished(std::string_view name);
   /// Takes a file, a link or an empty folder away, if there is one.
   void remove(std::string const& name);
   /// A regular file's stamp; none when there is none, or something else.

@@ -42,7 +42,7 @@ bool isIncident(std::string_view name) {
          name.find_first_not_of("0123456789.TZ", time + 1) == std::string_view::npos;
 }
 
-/// The incidents in the folder, the oldest first.
+/// The incidents in the folder, and what a run that was killed left of one; the oldest first.
 std::vector<KeptFile> incidents(std::string const& path) {
   std::vector<KeptFile> files;
   std::error_code error;
@@ -54,7 +54,8 @@ std::vector<KeptFile> incidents(std::string const& path) {
     bool const isFile = at->symlink_status(gone).type() == fs::file_type::regular;
     fs::file_time_type const changed = at->last_write_time(gone);
     std::uintmax_t const bytes = at->file_size(gone);
-    if (isIncident(name) && isFile && !gone) {
+    bool const isOurs = isIncident(name) || isIncident(Folder::nameOfUnfinished(name));
+    if (isOurs && isFile && !gone) {
       files.push_back({.changed = changed, .name = name, .bytes = bytes});
     }
   }
@@ -86,7 +87,13 @@ void IncidentFolder::write(std::string const& file, std::string_view text) {
 
 void IncidentFolder::makeRoom(std::string const& file, std::size_t bytes) {
   std::vector<KeptFile> files = incidents(path_);
-  std::erase_if(files, [&](KeptFile const& kept) { return kept.name == file; });
+  std::erase_if(files, [&](KeptFile const& kept) {
+    bool const isUnfinished = !isIncident(kept.name);
+    if (isUnfinished) {
+      folder_.remove(kept.name);
+    }
+    return isUnfinished || kept.name == file;
+  });
   std::uintmax_t total = bytes;
   for (KeptFile const& kept : files) {
     total += kept.bytes;

@@ -18,6 +18,7 @@ MetricsFile::MetricsFile(std::string const& path, Meter& meter, Publisher const*
     : meter_(meter),
       publisher_(publisher),
       folder_(folderOf(path), Folder::Use::shared),
+      trouble_(folderOf(path), ledger),
       file_(folder_, std::filesystem::path(path).filename(), ledger),
       timer_([this] { write(); }) {
   meter_.onChangeIs([this] { write(); });
@@ -34,7 +35,9 @@ void MetricsFile::write() {
   if (publisher_ != nullptr) {
     metrics.publishingFailures = publisher_->failures();
   }
-  file_.contentIs(metricsText(metrics));
+  if (trouble_.attempt([this] { folder_.reopen(); })) {
+    file_.contentIs(metricsText(metrics));
+  }
   timer_.startIn(kInterval);
 }
 

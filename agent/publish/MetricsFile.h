@@ -4,6 +4,7 @@
 #include <string>
 
 #include "agent/base/Ledger.h"
+#include "agent/base/Trouble.h"
 #include "agent/publish/Folder.h"
 #include "agent/publish/PublishedFile.h"
 #include "agent/publish/Publisher.h"
@@ -33,6 +34,7 @@ class MetricsFile {
   Meter& meter_;
   Publisher const* publisher_;
   Folder folder_;
+  Trouble trouble_;
   PublishedFile file_;
   Timer timer_;
 };

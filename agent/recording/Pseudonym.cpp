@@ -12,14 +12,15 @@ namespace {
 
 using Kex::U8;
 
-/// Values that stand for each other.
+/// Values that stand for each other. What fills a text (NULs, blanks, 0xFF) tells nothing and
+/// stays.
 struct Kind {
   U8 first;
   U8 last;
 };
 
 constexpr Kind kTextKinds[] = {{'0', '9'},   {'A', 'Z'},   {'a', 'z'},
-                               {0x01, 0x08}, {0x0E, 0x1F}, {0x80, 0xFF}};
+                               {0x01, 0x08}, {0x0E, 0x1F}, {0x80, 0xFE}};
 constexpr Kind kDigit = {0, 9};
 constexpr Kind kByte = {0x00, 0xFF};
 

@@ -52,6 +52,9 @@ class Reader {
     if (!isSlotName(slot.name)) {
       value.at("name").refuse(inQuotes(slot.name) + " is no name of a slot");
     }
+    if (isTakenName(slot.name)) {
+      value.at("name").refuse(inQuotes(slot.name) + " is the name of something else");
+    }
     if (!names_.insert(slot.name).second) {
       value.at("name").refuse(inQuotes(slot.name) + " is taken by another slot");
     }

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <utility>
 
+#include "agent/base/OutputReader.h"
 #include "agent/base/Terminal.h"
 #include "agent/recording/TransactionLog.h"
 #include "agent/recording/Transcript.h"
@@ -190,7 +191,12 @@ void WatchedSlot::print(std::string const& line, Priority priority) const {
   eraseProgress();
   std::cout << priorityPrefix(STDOUT_FILENO, priority) << line << '\n';
   if (reporting_.isLive) {
-    std::cout.flush();
+    reporting_.output.attempt([] {
+      // Where nobody reads any more, the run is about to end.
+      if (hasReader(STDOUT_FILENO)) {
+        flushOut();
+      }
+    });
   }
 }
 

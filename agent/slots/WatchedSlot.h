@@ -9,6 +9,7 @@
 #include "agent/base/Journal.h"
 #include "agent/base/JsonObject.h"
 #include "agent/base/Ledger.h"
+#include "agent/base/Trouble.h"
 #include "agent/publish/FlightRecorder.h"
 #include "agent/publish/Publisher.h"
 #include "agent/recording/Recorder.h"
@@ -41,6 +42,8 @@ struct Reporting {
   Pseudonyms const* pseudonyms = nullptr;
   /// Where it is kept that something cannot be written.
   Ledger ledger{};
+  /// Of the lines on standard output.
+  Trouble output{"standard output", ledger};
 };
 
 /// What somebody did to a slot.

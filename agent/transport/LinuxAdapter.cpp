@@ -92,9 +92,11 @@ BusFailure failureOf(int error, std::string const& before = {}) {
 /// Why a bus cannot be opened. One that is not there has gone, or has not come yet.
 BusFailure cannotOpen(LinuxNode const& node, int error) {
   bool const isGone = error == ENOENT || error == ENODEV || error == ENXIO;
+  std::string const hint =
+      linuxAdapter(node.number) ? "modprobe i2c-dev makes the nodes" : linuxAdaptersText();
   return {isGone ? ErrorKind::busGone : ErrorKind::other,
           linuxBusName(node.number) + ": cannot open " + node.path + ": " + systemError(error) +
-              (isGone ? "; " + linuxAdaptersText() : "")};
+              (isGone ? "; " + hint : "")};
 }
 
 }  // namespace

@@ -92,6 +92,12 @@ std::vector<LinuxAdapterEntry> linuxAdapters() {
   return adapters;
 }
 
+std::optional<LinuxAdapterEntry> linuxAdapter(unsigned number) {
+  std::vector<LinuxAdapterEntry> const adapters = linuxAdapters();
+  auto const found = std::ranges::find(adapters, number, &LinuxAdapterEntry::number);
+  return found == adapters.end() ? std::nullopt : std::optional(*found);
+}
+
 std::string linuxAdaptersText() {
   std::string const adapters = inWords(linuxAdapters());
   return adapters.empty() ? "there is no i2c adapter here; is its driver loaded?"

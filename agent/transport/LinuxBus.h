@@ -1,6 +1,7 @@
 // Which i2c adapters this machine has, and which of them a text means.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,8 @@ struct LinuxAdapterEntry {
 
 /// All adapters, by number.
 std::vector<LinuxAdapterEntry> linuxAdapters();
+/// The adapter of this number; none where the kernel lists none.
+std::optional<LinuxAdapterEntry> linuxAdapter(unsigned number);
 /// For a person: which adapters there are, and how their device nodes come to be.
 std::string linuxAdaptersText();
 /// `i2c-N`.

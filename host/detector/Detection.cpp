@@ -81,7 +81,7 @@ Outcome outcomeOf(Supply const& supply) {
 
 bool hasSerialNumber(String8 const& serialNum) {
   using namespace std::string_view_literals;
-  return serialNum.view().find_first_not_of(" \t\0"sv) != std::string_view::npos;
+  return serialNum.view().find_first_not_of(" \t\0\xFF"sv) != std::string_view::npos;
 }
 
 Supply unstable(Supply found, Checked checked) {

@@ -57,7 +57,7 @@ Supply unstable(Supply found, Checked checked);
 /// What two detections are compared by.
 KEX_API Outcome outcomeOf(Supply const& supply);
 /// Whether a check can compare the serial number: there is one, and it is not blank.
-bool hasSerialNumber(Kex::String8 const& serialNum);
+KEX_API bool hasSerialNumber(Kex::String8 const& serialNum);
 /// "unreadable", after `what` had failed or was cut short.
 Supply unreadable(char const* what, Hardware::VornRequest const& request);
 

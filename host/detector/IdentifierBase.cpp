@@ -60,11 +60,7 @@ void IdentifierBase::hasNotificationActiveIs(bool active) {
   double const lastReset = detection_.memory.lastReset;
   detection_.memory = {};
   detection_.memory.lastReset = lastReset;
-  if (isStarted_) {
-    settle();
-  } else if (active && place_.owner() != nullptr) {
-    doStartDetection();
-  }
+  settleOrStart();
 }
 
 void IdentifierBase::kexFwkActivityIs(bool active) {
@@ -157,7 +153,15 @@ void IdentifierBase::mostRepetitionIs(double seconds) {
 
 void IdentifierBase::handleOutsideChange() {
   if (doings_ == 0) {
+    settleOrStart();
+  }
+}
+
+void IdentifierBase::settleOrStart() {
+  if (isStarted_) {
     settle();
+  } else if (place_.owner() != nullptr) {
+    doStartDetection();
   }
 }
 

@@ -233,6 +233,8 @@ class KEX_API IdentifierBase : public Kex::Clock::NotifieeConst {
   bool isAlive() const;
   /// Detection starts over in due time, if it is to go on at all.
   void settle();
+  /// The same, for one that is held and may not have started yet.
+  void settleOrStart();
   void handleDeadline();
   /// Does `work`; an exception that it throws is this slot's alone. Sees to it that detection is
   /// alive afterwards.

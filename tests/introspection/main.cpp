@@ -224,6 +224,7 @@ TEST(Loading, entersEveryTypeWithItsSchema) {
 }
 
 TEST(Loading, letsEntitiesBeMadeAndReachedByName) {
+  EXPECT_EQ(Kex::Entity::_fwkType().constructorArgTypes().front(), Name("Kex::Name"));
   for (Declared const* const declared : {&kDescriptors, &kFactory}) {
     KexType const& type = record(*declared, declared->types.back());
     auto const arguments = Kex::make<Kex::GenericIf::List_>();

@@ -220,9 +220,10 @@ TEST_F(LinuxBusTest, AnAdapterThatReturnsIsFoundAgain) {
   fake.behaviourIs({.transferError = ENODEV});
   EXPECT_THAT(answer(transport, mfrIdRead()), HasSubstr("the adapter has gone (ENODEV)"));
   ASSERT_EQ(std::rename(node.c_str(), away.c_str()), 0);
-  EXPECT_EQ(answer(transport, mfrIdRead()),
-            "1 i2c-7: cannot open /dev/i2c-7: No such file or directory; there are i2c-7 \"fake "
-            "i2c-7\"; modprobe i2c-dev makes their nodes");
+  EXPECT_EQ(
+      answer(transport, mfrIdRead()),
+      "1 i2c-7: cannot open /dev/i2c-7: No such file or directory; modprobe i2c-dev makes the "
+      "nodes");
   EXPECT_THAT(answers_.errors, ElementsAre("", "busGone", "busGone"));
   ASSERT_EQ(std::rename(away.c_str(), node.c_str()), 0);
   fake.behaviourIs({.functions = I2C_FUNC_I2C});
@@ -338,6 +339,11 @@ TEST_F(LinuxBusTest, TheDoctorTellsWhatCanBeDone) {
                                        "address 0x58: free; recognition cannot work\ni2c-8: "),
                              HasSubstr("\"EMERSON\"; recognition can work\n")));
   EXPECT_THAT(doctor({"i2c:9"}), StartsWith("1 psu-agent: i2c-9: cannot open /dev/i2c-9: "));
+  std::filesystem::remove(root() / "dev" / "i2c-7");
+  EXPECT_THAT(doctor({}),
+              StartsWith("1 i2c-7: \"fake i2c-7\"; /sys/devices/i2c-7; cannot open /dev/i2c-7: No "
+                         "such file or directory; modprobe i2c-dev makes the nodes; recognition "
+                         "cannot work\ni2c-8: "));
   EXPECT_EQ(doctor({"7"}), "2 psu-agent: doctor: 7 is no i2c:...; see psu-agent help doctor\n");
 }
 

@@ -21,6 +21,7 @@ class Refusals(Case):
                 (["identfy", DS2900], 'no command "identfy" (did you mean identify?)', ""),
                 (["monitro"], "did you mean monitor?", ""), (["dcotor"], "did you mean doctor?", ""),
                 (["ident"], "did you mean identify?", ""), (["frobnicate"], '"frobnicate";', ""),
+                (["-"], 'no command "-"', ""), (["types", "-"], '"-" is more than types', "types"),
                 (["help", "simulat"], "did you mean simulate?", "help"),
                 (["--libary", "x", "types"], 'no option "--libary" (did you mean --library?)', "types"),
                 (["identify"], "SOURCE is required", "identify"),
@@ -157,6 +158,17 @@ class Options(Case):
     def test_unsupported_makers_are_told_with_those_that_are_not(self):
         self.refused(4, ': unsupportedManufacturer: MFR_ID "ACME" is not supported, only '
                      '"ARTESYN", "EMERSON"', "identify", "--mfr-id", "ACME   ", DS2900)
+
+
+class FullDisk(Case):
+    def test_lines_that_cannot_be_written_are_told_of_at_once(self):
+        """And the slots are watched on: what is published is needed none the less."""
+        with open("/dev/full", "w", encoding="ascii") as full:
+            status, _, err = run("monitor", "--duration", "10", "--publish", self.folder, "--keep",
+                                 "--slot", f"A={DS2900}", stdout=full)
+        self.assertEqual((status, err[0]), (1, "psu-agent: standard output: cannot write: "
+                                               "No space left on device"))
+        self.assertTrue((self.folder / "A.fdl").exists())
 
 
 class Help(unittest.TestCase):

@@ -133,10 +133,11 @@ class Dumps(Case):
         text = out.decode("ascii")
         self.assertEqual(status, 0)
         self.assertEqual([line for line in text.splitlines() if len(line) > 80], [])
-        for heading, rows in (
-                ("Board info area", ('2022-01-01', '"MAKER"', '"BOARD"', '"SN42"', '"PN7"',
+        for heading, offsets, rows in (
+                ("Board info area", "50 51 52 53 57 5D 63 68 6C 6D 77", ('2022-01-01', '"MAKER"', '"BOARD"', '"SN42"', '"PN7"',
                                      'custom field          8-bit     6 bytes  "custom"')),
                 ("Multirecord: power supply information",
+                 "7A 7D 7F 81 82 83 85 87 89 8B 8C 8D 8F 92 94 8E 8E 8E 8E 7B",
                  ("capacity              2900 W", "peak power            3200 VA",
                   "inrush current        35 A", "inrush interval       5 ms",
                   "input 1, least        90 V", "input 1, most         140 V",
@@ -146,15 +147,17 @@ class Dumps(Case):
                   "combined output       2900 W", "tachometer threshold  0 rotations/s",
                   "hot swap              yes", "autoswitch            yes",
                   "corrects power factor yes", "predictive failure    no")),
-                ("Multirecord: DC output",
+                ("Multirecord: DC output", "97 9A 9B 9D 9F A1 A3 A5 9A 98",
                  ("output number         1", "nominal voltage       -12 V",
                   "greatest deviation -  -0.5 V", "greatest deviation +  0.5 V",
                   "ripple and noise      120 mV", "least current         0 mA",
                   "greatest current      25000 mA", "standby               yes")),
-                ("Multirecord: type 0xD0", ("3 bytes",))):
+                ("Multirecord: type 0xD0", "A9 AA", ("3 bytes",))):
             part = text.partition(f"\n{heading}\n")[2].partition("\n\n")[0]
             for row in rows:
                 self.assertIn(row, part, heading)
+            self.assertEqual([row.split()[0] for row in part.splitlines()],
+                             ["0x" + offset for offset in offsets.split()], heading)
         self.assertNotIn(">>", text)
         # Wherever it is cut there is an explanation.
         for cut in (9, 81, 90, 119, 121, 130, 150, 166, 170, len(image)):

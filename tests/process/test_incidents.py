@@ -158,6 +158,8 @@ class Incidents(Case):
             file = self.incidents / f"A-{number}.000-absent.jsonl"
             file.write_text("x" * (1_000_000 if number == 119 else 10))
             os.utime(file, (1e9 + number, 1e9 + number))
+        # A run that was killed while it wrote one.
+        (self.incidents / ".A-2.000-absent.jsonl.new").write_text("x")
         slot = {"name": "B", "supply": {"image": str(faulty("area-checksum"))}}
         self.simulate([slot], 5)
         kept = {file.name for file in self.incidents.iterdir()} - set(others)
@@ -201,6 +203,7 @@ class Incidents(Case):
                 self.assertEqual(replayed["--redact"], replayed[""])
                 texts = [file.read_text() for file in (record["--redact"],
                                                        *self.incidents.iterdir())]
+                self.compare_areas(lines("", "transaction"), lines("--redact", "transaction"))
                 for plain, other in zip(lines("", "supply"), lines("--redact", "supply")):
                     serial, pseudonym = plain["serialNumber"], other["serialNumber"]
                     if serial:
@@ -212,6 +215,21 @@ class Incidents(Case):
                             self.assertNotIn(serial[:8].encode().hex().upper(), text.upper())
                 self.replay_all()
         self.assertGreater(len(seen), 3)
+
+    def compare_areas(self, plain, redacted):
+        """What stands before an area's texts is as it was."""
+        def bytes_of(line):
+            block = bytes.fromhex(line["read"] or "")
+            return block[1:1 + block[0]] if block else b""
+
+        start = 0
+        for one, other in zip(plain, redacted, strict=True):
+            offset = int(one["write"][2:], 16) if one["write"] else None
+            if offset == 0 and bytes_of(one):
+                start = bytes_of(one)[4] * 8
+            elif offset is not None and start <= offset < start + 3:
+                self.assertEqual(bytes_of(one)[:start + 3 - offset],
+                                 bytes_of(other)[:start + 3 - offset])
 
     def test_redacted_page(self):
         scenario = SAMPLES / "scenarios" / "swap-beside-hanging-bus.json"

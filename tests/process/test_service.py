@@ -29,8 +29,8 @@ class Config(Case):
     def test_refusals_name_file_line_and_key(self):
         slot = f'slot = "A={DS2900}"\nduration = 1\n'
         for text, told in (
-                ("", "--slot: no slot is named"),
-                ("# nothing\n\n; here\n", "--slot: no slot is named"),
+                ("", "psu.conf: --slot: no slot is named"),
+                ("# nothing\n\n; here\n", "psu.conf: --slot: no slot is named"),
                 (slot + "color = red", "psu.conf:3: color: there is no such key"),
                 (slot + "config = x", "psu.conf:3: config: there is no such key"),
                 (slot + "help", "psu.conf:3: help: there is no such key"),
@@ -40,7 +40,13 @@ class Config(Case):
                 (slot + "hold=", 'psu.conf:3: hold: "" is not a number'),
                 (slot + "\nhold = soon", 'psu.conf:4: hold: "soon" is not a number'),
                 (slot + "hold = 1\nhold = 1", "psu.conf:4: hold: the key is there twice"),
-                (slot + "hold = [1, 2]", "psu.conf:3: hold: "),
+                (slot + "hold = [1, 2]", "psu.conf:3: hold: has more values than one"),
+                (slot + "json = true false", "psu.conf:3: json: has more values than one"),
+                (slot + "json = 2", 'psu.conf:3: json: is true or false, not "2"'),
+                *((slot + key + " = []", f"psu.conf:3: {key}: has no value")
+                  for key in ("json", "slot", "hold", "publish")),
+                *((slot + f"slot = {name}=i2c:1", f"psu.conf:3: slot: a slot cannot be called {name}")
+                  for name in ("config", "status", "cell", "IdentifierFactory")),
                 (slot + "poll-interval = 0", "psu.conf:3: poll-interval: "),
                 (slot + "json = maybe", 'psu.conf:3: json: is true or false, not "maybe"'),
                 (slot + "slot = A", "psu.conf:3: slot: A is not NAME=SOURCE"),
@@ -50,14 +56,26 @@ class Config(Case):
                 (slot + "slot = B=i2c:x", "psu.conf:3: slot: i2c:x is not i2c:N"),
                 (slot + "slot = B=i2c:9\nslot = C=i2c:/dev/i2c-9",
                  "psu.conf:4: slot: i2c-9 is named twice"),
-                (slot + "keep = true", "--keep: needs --publish"),
-                (f"slot = A={DS2900}", "--duration: is needed"),
+                (slot + "keep = true", "psu.conf: --keep: needs --publish"),
+                (f"slot = A={DS2900}", "psu.conf: --duration: is needed"),
                 (slot + "\0\xff\n", "psu.conf:3: ")):
             for check in ((), ("--check",)):
                 self.refused(2, told, "monitor", "--config", self.config(text), *check)
         self.refused(1, "none.conf: cannot open: No such file", "monitor", "--config",
                      self.folder / "none.conf")
         self.refused(1, "is no regular file", "monitor", "--config", self.folder)
+        self.refused(2, "psu.conf:3: hold: ", "monitor", "--hold", "5", "--config",
+                     self.config(slot + "hold = soon"))
+
+    def test_a_file_that_may_not_be_read(self):
+        file = self.config("")
+        file.chmod(0)
+        # Root may read all, but for its capabilities.
+        bare = ["setpriv", "--bounding-set=-all", "--inh-caps=-all"] if os.geteuid() == 0 else []
+        done = subprocess.run([*bare, os.environ["PSU_AGENT"], "monitor", "--check", "--config",
+                               file], capture_output=True, check=False)
+        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        self.assertIn(b"psu.conf: cannot be read: Permission denied", done.stderr)
 
     def test_the_packaged_file_shows_every_key(self):
         packaged = (SAMPLES.parent / "packaging" / "psu-agent.conf").read_text()
@@ -70,7 +88,7 @@ class Config(Case):
                          options("monitor") - options() - {"--check", "--config"})
 
     def test_the_command_line_wins(self):
-        file = self.config(f'slot = ["A={DS2900}", # the first\n  "B={DS3000}"]\n\n'
+        file = self.config(f'slot = [ # ] not yet\n "A={DS2900}", # the first\n  "B={DS3000}"]\n\n'
                            'duration = 3\njson = true\n')
         _, out, err = run("monitor", "--config", file)
         self.assertEqual((len(out.splitlines()), err), (2, []))
@@ -78,6 +96,19 @@ class Config(Case):
         _, out, err = run("monitor", "--config", file, "--slot", f"C={DS3000}", "--json=false")
         self.assertEqual(([line.split()[1:3] for line in out.decode().splitlines()], err),
                          ([["C", "identified"]], []))
+
+
+    def test_a_hash_in_quotes_is_no_comment(self):
+        recording = self.folder / "two.jsonl"
+        run("simulate", "--record", recording, SAMPLES / "scenarios" / "isolation.json")
+        for quote in "\"'":
+            for start, end in (("", ""), ("[", "]"), ("[\n", "\n] # two")):
+                slot = f"{quote}A=replay:{recording}#PowerSupply2{quote}"
+                status, out, err = run("monitor", "--check", "--config", self.config(
+                    f"slot = {start}{slot}{end} # the second\nduration = 1\n"))
+                self.assertEqual((status, out, err), (0, b"the configuration is sound: A\n", []))
+        status, out, _ = run("monitor", "--config", self.folder / "psu.conf")
+        self.assertEqual((status, out.split()[1:3]), (0, [b"A", b"identified"]))
 
 
 class Service(Case):

@@ -207,6 +207,14 @@ TEST_F(Published, WhatFailsIsToldOnceAndTriedAgain) {
   fs::remove(folder_);
   pass(1.5);
   EXPECT_THAT(files(), ElementsAre("B.fdl: two"));
+
+  // The one that is in the way is named.
+  told();
+  fs::create_directories(folder_ / ".B.fdl.new" / "x");
+  fs::remove(file("B"));
+  pass(5);
+  EXPECT_EQ(told(), "psu-agent: " + (folder_ / ".B.fdl.new").string() +
+                        ": is in the way and cannot be removed: Directory not empty\n");
 }
 
 TEST_F(Published, NoRoomTakesTheOldFileAway) {
@@ -335,7 +343,8 @@ TEST_F(Published, SlotsComeAndGo) {
 TEST_F(Published, FiguresAtChangesAndFromTimeToTime) {
   Agent::Meter meter;
   meter.slotsAre({"A"});
-  fs::path const figures = base_ / "psu.prom";
+  fs::path const figures = base_ / "figures" / "psu.prom";
+  fs::create_directory(figures.parent_path());
   {
     Agent::MetricsFile const kept(figures, meter, nullptr, ledger_);
     for (bool const isChanged : {false, true}) {
@@ -349,6 +358,9 @@ TEST_F(Published, FiguresAtChangesAndFromTimeToTime) {
       pass(0.2);
       EXPECT_TRUE(fs::exists(figures));
     }
+    fs::remove_all(figures.parent_path());
+    pass(15.1);
+    EXPECT_TRUE(fs::exists(figures));
   }
   EXPECT_FALSE(fs::exists(figures));
 }

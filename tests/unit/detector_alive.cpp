@@ -238,6 +238,21 @@ TEST(DetectorAlive, tellsNothingThatSomebodyElseReports) {
   }
 }
 
+TEST(DetectorAlive, startsWhenItIsConstructedOnlyInItsSlot) {
+  Slot slot("*");
+  auto const late = Kex::make<Emerson::PmbusIdentifier::Identifier>(
+      Slot::clock(), slot.config, slot.status, slot.vorn->newRequest(), slot.vorn->newRequest(),
+      slot.vorn->newRequest(), nullptr, nullptr, nullptr, Kex::U8{0x58}, Kex::U8{0xB0});
+  late->derivedConstructedIs(false);
+  late->hasNotificationActiveIs(true);
+  slot.driver->identifierIs("late", late);
+  Kex::activityManager().runUntil(Slot::clock()->time() + 2);
+  EXPECT_EQ(late->pollForInsertionRequest()->started(), 0U);
+  late->derivedConstructedIs(true);
+  Kex::activityManager().runUntil(Slot::clock()->time() + 2);
+  EXPECT_EQ(slot.verdict(), "unrecognised");
+}
+
 TEST(DetectorAlive, standsStillWhileTheFrameworkIsOff) {
   Slot slot("*");
   slot.run(0.5).identifier->kexFwkActivityIs(false);

@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string_view>
+
+#include "host/detector/Detection.h"
 
 namespace PowerSupplyDetector {
 
@@ -311,6 +314,16 @@ TEST(Policy, WhatFollows) {
     EXPECT_EQ(move.memory.backOff.due(), row.repetition);
     EXPECT_EQ(move.memory.mismatches, row.mismatches);
     EXPECT_EQ(move.memory.lastReset, row.before.lastReset);
+  }
+}
+
+TEST(Policy, WhatCountsAsASerialNumber) {
+  using namespace std::string_view_literals;
+  for (auto const blank : {""sv, "  "sv, "\t \0\0"sv, "\xFF\xFF\xFF"sv}) {
+    EXPECT_FALSE(hasSerialNumber(Kex::String8(blank))) << blank;
+  }
+  for (auto const text : {"0"sv, " 1"sv, "\xFF\xFE"sv, "\0A"sv}) {
+    EXPECT_TRUE(hasSerialNumber(Kex::String8(text))) << text;
   }
 }
 
