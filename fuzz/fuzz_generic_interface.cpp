@@ -134,6 +134,7 @@ class Slot {
       } catch (Kex::Exception const&) {
         // A refusal.
       }
+      wasRemoved_ = wasRemoved_ || !isHeld();
     }
   }
 
@@ -160,7 +161,7 @@ class Slot {
   /// Puts back what a person configures.
   void configure() {
     Fuzz::registerDescriptors();
-    if (parts_.driver->identifier("EmersonPmbus").ptr() != identifier_.ptr()) {
+    if (!isHeld()) {
       parts_.driver->identifierIs("EmersonPmbus", identifier_);
     }
     identifier_->kexDoZombieReactors(false);
@@ -179,12 +180,15 @@ class Slot {
     identifier_->hasNotificationActiveIs(true);
   }
 
+  bool isHeld() const {
+    return parts_.driver->identifier("EmersonPmbus").ptr() == identifier_.ptr();
+  }
+
   /// Whether nothing was taken from it that it needs to go on.
   bool isLeftAtWork() const {
-    return parts_.driver->identifier("EmersonPmbus").ptr() == identifier_.ptr() &&
-           identifier_->constructed() && identifier_->initialized() && identifier_->status() &&
-           identifier_->notifier() && identifier_->isRegisteredNotifiee() &&
-           identifier_->hasNotificationActive() && !identifier_->isMarkedForDeletion() &&
+    return !wasRemoved_ && identifier_->constructed() && identifier_->initialized() &&
+           identifier_->status() && identifier_->notifier() &&
+           identifier_->isRegisteredNotifiee() && identifier_->hasNotificationActive() &&
            identifier_->pollForInsertionRequest() && identifier_->identifySupplyRequest() &&
            identifier_->checkSupplyRequest();
   }
@@ -211,6 +215,7 @@ class Slot {
   Agent::SimulatedBus& bus_;
   Fuzz::SlotParts parts_;
   Ptr<Emerson::PmbusIdentifier::Identifier> identifier_;
+  bool wasRemoved_ = false;
 };
 
 void live(Fuzz::Input& input) {
