@@ -36,9 +36,10 @@ add_compile_options(
   $<$<CONFIG:Debug>:-D_GLIBCXX_ASSERTIONS>)
 add_link_options(-Wl,-z,now -Wl,-z,relro -Wl,-Bsymbolic-functions
                  $<$<CONFIG:Release>:-Wl,-O1,--gc-sections>)
-# Relocations that only add where the library is loaded take a bit each.
+# Relocations that only add where the library is loaded take a bit each. Linkers warn of what they
+# do not know.
 include(CheckLinkerFlag)
-check_linker_flag(CXX -Wl,-z,pack-relative-relocs EPS_PACKED_RELOCATIONS)
+check_linker_flag(CXX -Wl,--fatal-warnings,-z,pack-relative-relocs EPS_PACKED_RELOCATIONS)
 if(EPS_PACKED_RELOCATIONS)
   add_link_options(-Wl,-z,pack-relative-relocs)
 endif()
