@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,7 +34,7 @@ struct Fru {
     area.resize(length - 1);
     area = checksummed(area, spoilt);
     area.resize(Agent::SimulatedSupply::kLongestImage);
-    std::rotate(area.begin(), area.end() - 8L * areaStart, area.end());
+    std::rotate(area.begin(), area.end() - static_cast<std::ptrdiff_t>(areaStart) * 8, area.end());
     area.replace(0, 8, checksummed({headerVersion, 0, 0, 0, static_cast<char>(areaStart), 0, 0}));
     return {std::vector<Kex::U8>(area.begin(), area.end()), mfrId};
   }
