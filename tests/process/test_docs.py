@@ -48,9 +48,14 @@ def matches(shown, printed):
     return re.fullmatch(pattern, "\n".join(printed), re.S)
 
 
+# Where the program is called as the pages call it.
+BIN = tempfile.TemporaryDirectory()
+os.symlink(AGENT, os.path.join(BIN.name, "psu-agent"))
+
+
 def run(command, folder):
     return subprocess.run(command, cwd=folder, shell=True, text=True, timeout=60, check=False,
-                          env=os.environ | {"PATH": f"{os.path.dirname(AGENT)}:{os.environ['PATH']}"},
+                          env=os.environ | {"PATH": f"{BIN.name}:{os.environ['PATH']}"},
                           stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
 
 
